@@ -1,0 +1,45 @@
+# Settings and helpers that every target of this project shares.
+
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_AUTOMOC ON)
+set(CMAKE_AUTORCC ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/lib)
+set(V3D_PLUGIN_BUILD_DIR ${PROJECT_BINARY_DIR}/lib/viewer3d/plugins)
+set(V3D_PLUGIN_INSTALL_DIR ${CMAKE_INSTALL_LIBDIR}/viewer3d/plugins)
+
+if(NOT CMAKE_BUILD_TYPE)
+    set(CMAKE_BUILD_TYPE RelWithDebInfo)
+endif()
+
+find_program(CCACHE_PROGRAM ccache)
+if(CCACHE_PROGRAM)
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
+endif()
+
+# v3d_own_code(<target>): the warnings that own code is held to, and the
+# definitions that keep Qt's implicit conversions and keyword macros out.
+function(v3d_own_code target)
+    target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion)
+    if(V3D_WERROR)
+        target_compile_options(${target} PRIVATE -Werror)
+    endif()
+    target_compile_definitions(${target} PRIVATE QT_NO_KEYWORDS GLM_ENABLE_EXPERIMENTAL)
+endfunction()
+
+# v3d_public_headers(<target> <folder>): every header below the folder is part
+# of the target's installed interface, included as <folder/...> from the
+# repository root as well as from the installed package.
+function(v3d_public_headers target folder)
+    file(GLOB_RECURSE headers CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/${folder}/*.h)
+    target_sources(${target}
+        PUBLIC FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${headers}
+        PUBLIC FILE_SET generated TYPE HEADERS BASE_DIRS ${PROJECT_BINARY_DIR}/include
+            FILES ${PROJECT_BINARY_DIR}/include/${folder}/${target}_export.h)
+    set_target_properties(${target} PROPERTIES VERIFY_INTERFACE_HEADER_SETS ON)
+endfunction()
