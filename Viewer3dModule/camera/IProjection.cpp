@@ -1,0 +1,3 @@
+#include <Viewer3dModule/camera/IProjection.h>
+
+IProjection::~IProjection() = default;
