@@ -32,14 +32,30 @@ function(v3d_own_code target)
     target_compile_definitions(${target} PRIVATE QT_NO_KEYWORDS GLM_ENABLE_EXPERIMENTAL)
 endfunction()
 
-# v3d_public_headers(<target> <folder>): every header below the folder is part
-# of the target's installed interface, included as <folder/...> from the
-# repository root as well as from the installed package.
-function(v3d_public_headers target folder)
+# v3d_shared_library(<target> <folder> <source>...): a shared library of own
+# code with its export macro, its installed rules, and every header below the
+# folder as part of its interface: included as <folder/...> from the repository
+# root as well as from the installed package.
+function(v3d_shared_library target folder)
+    add_library(${target} SHARED ${ARGN})
+    add_library(Viewer3dModule::${target} ALIAS ${target})
+    v3d_own_code(${target})
+    target_compile_features(${target} PUBLIC cxx_std_17)
+    generate_export_header(${target}
+        EXPORT_FILE_NAME ${PROJECT_BINARY_DIR}/include/${folder}/${target}_export.h)
+
     file(GLOB_RECURSE headers CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/${folder}/*.h)
     target_sources(${target}
         PUBLIC FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${headers}
         PUBLIC FILE_SET generated TYPE HEADERS BASE_DIRS ${PROJECT_BINARY_DIR}/include
             FILES ${PROJECT_BINARY_DIR}/include/${folder}/${target}_export.h)
-    set_target_properties(${target} PROPERTIES VERIFY_INTERFACE_HEADER_SETS ON)
+    set_target_properties(${target} PROPERTIES
+        VERIFY_INTERFACE_HEADER_SETS ON
+        VERSION ${PROJECT_VERSION}
+        SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR}
+        INSTALL_RPATH $ORIGIN)
+    install(TARGETS ${target} EXPORT Viewer3dModuleTargets
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+        FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+        FILE_SET generated DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 endfunction()
