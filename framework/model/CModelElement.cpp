@@ -1,0 +1,181 @@
+#include <framework/model/CModelElement.h>
+
+#include <QtCore/QHash>
+
+#include <algorithm>
+
+namespace {
+
+using PropertyList = std::vector<std::pair<QString, QVariant>>;
+
+template <typename List>
+auto findProperty(List& properties, const QString& name)
+{
+    return std::find_if(properties.begin(), properties.end(),
+                        [&name](const auto& property) { return property.first == name; });
+}
+
+// QVariant takes 1 and "1" for equal.
+bool isSame(const QVariant& a, const QVariant& b)
+{
+    return a.userType() == b.userType() && a == b;
+}
+
+PropertyList withoutDoubles(PropertyList properties)
+{
+    PropertyList result;
+    QHash<QString, std::size_t> places;
+    for (auto& property : properties) {
+        if (property.first.isEmpty() || !property.second.isValid()) continue;
+        const auto place = places.constFind(property.first);
+        if (place != places.constEnd()) {
+            result[*place].second = std::move(property.second);
+            continue;
+        }
+        places.insert(property.first, result.size());
+        result.push_back(std::move(property));
+    }
+    return result;
+}
+
+} // namespace
+
+CModelElement::CModelElement(CModelElement* owner)
+    : m_owner(owner)
+{
+}
+
+CModelElement::CModelElement(const CModelElement& other)
+    : ISubject()
+    , IObserver()
+    , ksp::CGuardedObject()
+    , ksp::IIdentifiable()
+    , Property::IPropertyHolder()
+    , m_name(other.m_name)
+    , m_visible(other.m_visible)
+    , m_highlighted(other.m_highlighted)
+    , m_properties(other.m_properties)
+{
+}
+
+CModelElement& CModelElement::operator=(const CModelElement& other)
+{
+    m_name = other.m_name;
+    m_visible = other.m_visible;
+    m_highlighted = other.m_highlighted;
+    m_properties = other.m_properties;
+    return *this;
+}
+
+CModelElement::~CModelElement() = default;
+
+void CModelElement::setName(const QString& name)
+{
+    if (m_name == name) return;
+    m_name = name;
+    notifyObservers();
+}
+
+void CModelElement::setVisible(bool visible)
+{
+    if (m_visible == visible) return;
+    m_visible = visible;
+    notifyObservers();
+}
+
+void CModelElement::setHighlighted(bool highlighted)
+{
+    if (m_highlighted == highlighted) return;
+    m_highlighted = highlighted;
+    notifyObservers();
+}
+
+QStringList CModelElement::getPropertyNames() const
+{
+    QStringList names;
+    names.reserve(static_cast<int>(m_properties.size()));
+    for (const auto& property : m_properties)
+        names.append(property.first);
+    return names;
+}
+
+QVariant CModelElement::getProperty(const QString& name) const
+{
+    const auto found = findProperty(m_properties, name);
+    return found == m_properties.end() ? QVariant() : found->second;
+}
+
+bool CModelElement::setProperty(const QString& name, const QVariant& value)
+{
+    if (name.isEmpty()) return false;
+    const auto found = findProperty(m_properties, name);
+    const bool present = found != m_properties.end();
+    if (present ? isSame(found->second, value) : !value.isValid()) return true;
+    if (!present)
+        m_properties.emplace_back(name, value);
+    else if (value.isValid())
+        found->second = value;
+    else
+        m_properties.erase(found);
+    notifyObservers();
+    return true;
+}
+
+void CModelElement::setProperties(std::vector<std::pair<QString, QVariant>> properties)
+{
+    m_properties = withoutDoubles(std::move(properties));
+    notifyObservers();
+}
+
+void CModelElement::serialize(CQtArchive& archive)
+{
+    archive.beginObject();
+    archive.value(m_name);
+    archive.value(m_visible);
+    serializeProperties(archive);
+    archive.endObject(1);
+    archive.finish();
+}
+
+void CModelElement::serializeProperties(CQtArchive& archive)
+{
+    if (!archive.isLoading()) {
+        archive.writeUInt(static_cast<std::uint32_t>(m_properties.size()));
+        for (auto& property : m_properties) {
+            archive.value(property.first);
+            archive.value(property.second);
+        }
+        return;
+    }
+    constexpr std::size_t smallestProperty = 5; // the length of the name and the kind of the value
+    PropertyList properties(archive.readCount(smallestProperty));
+    for (auto& property : properties) {
+        archive.value(property.first);
+        archive.value(property.second);
+        if (!property.second.isValid()) // a null that somebody set on purpose, as JSON has it
+            property.second = QVariant::fromValue(nullptr);
+    }
+    m_properties = withoutDoubles(std::move(properties));
+}
+
+void CModelElement::updateData(ISubject*)
+{
+    if (m_passingOn) return;
+    struct Mark
+    {
+        explicit Mark(CModelElement* of)
+            : element(of)
+        {
+            of->m_passingOn = true;
+        }
+        ~Mark()
+        {
+            if (element) element.get()->m_passingOn = false;
+        }
+        Mark(const Mark&) = delete;
+        Mark& operator=(const Mark&) = delete;
+        ksp::GuardedPtr<CModelElement> element; // an observer may destroy it
+    };
+    const Mark mark(this);
+    notifyObservers();
+}

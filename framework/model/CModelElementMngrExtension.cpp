@@ -1,0 +1,8 @@
+#include <framework/model/CModelElementMngrExtension.h>
+
+CModelElementMngrExtension::CModelElementMngrExtension(QObject* parent)
+    : QObject(parent)
+{
+}
+
+CModelElementMngrExtension::~CModelElementMngrExtension() = default;
