@@ -1,0 +1,12 @@
+#include <framework/ksp/Canceled.h>
+
+namespace ksp {
+
+Canceled::Canceled()
+    : CommonError(QStringLiteral("Canceled"))
+{
+}
+
+Canceled::~Canceled() = default;
+
+} // namespace ksp
