@@ -1,0 +1,16 @@
+#pragma once
+
+#include <QtCore/QtPlugin>
+
+class CProjectModel;
+
+/// A plug-in that extends project models.
+class IModelExtension
+{
+public:
+    virtual ~IModelExtension() = default;
+    /// Called for every project model, before the model is initialised.
+    virtual void extendModel(CProjectModel* model) = 0;
+};
+
+Q_DECLARE_INTERFACE(IModelExtension, "org.photomodel.host.IModelExtension/1.0")

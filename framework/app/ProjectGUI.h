@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QtCore/QObject>
+#include <QtCore/QtPlugin>
+
+/// The host's window, as far as plug-ins may know it: a place to find menus and docks by object name.
+class ProjectGUI
+{
+public:
+    /// A plug-in that extends the window.
+    class IExtender
+    {
+    public:
+        virtual ~IExtender() = default;
+        virtual void extendGUI(ProjectGUI* gui) = 0;
+    };
+
+    virtual ~ProjectGUI() = default;
+    /// The main window object.
+    virtual QObject* getMainWindow() const = 0;
+};
+
+Q_DECLARE_INTERFACE(ProjectGUI::IExtender, "org.photomodel.host.ProjectGUI.IExtender/1.0")
