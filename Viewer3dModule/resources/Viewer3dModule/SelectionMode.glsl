@@ -1,0 +1,80 @@
+// The outputs of every fragment stage that draws items, and what the selection modes put there. To be included after
+// DrawModes.glsl.
+
+layout(location = 0) out vec4 color;
+layout(location = 1) out vec4 item_id_low;
+layout(location = 2) out vec4 item_id_hi;
+layout(location = 3) out vec4 coords_w;
+
+uniform int draw_mode = ordinal_draw;
+
+// Changes with every item, but only in passes that draw the selection buffer: other passes never set it.
+uniform int item_index = 0;
+// Left, bottom, right, top in pixels, inclusive, origin at the lower left. Compared with pixel centres, as the mask is.
+uniform vec4 selection_rect = vec4(0.0);
+
+// One bit an item: bit (index mod 32) of word index / 32.
+layout(std430, binding = 8) buffer items_selection_buffer
+{
+    int items_selection_data[];
+};
+// Word 0: whether there is a mask; then its width, its height and the words of a row; from word 4 on the rows, the top
+// one first, the lowest bit of a word leftmost.
+layout(std430, binding = 9) readonly buffer mask_selection_buffer
+{
+    int mask_selection_data[];
+};
+
+bool is_selected_by_mask(ivec2 pixel)
+{
+    if (mask_selection_data[0] == 0) return true;
+    int width = mask_selection_data[1];
+    int height = mask_selection_data[2];
+    int words_in_row = mask_selection_data[3];
+    int row = height - 1 - pixel.y;
+    if (pixel.x < 0 || pixel.x >= width || row < 0 || row >= height) return false;
+    int word = mask_selection_data[4 + row * words_in_row + pixel.x / 32];
+    return (word & (1 << (pixel.x % 32))) != 0;
+}
+
+// Marks item item_index + offset as selected when this fragment lies in the selected area.
+void set_item_index(int offset)
+{
+    if (any(lessThan(gl_FragCoord.xy, selection_rect.xy))) return;
+    if (any(greaterThan(gl_FragCoord.xy, selection_rect.zw))) return;
+    if (!is_selected_by_mask(ivec2(gl_FragCoord.xy))) return;
+    int index = item_index + offset;
+    if (index < 0 || index / 32 >= items_selection_data.length()) return;
+    atomicOr(items_selection_data[index / 32], 1 << (index % 32));
+}
+
+vec4 bytes_of(uint word)
+{
+    return unpackUnorm4x8(word);
+}
+
+// Writes one fragment of an item as the pass wants it. glue_coords is what the glue mask gets besides the id. Every
+// output is written in every mode, zero where the mode has nothing to say.
+void write_item(vec4 item_color, uvec2 item_id, int instance_index, vec4 glue_coords)
+{
+    color = vec4(0.0);
+    item_id_low = vec4(0.0);
+    item_id_hi = vec4(0.0);
+    coords_w = vec4(0.0);
+    if (item_color.a == 0.0) discard;
+    if (draw_mode == ordinal_draw) {
+        color = item_color;
+    } else if (draw_mode == selection_buffer_draw) {
+        if (item_color.a >= 0.5) set_item_index(instance_index);
+        discard;
+    } else {
+        if (draw_mode == selection_mask_draw) {
+            if (item_color.a < 0.5) discard;
+            color = bytes_of(floatBitsToUint(gl_FragCoord.z));
+        } else {
+            coords_w = glue_coords;
+        }
+        item_id_low = bytes_of(item_id.x);
+        item_id_hi = bytes_of(item_id.y);
+    }
+}

@@ -1,0 +1,79 @@
+#version 430 core
+// A segment becomes a hexagon of pen_width pixels across, with pointed caps, whatever the distance.
+//#include "shader:Viewer3dModule/DrawModes.glsl"
+
+layout(lines) in;
+layout(triangle_strip, max_vertices=6) out;
+
+in Item
+{
+    ITEM_FIELDS
+}
+item_in[];
+
+out Item
+{
+    ITEM_FIELDS
+}
+item;
+
+uniform float pen_width = 1.0;              // pixels
+uniform mat4 viewport = mat4(1.0);          // normalised device coordinates to pixels
+uniform mat4 viewport_inverted = mat4(1.0); // and back
+
+bool isBehind(vec4 clip)
+{
+    return clip.w < 0.0 || clip.z < -clip.w;
+}
+
+// Where the segment crosses the near plane z = -1. Both ends are divided by w, so that the line through them is the
+// one on screen also when an end lies behind the camera.
+vec4 nearCrossing(vec4 visible, vec4 hidden)
+{
+    vec4 v = normalize(hidden - visible);
+    return visible - v * (dot(visible, vec4(0.0, 0.0, 1.0, 1.0)) / dot(v.xyz, vec3(0.0, 0.0, 1.0)));
+}
+
+void emitCorner(vec4 end, vec2 shift)
+{
+    gl_Position = viewport_inverted * (end + vec4(shift, 0.0, 0.0));
+    item.color = item_in[0].color;
+    item.id = item_in[0].id;
+    item.flags = item_in[0].flags;
+    item.index = item_in[0].index;
+    EmitVertex();
+}
+
+void main()
+{
+    vec4 clip0 = gl_in[0].gl_Position;
+    vec4 clip1 = gl_in[1].gl_Position;
+    if (clip0.w == 0.0) clip0 = clip1;
+    if (clip1.w == 0.0) clip1 = clip0;
+    bool behind0 = isBehind(clip0);
+    bool behind1 = isBehind(clip1);
+    if ((behind0 && behind1) || clip0.w == 0.0) return;
+
+    vec4 ndc0 = clip0 / clip0.w;
+    vec4 ndc1 = clip1 / clip1.w;
+    if (behind0) {
+        ndc0 = nearCrossing(ndc1, ndc0);
+    } else if (behind1) {
+        ndc1 = nearCrossing(ndc0, ndc1);
+    }
+
+    vec4 p0 = viewport * ndc0;
+    vec4 p1 = viewport * ndc1;
+    vec2 along = p1.xy - p0.xy;
+    float pixels = length(along);
+    vec2 dir = pixels < 1.0 ? vec2(0.0, 1.0) : along / pixels;
+    vec2 perp = vec2(-dir.y, dir.x);
+    float half_width = 0.5 * pen_width;
+    emitCorner(p0, -dir * half_width);
+    emitCorner(p0, perp * half_width);
+    emitCorner(p0, -perp * half_width);
+    emitCorner(p1, perp * half_width);
+    emitCorner(p1, -perp * half_width);
+    emitCorner(p1, dir * half_width);
+    EndPrimitive();
+}

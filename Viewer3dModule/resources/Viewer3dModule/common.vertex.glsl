@@ -1,0 +1,94 @@
+#version 430 core
+// The vertex stage of most programs. What a vertex and an item bring along is chosen by defines.
+//#include "shader:Viewer3dModule/DrawModes.glsl"
+
+#ifdef RX_NO_USE_PER_VERTEX_COORDS
+const vec3 point_coords = vec3(0.0);
+#else
+layout(location = 0) in vec3 point_coords;
+#endif
+
+#ifdef RX_USE_PER_VERTEX_COLOR
+layout(location = 1) in vec4 point_color;
+out vec4 vertex_color;
+#endif
+
+#ifdef RX_USE_PER_VERTEX_NORMAL
+layout(location = 2) in vec3 normal_coords;
+out vec3 view_normal;
+out vec3 view_position;
+uniform mat3 normalMatrix = mat3(1.0);
+#endif
+
+#ifdef RX_USE_PER_VERTEX_TEX_COORDS
+layout(location = 3) in vec2 tex_coords;
+out vec2 texture_coords;
+#endif
+
+#ifdef RX_USE_INSTANCED_DRAW
+#ifdef RX_USE_INSTANCE_POSITION
+layout(location = 4) in vec3 item_pos;
+layout(location = 5) in int item_flags;
+layout(location = 6) in uvec2 item_id;
+#else
+layout(location = 4) in mat4 item_transform; // takes locations 4 to 7
+layout(location = 8) in int item_flags;
+layout(location = 9) in uvec2 item_id;
+#endif
+#else
+uniform int item_flags = item_normal_flag;
+uniform uvec2 item_id = uvec2(0u, 0u);
+#endif
+
+uniform mat4 projection = mat4(1.0);
+uniform mat4 view = mat4(1.0);
+uniform mat4 model = mat4(1.0);
+uniform float pen_width = 1.0;
+uniform vec4 item_color;
+uniform vec4 selection_color;
+
+out Item
+{
+    ITEM_FIELDS
+}
+item;
+
+vec4 worldPosition()
+{
+    vec4 world = model * vec4(point_coords, 1.0);
+#ifdef RX_USE_INSTANCED_DRAW
+#ifdef RX_USE_INSTANCE_POSITION
+    world += vec4(item_pos, 0.0);
+#else
+    world = item_transform * world;
+#endif
+#endif
+    return world;
+}
+
+void main()
+{
+    vec4 eye = view * worldPosition();
+    gl_Position = projection * eye;
+    gl_PointSize = pen_width;
+
+#ifdef RX_USE_PER_VERTEX_COLOR
+    vertex_color = point_color;
+#endif
+#ifdef RX_USE_PER_VERTEX_NORMAL
+    view_normal = normalMatrix * normal_coords;
+    view_position = eye.xyz;
+#endif
+#ifdef RX_USE_PER_VERTEX_TEX_COORDS
+    texture_coords = tex_coords;
+#endif
+
+    item.color = colorFromFlags(item_flags, item_color, selection_color);
+    item.id = item_id;
+    item.flags = item_flags;
+#ifdef RX_USE_INSTANCED_DRAW
+    item.index = gl_InstanceID;
+#else
+    item.index = 0;
+#endif
+}

@@ -1,0 +1,40 @@
+#version 430 core
+// Lines that are dashed in pixels. The start of a segment is its provoking vertex; whoever draws sets the first-vertex
+// convention, so that it is the first one.
+//#include "shader:Viewer3dModule/DrawModes.glsl"
+
+layout(location = 0) in vec3 point_coords;
+
+uniform mat4 projection = mat4(1.0);
+uniform mat4 view = mat4(1.0);
+uniform mat4 model = mat4(1.0);
+uniform float pen_width = 1.0;
+uniform int item_flags = item_normal_flag;
+uniform uvec2 item_id = uvec2(0u, 0u);
+uniform vec4 item_color;
+uniform vec4 selection_color;
+
+out Item
+{
+    ITEM_FIELDS
+}
+item;
+
+// Where the fragment lies: clip coordinates, divided by w only in the fragment stage. This gives the exact place on
+// screen, without perspective, also for segments with an end behind the camera, which a position divided here would
+// not survive.
+out vec4 vertPos;
+flat out vec3 startPos; // normalised device coordinates of the segment's start
+
+void main()
+{
+    gl_Position = projection * view * model * vec4(point_coords, 1.0);
+    gl_PointSize = pen_width;
+    vertPos = gl_Position;
+    startPos = gl_Position.xyz / gl_Position.w;
+
+    item.color = colorFromFlags(item_flags, item_color, selection_color);
+    item.id = item_id;
+    item.flags = item_flags;
+    item.index = 0;
+}

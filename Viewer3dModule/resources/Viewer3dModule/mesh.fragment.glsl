@@ -1,0 +1,70 @@
+#version 430 core
+// Surfaces: plain, coloured by their vertices or textured, with or without light. What the vertices bring along is
+// chosen by the same defines as in the vertex stage; a primitive may leave attributes out that its modes do not read.
+//#include "shader:Viewer3dModule/DrawModes.glsl"
+//#include "shader:Viewer3dModule/SelectionMode.glsl"
+
+in Item
+{
+    ITEM_FIELDS
+}
+item;
+
+// 0: the item's colour; 1: the vertices' colours; 2: the texture. A source that the program was built without is
+// replaced by the item's colour.
+uniform int uColorMode = 0;
+
+// 1: the colour is multiplied by the material's, one for each term of the light; without light by the diffuse one.
+uniform int uMaterialMode = 0;
+uniform vec3 uMaterialAmbient = vec3(1.0, 1.0, 1.0);
+uniform vec3 uMaterialDiffuse = vec3(1.0, 1.0, 1.0);
+uniform vec3 uMaterialSpecular = vec3(1.0, 1.0, 1.0);
+
+#ifdef RX_USE_PER_VERTEX_COLOR
+in vec4 vertex_color;
+#endif
+
+#ifdef RX_USE_PER_VERTEX_TEX_COORDS
+in vec2 texture_coords;
+uniform sampler2D uTexture0;
+uniform int filled_texture_back = 0; // 1: the item's colour shows behind transparent texels
+#endif
+
+#ifdef RX_USE_PER_VERTEX_NORMAL
+uniform bool uLightMode = true;
+//#include "shader:Viewer3dModule/light.fragment.glsl"
+#endif
+
+vec4 ownColor()
+{
+#ifdef RX_USE_PER_VERTEX_COLOR
+    if (uColorMode == 1) return vertex_color;
+#endif
+#ifdef RX_USE_PER_VERTEX_TEX_COORDS
+    if (uColorMode == 2) {
+        vec4 texel = texture(uTexture0, texture_coords);
+        if (filled_texture_back == 0) return texel;
+        return vec4(mix(item.color.rgb, texel.rgb, texel.a), mix(item.color.a, 1.0, texel.a));
+    }
+#endif
+    return item.color;
+}
+
+vec3 litColor(vec3 surface_color)
+{
+    bool has_material = uMaterialMode == 1;
+#ifdef RX_USE_PER_VERTEX_NORMAL
+    if (uLightMode) {
+        if (!has_material) return lightColor(surface_color);
+        return lightColor(surface_color * uMaterialAmbient, surface_color * uMaterialDiffuse,
+                          surface_color * uMaterialSpecular);
+    }
+#endif
+    return has_material ? surface_color * uMaterialDiffuse : surface_color;
+}
+
+void main()
+{
+    vec4 surface = colorFromFlags(item.flags, ownColor(), item.color);
+    write_item(vec4(litColor(surface.rgb), surface.a), item.id, item.index, vec4(0.0));
+}

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstdint>
+
+/// What a pass draws (PaintContext::drawMode). The first four are also the values of the shaders' uniform
+/// "draw_mode" and stand in DrawModes.glsl.
+struct DrawMode
+{
+    static constexpr std::int32_t OrdinalDraw = 0;       ///< colours
+    static constexpr std::int32_t SelectionMaskDraw = 1; ///< depth and 64-bit item id, as bytes
+    static constexpr std::int32_t GlueMaskDraw = 2; ///< item ids, and coordinates by programs of their own
+    static constexpr std::int32_t SelectionBufferDraw = 3; ///< one bit an item in a storage buffer, no pixels
+    static constexpr std::int32_t GeometryCapture = 4;     ///< transform feedback, nothing is rasterised
+};
+
+/// Bits of a set of primitive kinds: PaintContext::primitives and the program property "primitives".
+struct PrimitiveBit
+{
+    static constexpr std::int32_t Points = 1;
+    static constexpr std::int32_t Lines = 2;
+    static constexpr std::int32_t Triangles = 4;
+    static constexpr std::int32_t Adjacency = 8; ///< together with Lines or Triangles
+    static constexpr std::int32_t All = Points | Lines | Triangles;
+};
+
+/// Values of the shaders' "item_flags", in DrawModes.glsl.
+struct ItemFlag
+{
+    static constexpr std::int32_t Normal = -1;
+    static constexpr std::int32_t Highlighted = -2; ///< drawn in the selection colour
+    static constexpr std::int32_t Invisible = -3;   ///< leaves no trace in any mode
+};

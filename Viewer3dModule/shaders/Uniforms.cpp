@@ -1,0 +1,87 @@
+#include <Viewer3dModule/shaders/Uniforms.h>
+
+#include <QtGui/QOpenGLShaderProgram>
+#include <glm/gtc/type_ptr.hpp>
+
+namespace uniforms {
+
+// OpenGL itself ignores the location -1.
+
+void set(OpenGLFunctions& gl, int location, int value)
+{
+    gl.glUniform1i(location, value);
+}
+
+void set(OpenGLFunctions& gl, int location, unsigned int value)
+{
+    gl.glUniform1ui(location, value);
+}
+
+void set(OpenGLFunctions& gl, int location, float value)
+{
+    gl.glUniform1f(location, value);
+}
+
+void set(OpenGLFunctions& gl, int location, bool value)
+{
+    gl.glUniform1i(location, value ? 1 : 0);
+}
+
+void set(OpenGLFunctions& gl, int location, const glm::uvec2& value)
+{
+    gl.glUniform2ui(location, value.x, value.y);
+}
+
+void set(OpenGLFunctions& gl, int location, const glm::vec2& value)
+{
+    gl.glUniform2f(location, value.x, value.y);
+}
+
+void set(OpenGLFunctions& gl, int location, const glm::vec3& value)
+{
+    gl.glUniform3f(location, value.x, value.y, value.z);
+}
+
+void set(OpenGLFunctions& gl, int location, const glm::vec4& value)
+{
+    gl.glUniform4f(location, value.x, value.y, value.z, value.w);
+}
+
+void set(OpenGLFunctions& gl, int location, const glm::mat3& value)
+{
+    gl.glUniformMatrix3fv(location, 1, GL_FALSE, glm::value_ptr(value));
+}
+
+void set(OpenGLFunctions& gl, int location, const glm::mat4& value)
+{
+    gl.glUniformMatrix4fv(location, 1, GL_FALSE, glm::value_ptr(value));
+}
+
+void set(OpenGLFunctions& gl, int location, const QColor& value)
+{
+    set(gl, location,
+        glm::vec4(static_cast<float>(value.redF()), static_cast<float>(value.greenF()),
+                  static_cast<float>(value.blueF()), static_cast<float>(value.alphaF())));
+}
+
+} // namespace uniforms
+
+ItemUniforms ItemUniforms::of(QOpenGLShaderProgram& program)
+{
+    ItemUniforms uniforms;
+    uniforms.itemColor = program.uniformLocation("item_color");
+    uniforms.penWidth = program.uniformLocation("pen_width");
+    uniforms.dashSize = program.uniformLocation("u_dashSize");
+    uniforms.gapSize = program.uniformLocation("u_gapSize");
+    uniforms.resolution = program.uniformLocation("u_resolution");
+    uniforms.colorMode = program.uniformLocation("uColorMode");
+    uniforms.lightMode = program.uniformLocation("uLightMode");
+    uniforms.texture = program.uniformLocation("uTexture");
+    uniforms.texture0 = program.uniformLocation("uTexture0");
+    uniforms.filledTextureBack = program.uniformLocation("filled_texture_back");
+    uniforms.materialMode = program.uniformLocation("uMaterialMode");
+    uniforms.materialAmbient = program.uniformLocation("uMaterialAmbient");
+    uniforms.materialDiffuse = program.uniformLocation("uMaterialDiffuse");
+    uniforms.materialSpecular = program.uniformLocation("uMaterialSpecular");
+    return uniforms;
+}

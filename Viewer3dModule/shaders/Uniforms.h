@@ -1,0 +1,51 @@
+#pragma once
+
+#include <Viewer3dModule/Viewer3dModule_export.h>
+#include <Viewer3dModule/shaders/OpenGLFunctions.h>
+
+#include <QtGui/QColor>
+#include <glm/glm.hpp>
+
+class QOpenGLShaderProgram;
+
+/// Setting a uniform of the program in use, by location and by the exact type of the uniform. A location of -1
+/// (the program has no such uniform) is skipped. A context must be current.
+namespace uniforms {
+
+VIEWER3DMODULE_EXPORT void set(OpenGLFunctions& gl, int location, int value);
+VIEWER3DMODULE_EXPORT void set(OpenGLFunctions& gl, int location, unsigned int value);
+VIEWER3DMODULE_EXPORT void set(OpenGLFunctions& gl, int location, float value);
+VIEWER3DMODULE_EXPORT void set(OpenGLFunctions& gl, int location, bool value);
+VIEWER3DMODULE_EXPORT void set(OpenGLFunctions& gl, int location, const glm::uvec2& value);
+VIEWER3DMODULE_EXPORT void set(OpenGLFunctions& gl, int location, const glm::vec2& value);
+VIEWER3DMODULE_EXPORT void set(OpenGLFunctions& gl, int location, const glm::vec3& value);
+VIEWER3DMODULE_EXPORT void set(OpenGLFunctions& gl, int location, const glm::vec4& value);
+VIEWER3DMODULE_EXPORT void set(OpenGLFunctions& gl, int location, const glm::mat3& value);
+VIEWER3DMODULE_EXPORT void set(OpenGLFunctions& gl, int location, const glm::mat4& value);
+/// A colour as four floats 0 to 1, red, green, blue, alpha, not premultiplied.
+VIEWER3DMODULE_EXPORT void set(OpenGLFunctions& gl, int location, const QColor& value);
+
+} // namespace uniforms
+
+/// Locations of the uniforms that items and their primitives set, found once per program and pass so that the path
+/// run per item looks nothing up by name. -1 where the program lacks the uniform.
+struct VIEWER3DMODULE_EXPORT ItemUniforms
+{
+    int itemColor = -1;
+    int penWidth = -1;
+    int dashSize = -1;
+    int gapSize = -1;
+    int resolution = -1;
+    int colorMode = -1;
+    int lightMode = -1;
+    int texture = -1;  ///< "uTexture"
+    int texture0 = -1; ///< "uTexture0"
+    int filledTextureBack = -1;
+    int materialMode = -1;
+    int materialAmbient = -1;
+    int materialDiffuse = -1;
+    int materialSpecular = -1;
+
+    /// Asks the program, which must be linked; its context must be current.
+    static ItemUniforms of(QOpenGLShaderProgram& program);
+};
