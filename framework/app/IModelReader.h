@@ -1,0 +1,26 @@
+#pragma once
+
+#include <framework/ksp/StagedProgress.h>
+#include <framework/model/CModelElement.h>
+
+#include <QtCore/QStringList>
+#include <QtCore/QtPlugin>
+
+#include <memory>
+#include <vector>
+
+/// A plug-in that reads files into model elements (features), found by qobject_cast among the plug-in
+/// objects.
+class IModelReader
+{
+public:
+    virtual ~IModelReader() = default;
+    /// The extensions that it reads, lower case without the dot.
+    virtual QStringList getExtensions() const = 0;
+    /// Reads a file into elements that belong to no model yet; the host adds them in one batch. Throws
+    /// ksp::CommonError with the path and the reason for the user, or ksp::Canceled; nothing is read in part.
+    virtual std::vector<std::unique_ptr<CModelElement>> read(const QString& path,
+                                                             ksp::StagedProgress progress) = 0;
+};
+
+Q_DECLARE_INTERFACE(IModelReader, "org.photomodel.host.IModelReader/1.0")
