@@ -20,7 +20,7 @@ template <typename Use>
 void forEachLine(const QString& fileName, Use use)
 {
     QFile file(fileName);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) return;
+    if (fileName.isEmpty() || !file.open(QIODevice::ReadOnly | QIODevice::Text)) return;
     QTextStream in(&file);
     in.setCodec("UTF-8");
     QString line;
