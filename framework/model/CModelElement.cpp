@@ -147,7 +147,7 @@ void CModelElement::serializeProperties(CQtArchive& archive)
         }
         return;
     }
-    constexpr std::size_t smallestProperty = 5; // the length of the name and the kind of the value
+    constexpr std::size_t smallestProperty = 8; // the length of the name and the kind of the value
     PropertyList properties(archive.readCount(smallestProperty));
     for (auto& property : properties) {
         archive.value(property.first);

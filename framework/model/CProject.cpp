@@ -123,6 +123,7 @@ void CProject::save(const QString& path, ksp::StagedProgress progress)
     progress.throwIfCanceled();
     CQtArchive::writeFile(path, bytes);
     m_path = path;
+    progress.setPercentage(100.0);
 }
 
 void CProject::open(const QString& path, ksp::StagedProgress progress)
@@ -146,8 +147,9 @@ void CProject::open(const QString& path, ksp::StagedProgress progress)
         return loaded;
     });
     progress.throwIfCanceled();
-    replaceContent(std::move(content), std::move(progress));
+    replaceContent(std::move(content), progress);
     m_path = path;
+    progress.setPercentage(100.0);
 }
 
 void CProject::clear()

@@ -3,8 +3,6 @@
 #include <framework/ksp/CFileException.h>
 #include <framework/model/CProjectModel.h>
 
-#include <QtCore/QCryptographicHash>
-
 #include <algorithm>
 #include <set>
 #include <unordered_set>
@@ -12,7 +10,6 @@
 namespace {
 
 constexpr std::uint32_t projectMark = 0x4A504D50; // "PMPJ"
-constexpr int digestSize = 20;
 // The least that entries take: their numbers and the length of what follows.
 constexpr std::size_t smallestSettings = 8;
 constexpr std::size_t smallestType = 8;
@@ -21,23 +18,6 @@ constexpr std::size_t smallestElement = 12;
 [[noreturn]] void failDamaged(const QString& reason)
 {
     throw ksp::CFileException(ksp::CFileException::Damaged, reason);
-}
-
-QByteArray digestOf(const QByteArray& bytes)
-{
-    return QCryptographicHash::hash(bytes, QCryptographicHash::Sha1);
-}
-
-// The archive of the file, without the digest. The result refers to the bytes of the file.
-QByteArray checkedArchive(const QByteArray& file)
-{
-    const QByteArray archive =
-        QByteArray::fromRawData(file.constData(), std::max(0, file.size() - digestSize));
-    if (file.size() < digestSize || digestOf(archive) != file.right(digestSize)) {
-        const CQtArchive ofThatKind(file); // throws when it is no archive at all, with the better reason
-        failDamaged("the project is damaged or incomplete");
-    }
-    return archive;
 }
 
 template <typename Container>
@@ -133,15 +113,13 @@ QByteArray ProjectFile::store(const Source& source, const UnknownSettings& unkno
     storeElements(archive, source, unknownElements, progress);
     archive.endObject(1);
     archive.finish();
-    QByteArray bytes = archive.data();
-    bytes.append(digestOf(bytes));
-    return bytes;
+    return archive.data();
 }
 
 ProjectFile ProjectFile::load(const QByteArray& bytes, const Maker& makeSettings, const Maker& makeElement,
                               ksp::StagedProgress progress)
 {
-    CQtArchive archive(checkedArchive(bytes));
+    CQtArchive archive(bytes);
     ProjectFile content;
     archive.beginObject();
     if (archive.readUInt() != projectMark) failDamaged("it is not a project");

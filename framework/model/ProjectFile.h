@@ -14,10 +14,9 @@
 /// What a project file holds, apart from any project: CProject fills one from the file and takes it over when
 /// it is whole. Internal to CProject.
 ///
-/// The file is an archive followed by the SHA-1 digest of its bytes, so that any damage is found. The archive
-/// is one object: a mark, the next fresh identifier, the settings (type, bytes) and the elements by type
-/// (identifier, bytes). The bytes of an element are an archive of its own, which can be kept and written
-/// again without being understood.
+/// The file is an archive of one object: a mark, the next fresh identifier, the settings (type, bytes) and
+/// the elements by type (identifier, bytes). The bytes of an element are an archive of its own, which can be
+/// kept and written again without being understood.
 class ProjectFile
 {
 public:

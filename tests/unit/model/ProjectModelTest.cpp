@@ -1,0 +1,172 @@
+#include "ModelFixtures.h"
+
+#include <framework/model/COrdinaryItemCreator.h>
+#include <framework/model/CProjectModel.h>
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+class Initializer : public ModelInitializer
+{
+public:
+    Initializer(CProjectModel* model, std::function<void()> work)
+        : ModelInitializer(model)
+        , m_work(std::move(work))
+    {
+    }
+    void initialize() override { m_work(); }
+
+private:
+    std::function<void()> m_work;
+};
+
+CModelElement* addPoint(CProjectModel& model)
+{
+    return model.getCreateItemManager(0x101)->addItem(std::make_unique<PointElement>());
+}
+
+} // namespace
+
+TEST(ProjectModel, MakesOneManagerPerType)
+{
+    CProjectModel model(nullptr);
+    EXPECT_EQ(model.getItemManager(0x102), nullptr);
+    CModelElementManager* lines = model.getCreateItemManager(0x102);
+    CModelElementManager* points = model.getCreateItemManager(0x101);
+    EXPECT_EQ(model.getCreateItemManager(0x102), lines);
+    EXPECT_EQ(model.getItemManager(0x102), lines);
+    EXPECT_THAT(model.getItemManagers(), ElementsAre(points, lines));
+}
+
+TEST(ProjectModel, IdentifiersBeginAtOneAndAreNeverGivenTwice)
+{
+    CProjectModel model(nullptr);
+    EXPECT_EQ(addPoint(model)->getId(), 1);
+    EXPECT_EQ(model.getCreateItemManager(0x102)->addItem(std::make_unique<LineElement>())->getId(), 2);
+    model.getItemManager(0x102)->removeItem(2);
+    EXPECT_EQ(addPoint(model)->getId(), 3);
+    model.clear();
+    EXPECT_EQ(addPoint(model)->getId(), 4);
+}
+
+TEST(ProjectModel, FindsElementsOfAllManagers)
+{
+    CProjectModel model(nullptr);
+    CModelElement* point = addPoint(model);
+    CModelElement* line = model.getCreateItemManager(0x102)->addItem(std::make_unique<LineElement>());
+    EXPECT_EQ(model.getElement(1), point);
+    EXPECT_EQ(model.getElement(2), line);
+    EXPECT_EQ(model.getElement(0), nullptr);
+    EXPECT_EQ(model.getElement(3), nullptr);
+    EXPECT_EQ(model.getElementsCount(), 2);
+    model.clear();
+    EXPECT_EQ(model.getElement(1), nullptr);
+    EXPECT_EQ(model.getElementsCount(), 0);
+    EXPECT_EQ(model.getItemManagers().size(), 2u);
+}
+
+TEST(ProjectModel, DependenciesComeBreadthFirstAndOnce)
+{
+    // a <- b, c; b <- d; c <- d, e; d <- f
+    CProjectModel model(nullptr);
+    PointElement a, b, c, d, e, f;
+    a.addObserver(&b);
+    a.addObserver(&c);
+    b.addObserver(&d);
+    c.addObserver(&d);
+    c.addObserver(&e);
+    d.addObserver(&f);
+    EXPECT_THAT(model.getAllChildDependencies(&a), ElementsAre(&b, &c, &d, &e, &f));
+    EXPECT_THAT(model.getAllChildDependencies(&c), ElementsAre(&d, &e, &f));
+    EXPECT_THAT(model.getAllChildDependencies(&f), IsEmpty());
+}
+
+TEST(ProjectModel, DependenciesInACircleEndAndLeaveTheElementOut)
+{
+    CProjectModel model(nullptr);
+    PointElement a, b, c;
+    a.addObserver(&b);
+    b.addObserver(&c);
+    c.addObserver(&a);
+    a.addObserver(&a);
+    EXPECT_THAT(model.getAllChildDependencies(&a), ElementsAre(&b, &c));
+    EXPECT_THAT(model.getAllChildDependencies(&b), ElementsAre(&c, &a));
+}
+
+TEST(ProjectModel, ObserversThatAreNoElementsAreNoDependencies)
+{
+    CProjectModel model(nullptr);
+    PointElement a, b;
+    Observer observer;
+    a.addObserver(&observer);
+    a.addObserver(&b);
+    EXPECT_THAT(model.getAllChildDependencies(&a), ElementsAre(&b));
+    EXPECT_THAT(model.getAllChildDependencies(nullptr), IsEmpty());
+}
+
+TEST(ProjectModel, InitializersRunOnceInOrder)
+{
+    CProjectModel model(nullptr);
+    std::string ran;
+    model.addInitializer(7, std::make_unique<Initializer>(&model, [&] { ran += 'a'; }));
+    model.addInitializer(3, std::make_unique<Initializer>(&model, [&] { ran += 'b'; }));
+    EXPECT_EQ(ran, "");
+    model.initialize();
+    model.initialize();
+    EXPECT_EQ(ran, "ab");
+}
+
+TEST(ProjectModel, SecondInitializerOfAnIdentifierIsDropped)
+{
+    CProjectModel model(nullptr);
+    std::string ran;
+    auto first = std::make_unique<Initializer>(&model, [&] { ran += 'a'; });
+    ModelInitializer* kept = first.get();
+    model.addInitializer(7, std::move(first));
+    model.addInitializer(7, std::make_unique<Initializer>(&model, [&] { ran += 'b'; }));
+    model.addInitializer(8, nullptr);
+    EXPECT_EQ(model.getInitializer(7), kept);
+    EXPECT_EQ(model.getInitializer(8), nullptr);
+    EXPECT_EQ(kept->getModel(), &model);
+    model.initialize();
+    EXPECT_EQ(ran, "a");
+}
+
+TEST(ProjectModel, LateInitializerRunsAtOnce)
+{
+    CProjectModel model(nullptr);
+    model.initialize();
+    std::string ran;
+    model.addInitializer(1, std::make_unique<Initializer>(&model, [&] { ran += 'a'; }));
+    EXPECT_EQ(ran, "a");
+    model.initialize();
+    EXPECT_EQ(ran, "a");
+}
+
+TEST(ProjectModel, InitializerMayAddAnotherOne)
+{
+    CProjectModel model(nullptr);
+    std::string ran;
+    model.addInitializer(1, std::make_unique<Initializer>(&model, [&] {
+                             ran += 'a';
+                             model.addInitializer(2,
+                                                  std::make_unique<Initializer>(&model, [&] { ran += 'b'; }));
+                         }));
+    model.initialize();
+    EXPECT_EQ(ran, "ab");
+}
+
+TEST(ProjectModel, LaterCreatorOfATypeReplacesTheEarlier)
+{
+    CProjectModel model(nullptr);
+    EXPECT_EQ(model.getCreator(0x101), nullptr);
+    model.registerCreator(nullptr);
+    model.registerCreator(std::make_unique<COrdinaryItemCreator<PointElement>>());
+    auto second = std::make_unique<COrdinaryItemCreator<PointElement>>();
+    const ModelElementCreator* last = second.get();
+    model.registerCreator(std::move(second));
+    EXPECT_EQ(model.getCreator(0x101), last);
+    EXPECT_EQ(last->create()->getType(), 0x101);
+}
