@@ -9,7 +9,6 @@
 #include <QtCore/QLibrary>
 #include <QtCore/QPluginLoader>
 
-#include <algorithm>
 #include <dlfcn.h>
 
 namespace {
@@ -29,6 +28,18 @@ bool isSharedLibrary(const QString& path)
     QFile file(path);
     return file.open(QIODevice::ReadOnly) && file.read(4) == QByteArray("\x7f"
                                                                         "ELF");
+}
+
+/// Fills in what the metadata of a library says; returns why it is no plug-in's, or an empty text.
+QString readMetaData(const QJsonObject& metaData, PluginLoader::Plugin& plugin)
+{
+    if (!isSharedLibrary(plugin.path)) return QStringLiteral("not a shared library");
+    if (metaData.isEmpty()) return QStringLiteral("no plug-in metadata");
+    plugin.iid = metaData.value(QStringLiteral("IID")).toString();
+    plugin.className = metaData.value(QStringLiteral("className")).toString();
+    plugin.metaData = metaData.value(QStringLiteral("MetaData")).toObject();
+    if (plugin.iid.isEmpty()) return QStringLiteral("no interface identifier in the plug-in metadata");
+    return {};
 }
 
 /// Loads the library and makes its plug-in object; returns why that failed, or an empty text.
@@ -89,28 +100,26 @@ void PluginLoader::loadFile(const QString& path)
             return;
     Plugin plugin;
     plugin.path = path;
-    plugin.error = inspect(plugin);
-    if (!plugin.error.isEmpty())
-        ksp::Log::warning(QStringLiteral("%1: plug-in not loaded: %2").arg(path, plugin.error));
+    QPluginLoader loader(path);
+    plugin.error = readMetaData(loader.metaData(), plugin);
+    const QString first = plugin.error.isEmpty() ? findLoaded(plugin.className) : QString();
+    if (!first.isEmpty()) {
+        // usual where an installed copy lies next to one that was just built: nothing to warn of
+        plugin.error = QStringLiteral("duplicate: %1 was loaded from %2").arg(plugin.className, first);
+        ksp::Log::info(QStringLiteral("%1: plug-in not loaded: %2").arg(path, plugin.error));
+    } else {
+        if (plugin.error.isEmpty()) plugin.error = makeInstance(loader, plugin.instance);
+        if (!plugin.error.isEmpty())
+            ksp::Log::warning(QStringLiteral("%1: plug-in not loaded: %2").arg(path, plugin.error));
+    }
     m_plugins.push_back(plugin);
 }
 
-QString PluginLoader::inspect(Plugin& plugin) const
+QString PluginLoader::findLoaded(const QString& className) const
 {
-    if (!isSharedLibrary(plugin.path)) return QStringLiteral("not a shared library");
-    QPluginLoader loader(plugin.path);
-    const QJsonObject metaData = loader.metaData();
-    if (metaData.isEmpty()) return QStringLiteral("no plug-in metadata");
-    plugin.iid = metaData.value(QStringLiteral("IID")).toString();
-    plugin.className = metaData.value(QStringLiteral("className")).toString();
-    plugin.metaData = metaData.value(QStringLiteral("MetaData")).toObject();
-    if (plugin.iid.isEmpty()) return QStringLiteral("no interface identifier in the plug-in metadata");
-    const auto same = std::find_if(m_plugins.begin(), m_plugins.end(), [&](const Plugin& other) {
-        return other.instance && other.className == plugin.className;
-    });
-    if (same != m_plugins.end())
-        return QStringLiteral("duplicate: %1 was loaded from %2").arg(plugin.className, same->path);
-    return makeInstance(loader, plugin.instance);
+    for (const Plugin& plugin : m_plugins)
+        if (plugin.instance && plugin.className == className) return plugin.path;
+    return {};
 }
 
 void PluginLoader::refuse(std::size_t index, const QString& reason)

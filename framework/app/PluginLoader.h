@@ -38,7 +38,7 @@ public:
     /// whose metadata is a plug-in's. A file of a class name that was loaded already is listed as a
     /// duplicate; a file that is listed already (also by another path to it) is left out, and so are folders
     /// that are not there. Libraries stay loaded to the end of the process. Each failure gives a warning in
-    /// the log, too.
+    /// the log, a duplicate a line of information.
     void load(const QStringList& folders);
 
     const std::vector<Plugin>& getPlugins() const { return m_plugins; }
@@ -47,7 +47,7 @@ public:
 
 private:
     void loadFile(const QString& path);
-    /// Fills in the metadata and the instance; returns why that failed, or an empty text.
-    QString inspect(Plugin& plugin) const;
+    /// The file that a plug-in class was loaded from, or an empty text.
+    QString findLoaded(const QString& className) const;
     std::vector<Plugin> m_plugins;
 };

@@ -3,6 +3,7 @@
 #include <framework/ksp/CFileException.h>
 
 #include <QtCore/QFile>
+#include <QtCore/QFileInfo>
 #include <QtCore/QSaveFile>
 #include <QtCore/QtEndian>
 
@@ -128,6 +129,8 @@ QByteArray CQtArchive::readFile(const QString& path)
     const auto refuse = [&](int code, const QString& reason) {
         throw CFileException(code, QStringLiteral("%1: %2").arg(path, reason));
     };
+    if (QFileInfo::exists(path) && !QFileInfo(path).isFile()) // a device might never end
+        refuse(CFileException::Access, QStringLiteral("not a regular file"));
     if (!file.open(QIODevice::ReadOnly)) refuse(CFileException::Access, file.errorString());
     if (file.size() > static_cast<qint64>(sizeLimit))
         refuse(CFileException::Limit, QStringLiteral("the file is larger than 2 GiB"));
@@ -154,6 +157,7 @@ bool CQtArchive::isLoading() const
 
 CQtArchive::Frame& CQtArchive::openFrame()
 {
+    requireIntact();
     if (m_frames.empty()) throw CommonError(QStringLiteral("no object of the archive is begun"));
     return m_frames.back();
 }
@@ -176,7 +180,6 @@ void CQtArchive::beginObject()
 void CQtArchive::endObject(unsigned version)
 {
     Frame& frame = openFrame();
-    if (m_failed) fail(CFileException::Damaged, QStringLiteral("the archive is damaged"));
     if (!m_loading)
         frame.version = std::max(frame.version, version);
     else if (frame.version < version)
@@ -188,7 +191,6 @@ void CQtArchive::endObject(unsigned version)
 bool CQtArchive::checkVersion(unsigned version)
 {
     Frame& frame = openFrame();
-    if (m_failed) fail(CFileException::Damaged, QStringLiteral("the archive is damaged"));
     if (!m_loading) frame.version = std::max(frame.version, version);
     return frame.version >= version;
 }
@@ -196,7 +198,6 @@ bool CQtArchive::checkVersion(unsigned version)
 void CQtArchive::finish()
 {
     const Frame frame = openFrame();
-    if (m_failed) fail(CFileException::Damaged, QStringLiteral("the archive is damaged"));
     if (m_loading) {
         m_position = frame.end;
     } else {
@@ -228,7 +229,7 @@ std::size_t CQtArchive::remaining() const
 
 void CQtArchive::readBlock(void* data, std::size_t size)
 {
-    if (m_failed) fail(CFileException::Damaged, QStringLiteral("the archive is damaged"));
+    requireIntact();
     if (size > remaining())
         fail(m_frames.empty() ? CFileException::Truncated : CFileException::Damaged,
              QStringLiteral("the data ends before the object does"));
@@ -326,6 +327,11 @@ void CQtArchive::requireMode(bool loading) const
     if (m_loading != loading)
         throw CommonError(loading ? QStringLiteral("a storing archive cannot be read")
                                   : QStringLiteral("a loading archive cannot be written"));
+}
+
+void CQtArchive::requireIntact()
+{
+    if (m_failed) fail(CFileException::Damaged, QStringLiteral("the archive is damaged"));
 }
 
 void CQtArchive::fail(int code, const QString& text)

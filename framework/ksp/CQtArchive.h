@@ -100,6 +100,7 @@ private:
     Frame& openFrame();
     std::size_t readableEnd() const;
     void requireMode(bool loading) const;
+    void requireIntact();
     [[noreturn]] void fail(int code, const QString& text);
 
     bool m_loading;

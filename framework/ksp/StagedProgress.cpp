@@ -8,7 +8,12 @@
 namespace ksp {
 namespace {
 
-constexpr double visibleStep = 0.1;
+/// Whole tenths of a percent: the steps that a person can see. A little is added for tenths that rounding
+/// made a bit short.
+double tenths(double percentage)
+{
+    return std::floor(percentage * 10.0 + 1e-6);
+}
 
 /// What the stages of one tree share.
 struct Tree
@@ -20,10 +25,8 @@ struct Tree
 
     void show(double percentage, const QString& title)
     {
-        // a little less than the step, so that tenths which rounding made a bit short count
-        const bool moved = percentage - shownPercentage >= visibleStep * 0.999;
-        const bool arrived = percentage >= 100.0 && shownPercentage < 100.0;
-        if (!sink || (!moved && !arrived && title == shownTitle)) return;
+        const bool moved = tenths(percentage) > tenths(shownPercentage);
+        if (!sink || (!moved && title == shownTitle)) return;
         shownPercentage = percentage;
         shownTitle = title;
         sink(percentage, title);
