@@ -1,0 +1,86 @@
+#include <Viewer3dModule/drawables/Drawable3dItem.h>
+
+#include <Viewer3dModule/drawers/DrawerType.h>
+#include <Viewer3dModule/drawers/Item3dDrawer.h>
+#include <Viewer3dModule/scene/Scene3d.h>
+#include <framework/graphics/InteractiveGraphicsItem.h>
+
+#include <utility>
+
+Drawable3dItem::Drawable3dItem() = default;
+
+Drawable3dItem::Drawable3dItem(Drawable3dItem&& other) noexcept
+    : m_drawer(std::exchange(other.m_drawer, nullptr))
+    , m_scene(std::exchange(other.m_scene, nullptr))
+    , m_transform(other.m_transform)
+    , m_drawerIndex(std::exchange(other.m_drawerIndex, -1))
+    , m_visible(other.m_visible)
+{
+    if (m_drawer) m_drawer->replaceItem(m_drawerIndex, this);
+}
+
+Drawable3dItem::~Drawable3dItem()
+{
+    if (m_drawer) m_drawer->removeItem(this);
+}
+
+void Drawable3dItem::draw(const PaintContext& context, int)
+{
+    draw(context);
+}
+
+void Drawable3dItem::draw(const PaintContext&) {}
+
+int Drawable3dItem::getDefaultDrawerType() const
+{
+    return DrawerType::Mono;
+}
+
+bool Drawable3dItem::isHighlighted() const
+{
+    return false;
+}
+
+unsigned int Drawable3dItem::getGlueMask() const
+{
+    return 0xFFFFFFFFu;
+}
+
+void Drawable3dItem::draw2d(QPainter&, std::function<QPointF(glm::dvec3)>, double) const {}
+
+Item3dDrawer* Drawable3dItem::getDrawer() const
+{
+    return m_drawer;
+}
+
+Scene3d* Drawable3dItem::scene() const
+{
+    return m_scene;
+}
+
+void Drawable3dItem::setDrawer(Item3dDrawer* drawer)
+{
+    if (m_drawer) m_drawer->removeItem(this);
+    m_drawer = drawer;
+    if (!drawer) return;
+    m_scene = drawer->scene();
+    drawer->addItem(this);
+}
+
+void Drawable3dItem::setTransform(const glm::mat4& matrix, bool combine)
+{
+    m_transform = combine ? matrix * m_transform : matrix;
+}
+
+// Known only once the object is complete: never asked from a constructor, because drawing comes later.
+std::uint64_t Drawable3dItem::drawId() const
+{
+    if (!m_drawIdKnown) {
+        const auto* hostItem = dynamic_cast<const InteractiveGraphicsItem*>(this);
+        m_hasElement = hostItem != nullptr;
+        m_drawId =
+            hostItem ? static_cast<std::uint64_t>(hostItem->getId()) : reinterpret_cast<std::uintptr_t>(this);
+        m_drawIdKnown = true;
+    }
+    return m_drawId;
+}

@@ -1,0 +1,81 @@
+#pragma once
+
+#include <Viewer3dModule/drawables/Drawable3dPrimitive.h>
+
+#include <QtCore/QPointF>
+#include <QtCore/QPointer>
+
+#include <functional>
+
+class Item3dDrawer;
+class QPainter;
+class Scene3d;
+
+/// Something that a drawer draws: a model matrix, visibility, and the drawer that it is registered with.
+class VIEWER3DMODULE_EXPORT Drawable3dItem : public Drawable3dPrimitive
+{
+public:
+    /// Unbound, visible, identity transform.
+    Drawable3dItem();
+    /// Takes over the source's place in its drawer, its scene, transform and visibility; the source is
+    /// unbound.
+    Drawable3dItem(Drawable3dItem&& other) noexcept;
+    Drawable3dItem& operator=(Drawable3dItem&&) = delete;
+    Drawable3dItem(const Drawable3dItem&) = delete;
+    Drawable3dItem& operator=(const Drawable3dItem&) = delete;
+    /// Leaves the drawer.
+    ~Drawable3dItem() override;
+
+    /// Draws the item by itself; the number means nothing here.
+    void draw(const PaintContext& context, int instances) override;
+    /// The type of drawer for an item that is added to a scene without one; DrawerType::Mono.
+    virtual int getDefaultDrawerType() const;
+    /// Whether the item is shown as chosen; false.
+    virtual bool isHighlighted() const;
+    /// What glues to the item, by bits; everything.
+    virtual unsigned int getGlueMask() const;
+    /// Draws the item with a painter: toPainter maps scene points to painter points, scale is painter units a
+    /// scene unit. Draws nothing by default.
+    virtual void draw2d(QPainter& painter, std::function<QPointF(glm::dvec3)> toPainter, double scale) const;
+
+    /// Draws the item; what drawers call.
+    void drawElement(const PaintContext& context) { draw(context); }
+
+    /// The drawer and its scene; null when unset or gone.
+    Item3dDrawer* getDrawer() const;
+    Scene3d* scene() const;
+
+    /// Model matrix: item to scene coordinates, scene units.
+    glm::mat4 getTransform() const { return m_transform; }
+    /// Replaces the model matrix, or applies the matrix after it (matrix * old).
+    void setTransform(const glm::mat4& matrix, bool combine);
+
+    bool isVisible() const { return m_visible; }
+    /// Triggers nothing by itself.
+    void setVisible(bool visible) { m_visible = visible; }
+
+protected:
+    friend class Scene3d;
+    friend class Graphics3dItem;
+
+    /// Leaves the old drawer and joins the new one, which may be null; with a null one the scene is kept.
+    void setDrawer(Item3dDrawer* drawer);
+    /// The item's own drawing; nothing by default.
+    virtual void draw(const PaintContext& context);
+
+private:
+    friend class Item3dDrawer;
+    /// What tells the item from others in masks: the LONGID of an item that stands for a model element, else
+    /// its address. Found at the first call and kept.
+    std::uint64_t drawId() const;
+
+    QPointer<Item3dDrawer> m_drawer;
+    QPointer<Scene3d> m_scene;
+    glm::mat4 m_transform = glm::mat4(1.0f);
+    int m_drawerIndex = -1;
+    bool m_visible = true;
+
+    mutable bool m_drawIdKnown = false;
+    mutable bool m_hasElement = false;
+    mutable std::uint64_t m_drawId = 0;
+};

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <Viewer3dModule/drawables/Drawable3dPrimitive.h>
+#include <framework/gmx/BoundingBox.h>
+
+#include <QtCore/QString>
+
+#include <memory>
+#include <vector>
+
+/// What a reader makes of a file: geometry that draws itself, relative to an origin in model coordinates.
+///
+/// A node keeps its vertices as floats relative to getOrigin(); whoever draws it sets the model matrix to
+/// model-to-scene * translate(origin), composed in doubles, so that large coordinates lose nothing.
+class VIEWER3DMODULE_EXPORT IDrawableNode3d
+{
+public:
+    virtual ~IDrawableNode3d() = default;
+
+    /// Draws the node through the context's drawer, which must not be null.
+    virtual void draw(const PaintContext& context, int instances) = 0;
+
+    /// Model coordinates of the node's local (0, 0, 0).
+    virtual glm::dvec3 getOrigin() const { return glm::dvec3(0.0); }
+    /// Box of all vertices, in model coordinates; null when there are none.
+    virtual gmx::BoundingBox getBounds() const { return {}; }
+    /// What draw draws.
+    virtual Drawable3dPrimitive::GeometryInfo getGeometryInfo() const { return {}; }
+    /// The drawer type whose program the node draws with.
+    virtual int getDrawerType() const { return 0x36FF1C07; }
+    /// The name that the file gives to this part; may be empty.
+    virtual QString getName() const { return {}; }
+    /// Parts that are to be elements of their own (objects, groups), handed over: a file of several parts is a node
+    /// that draws nothing itself.
+    virtual std::vector<std::unique_ptr<IDrawableNode3d>> takeChildren() { return {}; }
+};

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <Viewer3dModule/drawables/Drawable3dPrimitive.h>
+
+#include <QtGui/QPen>
+
+/// One vertex buffer of positions, of which any range is drawn as a strip.
+class VIEWER3DMODULE_EXPORT Polyline3dPrimitive : public Drawable3dPrimitive
+{
+public:
+    Polyline3dPrimitive() = default;
+    Polyline3dPrimitive(Polyline3dPrimitive&& other) noexcept;
+    Polyline3dPrimitive& operator=(Polyline3dPrimitive&& other) noexcept;
+    Polyline3dPrimitive(const Polyline3dPrimitive&) = delete;
+    Polyline3dPrimitive& operator=(const Polyline3dPrimitive&) = delete;
+    /// Deletes the buffers; a context of the share group must be current.
+    ~Polyline3dPrimitive() override;
+
+    /// Uploads the positions; a buffer of the same length is kept.
+    void setVertices(const std::vector<glm::vec3>& vertices);
+    /// Changes one position; an index that is not there is ignored.
+    void setVertex(int index, const glm::vec3& vertex);
+    /// Colour and width (pixels) of the pen, and dashes of 10 by 10 pixels for any pen style but a solid one.
+    void setPen(const PaintContext& context, const QPen& pen);
+
+    /// drawRange over the whole buffer.
+    void draw(const PaintContext& context, int instances) override;
+    /// Draws vertices first to first + count - 1, as far as they are there, as a strip (a single one as a point).
+    void drawRange(const PaintContext& context, int first, int count, int instances);
+
+    /// One point, or the segments of the strip.
+    GeometryInfo getGeometryInfo() override;
+
+private:
+    int getVertexCount() const override { return m_vertexCount; }
+    unsigned int getVBO() const override { return m_vbo; }
+    void drawStrip(OpenGLFunctions& gl, const PaintContext& context, int start, int count, int instances);
+    void drawWithAdjacency(OpenGLFunctions& gl, int start, int count, int instances);
+
+    unsigned int m_vbo = 0;
+    int m_vertexCount = 0;
+    unsigned int m_adjacencyIndices = 0;
+    int m_adjacencyCapacity = 0;
+};

@@ -1,0 +1,253 @@
+#include <Viewer3dModule/drawers/Item3dDrawer.h>
+
+#include <Viewer3dModule/drawables/Drawable3dItem.h>
+#include <Viewer3dModule/drawers/ContextualItem3dDrawer.h>
+#include <Viewer3dModule/host/Scene3dViewLightingSettings.h>
+#include <Viewer3dModule/host/View3dSettings.h>
+#include <Viewer3dModule/scene/Scene3d.h>
+#include <Viewer3dModule/shaders/DrawMode.h>
+#include <framework/model/CProjectModel.h>
+
+#include <QtGui/QOpenGLShaderProgram>
+#include <glm/gtc/matrix_inverse.hpp>
+#include <glm/gtc/matrix_transform.hpp>
+
+namespace {
+
+// The settings' constructor values, for a host that registers no settings.
+const QColor defaultSelectedColor = Qt::yellow;
+const QColor defaultInteractionColor = Qt::magenta;
+
+glm::mat3 normalMatrix(const glm::mat4& modelView)
+{
+    return glm::inverseTranspose(glm::mat3(modelView));
+}
+
+} // namespace
+
+Item3dDrawer::Item3dDrawer(Scene3d* scene)
+    : m_scene(scene)
+{
+}
+
+Item3dDrawer::~Item3dDrawer()
+{
+    for (Drawable3dItem* item : m_items)
+        item->m_drawerIndex = -1;
+}
+
+void Item3dDrawer::updateItem(int) {}
+
+Item3dDrawer* Item3dDrawer::root()
+{
+    Item3dDrawer* drawer = this;
+    while (drawer->m_parent)
+        drawer = drawer->m_parent;
+    return drawer;
+}
+
+const std::vector<Drawable3dItem*>& Item3dDrawer::getItems() const
+{
+    return const_cast<Item3dDrawer*>(this)->root()->m_items;
+}
+
+void Item3dDrawer::updateItem(Drawable3dItem* item)
+{
+    updateItem(item->m_drawerIndex);
+}
+
+ContextualItem3dDrawer Item3dDrawer::asContextual(const PaintContext& context)
+{
+    return ContextualItem3dDrawer(this, context);
+}
+
+int Item3dDrawer::addItem(Drawable3dItem* item)
+{
+    if (item->m_drawerIndex < 0) {
+        if (m_parent) {
+            m_parent->addItem(item);
+        } else {
+            item->m_drawerIndex = static_cast<int>(m_items.size());
+            m_items.push_back(item);
+        }
+    }
+    updateItem(item->m_drawerIndex);
+    return item->m_drawerIndex;
+}
+
+void Item3dDrawer::removeItem(int index)
+{
+    if (index < 0 || static_cast<std::size_t>(index) >= getItems().size()) return;
+    if (m_parent) {
+        m_parent->removeItem(index);
+    } else {
+        const auto slot = static_cast<std::size_t>(index);
+        if (slot + 1 != m_items.size()) {
+            m_items[slot] = m_items.back();
+            m_items[slot]->m_drawerIndex = index;
+        }
+        m_items.pop_back();
+    }
+    updateItem(index);
+}
+
+void Item3dDrawer::removeItem(Drawable3dItem* item)
+{
+    removeItem(item->m_drawerIndex);
+    item->m_drawerIndex = -1;
+}
+
+void Item3dDrawer::replaceItem(int index, Drawable3dItem* item)
+{
+    std::vector<Drawable3dItem*>& items = root()->m_items;
+    if (index >= 0 && static_cast<std::size_t>(index) < items.size())
+        items[static_cast<std::size_t>(index)] = item;
+}
+
+void Item3dDrawer::addChildDrawer(Item3dDrawer* child)
+{
+    child->setParentDrawer(this);
+}
+
+void Item3dDrawer::setParentDrawer(Item3dDrawer* parent)
+{
+    m_parent = parent;
+}
+
+bool Item3dDrawer::prepareProgram(const PaintContext& context)
+{
+    m_preparedProgram = nullptr;
+    QOpenGLShaderProgram* program = context.program;
+    OpenGLFunctions* gl = currentGLFunctions();
+    // bind() would try to link a program that failed to link again, every frame.
+    if (!gl || !program || !program->isLinked() || !program->bind()) return false;
+
+    uniforms::set(*gl, program->uniformLocation("draw_mode"), context.drawMode);
+    uniforms::set(*gl, program->uniformLocation("projection"), context.projection);
+    uniforms::set(*gl, program->uniformLocation("view"), context.view);
+    uniforms::set(*gl, program->uniformLocation("viewport"), context.viewport);
+    const int viewportInverted = program->uniformLocation("viewport_inverted");
+    if (viewportInverted >= 0) uniforms::set(*gl, viewportInverted, glm::inverse(context.viewport));
+
+    m_modelLocation = program->uniformLocation("model");
+    m_normalMatrixLocation = program->uniformLocation("normalMatrix");
+    m_lightDirectionLocation = program->uniformLocation("uLightDirection");
+    m_lightModeLocation = program->uniformLocation("uLightMode");
+    m_penWidthLocation = program->uniformLocation("pen_width");
+    m_itemUniforms = ItemUniforms::of(*program);
+    m_preparedProgram = program;
+    setTransform(context, m_transform, false);
+    findLight(context);
+
+    const View3dSettings* settings = View3dSettings::getInstance();
+    uniforms::set(*gl, program->uniformLocation("selection_color"),
+                  settings ? settings->getSelectedColor() : defaultSelectedColor);
+    uniforms::set(*gl, program->uniformLocation("interaction_color"),
+                  settings ? settings->getInteractionColor() : defaultInteractionColor);
+
+    m_itemIdLocation = program->uniformLocation("item_id");
+    m_itemFlagsLocation = program->uniformLocation("item_flags");
+    m_glueMaskLocation = program->uniformLocation("glue_mask");
+    return true;
+}
+
+void Item3dDrawer::setTransform(const PaintContext& context, const glm::mat4& matrix, bool multiply)
+{
+    m_transform = multiply ? m_transform * matrix : matrix;
+    OpenGLFunctions* gl = currentGLFunctions();
+    if (!context.program || !gl) return;
+    uniforms::set(*gl, m_modelLocation, m_transform);
+    if (m_normalMatrixLocation >= 0)
+        uniforms::set(*gl, m_normalMatrixLocation, normalMatrix(context.view * m_transform));
+    if (m_lightModeChanged) {
+        setShaderLightMode(m_lightMode);
+        m_lightModeChanged = false;
+    }
+}
+
+glm::mat4 Item3dDrawer::getTransform()
+{
+    return m_transform;
+}
+
+// The light depends on the view only, so it is found once a pass and not with every model matrix.
+void Item3dDrawer::findLight(const PaintContext& context)
+{
+    m_lightModeChanged = false;
+    OpenGLFunctions* gl = currentGLFunctions();
+    if (!m_scene || !gl || m_lightDirectionLocation < 0) return;
+    const auto* settings = Scene3dViewLightingSettings::find(m_scene->getModel());
+    if (!settings) return;
+    const Scene3dViewLightingSettings::ViewData& light = settings->getView(context.viewName);
+    m_lightMode = light.flag;
+    setShaderLightMode(m_lightMode);
+    m_lightModeChanged = false;
+    const glm::mat4 modelView = context.view * glm::mat4(m_scene->modelToSceneTransform());
+    uniforms::set(*gl, m_lightDirectionLocation,
+                  glm::normalize(normalMatrix(modelView) * light.getLightDirection()));
+}
+
+void Item3dDrawer::setItemParameters(const Drawable3dItem* item, const PaintContext& context)
+{
+    OpenGLFunctions* gl = currentGLFunctions();
+    if (!gl) return;
+    if (m_itemFlagsLocation >= 0)
+        uniforms::set(*gl, m_itemFlagsLocation,
+                      item->isHighlighted() ? ItemFlag::Highlighted : ItemFlag::Normal);
+    if (m_itemIdLocation >= 0) {
+        const std::uint64_t id = item->drawId();
+        uniforms::set(*gl, m_itemIdLocation,
+                      glm::uvec2(static_cast<std::uint32_t>(id), static_cast<std::uint32_t>(id >> 32)));
+    }
+    if (context.drawMode == DrawMode::GlueMaskDraw && m_glueMaskLocation >= 0)
+        uniforms::set(*gl, m_glueMaskLocation, item->getGlueMask());
+}
+
+void Item3dDrawer::setPenWidth(float width)
+{
+    if (OpenGLFunctions* gl = currentGLFunctions()) uniforms::set(*gl, m_penWidthLocation, width);
+}
+
+void Item3dDrawer::setShaderLightMode(bool on)
+{
+    OpenGLFunctions* gl = currentGLFunctions();
+    if (!gl || m_lightModeLocation < 0) return;
+    uniforms::set(*gl, m_lightModeLocation, m_lightMode && on);
+    m_lightModeChanged = true;
+}
+
+void Item3dDrawer::saveTransformState()
+{
+    m_transformStack.push_back(m_transform);
+}
+
+void Item3dDrawer::restoreTransformState(const PaintContext& context)
+{
+    if (m_transformStack.empty()) return;
+    const glm::mat4 saved = m_transformStack.back();
+    setTransform(context, saved, false);
+    m_transformStack.pop_back();
+}
+
+void Item3dDrawer::translate(const PaintContext& context, const glm::vec3& offset)
+{
+    setTransform(context, glm::translate(glm::mat4(1.0f), offset), true);
+}
+
+void Item3dDrawer::scale(const PaintContext& context, const glm::vec3& factors)
+{
+    setTransform(context, glm::scale(glm::mat4(1.0f), factors), true);
+}
+
+void Item3dDrawer::rotate(const PaintContext& context, float angle, const glm::vec3& axis)
+{
+    setTransform(context, glm::rotate(glm::mat4(1.0f), angle, axis), true);
+}
+
+ItemUniforms Item3dDrawer::itemUniforms(const PaintContext& context)
+{
+    if (!context.program) return {};
+    if (context.drawer && context.drawer->m_preparedProgram == context.program)
+        return context.drawer->m_itemUniforms;
+    return ItemUniforms::of(*context.program);
+}

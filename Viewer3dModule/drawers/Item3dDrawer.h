@@ -1,0 +1,125 @@
+#pragma once
+
+#include <Viewer3dModule/Viewer3dModule_export.h>
+#include <Viewer3dModule/drawers/PaintContext.h>
+#include <Viewer3dModule/shaders/Uniforms.h>
+
+#include <QtCore/QObject>
+#include <QtCore/QPointer>
+#include <QtGui/QColor>
+#include <glm/glm.hpp>
+
+#include <functional>
+#include <memory>
+#include <utility>
+#include <vector>
+
+class ContextualItem3dDrawer;
+class Drawable3dItem;
+
+/// A render strategy: draws all items of its registry, which it does not own, with one program.
+///
+/// All operations that draw or set uniforms run on the thread of the scene's context with a context of the
+/// scene's share group current. None throws; without a current 4.3 core function table they do nothing.
+class VIEWER3DMODULE_EXPORT Item3dDrawer : public QObject
+{
+public:
+    using Filter = std::function<bool(Drawable3dItem*)>;
+
+    /// scene is not owned; it may be null in tests (there is then no lighting and no program building).
+    explicit Item3dDrawer(Scene3d* scene);
+    /// Items that are still registered become unregistered.
+    ~Item3dDrawer() override;
+
+    /// Draws the visible items that pass the filter (empty: all).
+    virtual void draw(const PaintContext& context, Filter filter) = 0;
+    /// A new drawer of the same kind and settings on the same scene, with an empty registry.
+    virtual std::unique_ptr<Item3dDrawer> clone() const = 0;
+    /// The item at the index was added, removed or changed. The base does nothing.
+    virtual void updateItem(int index);
+    /// Sets the current model matrix, or multiplies it by the matrix from the right (which then applies to
+    /// vertices first), and uploads it to the context's program, if there is one.
+    virtual void setTransform(const PaintContext& context, const glm::mat4& matrix, bool multiply);
+    /// The current model matrix.
+    virtual glm::mat4 getTransform();
+
+    Scene3d* scene() const { return m_scene; }
+    /// The registry, in no particular order: that of the topmost ancestor.
+    const std::vector<Drawable3dItem*>& getItems() const;
+    /// updateItem of the item's index.
+    void updateItem(Drawable3dItem* item);
+    /// This drawer and the context as one value; the context must outlive it.
+    ContextualItem3dDrawer asContextual(const PaintContext& context);
+
+    /// Per-item uniforms: flags (highlight), identifier, glue mask.
+    void setItemParameters(const Drawable3dItem* item, const PaintContext& context);
+    /// Sets "pen_width" (pixels).
+    void setPenWidth(float width);
+    /// Sets "uLightMode" to whether the view's light is on and the caller wants it. It holds until the next
+    /// model matrix is set, which switches it back to the view's.
+    void setShaderLightMode(bool on);
+
+    void saveTransformState();
+    /// Puts the last saved matrix back; nothing when none is saved.
+    void restoreTransformState(const PaintContext& context);
+    void translate(const PaintContext& context, const glm::vec3& offset);
+    void scale(const PaintContext& context, const glm::vec3& factors);
+    /// angle in radians, axis in model coordinates.
+    void rotate(const PaintContext& context, float angle, const glm::vec3& axis);
+
+    /// Fills the uniforms of colouring by height: one colour and one height (scene units) a level, in the
+    /// order given, at most 256; levelStep > 0 states that heights are equidistant; discrete: no
+    /// interpolation. Binds the program.
+    static void setColorLevels(QOpenGLShaderProgram* program,
+                               const std::vector<std::pair<double, QColor>>& levels, float levelStep,
+                               bool discrete);
+    /// Fills them with a built-in ramp of colours, blue through green and yellow to red, from the lower to
+    /// the upper height.
+    static void setColorLevels(QOpenGLShaderProgram* program, float lower, float upper);
+
+    /// Locations of the uniforms that items set, good for the program of the pass that prepareProgram began.
+    const ItemUniforms& itemUniforms() const { return m_itemUniforms; }
+    /// The locations for the context's program: the drawer's where the context names a drawer that prepared
+    /// it, else asked of the program (slow); all -1 without a program.
+    static ItemUniforms itemUniforms(const PaintContext& context);
+
+protected:
+    friend class Drawable3dItem;
+
+    /// Registers an item that is not registered yet; calls updateItem in either case. Returns its index.
+    int addItem(Drawable3dItem* item);
+    /// Removes the item at the index by moving the last one into its slot; an index out of range is ignored.
+    void removeItem(int index);
+    void removeItem(Drawable3dItem* item);
+    /// The registered item has moved in memory.
+    void replaceItem(int index, Drawable3dItem* item);
+    void addChildDrawer(Item3dDrawer* child);
+    void setParentDrawer(Item3dDrawer* parent);
+
+    /// Binds the context's program and sets what holds for the whole pass; false when it cannot be drawn
+    /// with.
+    bool prepareProgram(const PaintContext& context);
+
+private:
+    Item3dDrawer* root();
+    void findLight(const PaintContext& context);
+
+    Scene3d* m_scene;
+    QPointer<Item3dDrawer> m_parent;
+    std::vector<Drawable3dItem*> m_items;
+    int m_modelLocation = -1;
+    int m_normalMatrixLocation = -1;
+    int m_lightDirectionLocation = -1;
+    int m_lightModeLocation = -1;
+    int m_penWidthLocation = -1;
+    glm::mat4 m_transform = glm::mat4(1.0f);
+    std::vector<glm::mat4> m_transformStack;
+    int m_itemIdLocation = -1;
+    int m_itemFlagsLocation = -1;
+    int m_glueMaskLocation = -1;
+    bool m_lightMode = true;
+
+    bool m_lightModeChanged = false;
+    ItemUniforms m_itemUniforms;
+    const QOpenGLShaderProgram* m_preparedProgram = nullptr;
+};

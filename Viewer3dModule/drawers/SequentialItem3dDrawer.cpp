@@ -1,0 +1,126 @@
+#include <Viewer3dModule/drawers/SequentialItem3dDrawer.h>
+
+#include <Viewer3dModule/drawables/Drawable3dItem.h>
+#include <Viewer3dModule/scene/Scene3d.h>
+#include <Viewer3dModule/shaders/DrawMode.h>
+
+#include <QtCore/QVariant>
+#include <QtGui/QOpenGLShaderProgram>
+
+namespace {
+
+// Dashes count from the first vertex of each segment, so while a dashing program draws, flat outputs come
+// from that vertex. The convention is asked once a pass and put back.
+class FirstVertexConvention
+{
+public:
+    FirstVertexConvention(OpenGLFunctions* gl, bool wanted)
+        : m_gl(wanted ? gl : nullptr)
+    {
+        if (!m_gl) return;
+        m_gl->glGetIntegerv(GL_PROVOKING_VERTEX, &m_before);
+        m_gl->glProvokingVertex(GL_FIRST_VERTEX_CONVENTION);
+    }
+    ~FirstVertexConvention()
+    {
+        if (m_gl) m_gl->glProvokingVertex(static_cast<GLenum>(m_before));
+    }
+    FirstVertexConvention(const FirstVertexConvention&) = delete;
+    FirstVertexConvention& operator=(const FirstVertexConvention&) = delete;
+
+private:
+    OpenGLFunctions* m_gl;
+    GLint m_before = GL_LAST_VERTEX_CONVENTION;
+};
+
+// 0 where the bit set does not name exactly one kind.
+GLenum feedbackMode(int primitives)
+{
+    switch (primitives) {
+    case PrimitiveBit::Points:
+        return GL_POINTS;
+    case PrimitiveBit::Lines:
+        return GL_LINES;
+    case PrimitiveBit::Triangles:
+        return GL_TRIANGLES;
+    default:
+        return 0xFFFFFFFFu;
+    }
+}
+
+} // namespace
+
+SequentialItem3dDrawer::SequentialItem3dDrawer(Scene3d* scene, QOpenGLShaderProgram* defaultProgram)
+    : Item3dDrawer(scene)
+    , m_defaultProgram(defaultProgram)
+{
+}
+
+SequentialItem3dDrawer::~SequentialItem3dDrawer() = default;
+
+std::unique_ptr<Item3dDrawer> SequentialItem3dDrawer::clone() const
+{
+    return std::make_unique<SequentialItem3dDrawer>(scene(), m_defaultProgram);
+}
+
+void SequentialItem3dDrawer::draw(const PaintContext& context, Filter filter)
+{
+    if (getItems().empty()) return;
+    PaintContext pass = context;
+    if (!beginPass(pass)) return;
+    const FirstVertexConvention convention(currentGLFunctions(), itemUniforms().dashSize >= 0);
+    for (Drawable3dItem* item : getItems())
+        if (item->isVisible() && (!filter || filter(item))) drawWithUniforms(item, pass);
+}
+
+void SequentialItem3dDrawer::drawOnly(Drawable3dItem* item, const PaintContext& context)
+{
+    if (!item->isVisible()) return;
+    PaintContext pass = context;
+    if (!beginPass(pass)) return;
+    const FirstVertexConvention convention(currentGLFunctions(), itemUniforms().dashSize >= 0);
+    drawWithUniforms(item, pass);
+}
+
+bool SequentialItem3dDrawer::beginPass(PaintContext& context)
+{
+    if (!context.program) context.program = m_defaultProgram;
+    context.drawer = this;
+    if (context.drawMode == DrawMode::GeometryCapture) {
+        if (!m_geometryProgram && scene())
+            m_geometryProgram = scene()->createProgram(
+                {QStringLiteral("shader:Viewer3dModule/dummy.vertex.glsl")}, {}, {"gl_Position"});
+        context.program = m_geometryProgram;
+    }
+    if (!prepareProgram(context)) return false;
+    const QVariant primitives = context.program->property("primitives");
+    if (primitives.isValid()) context.primitives = primitives.toInt();
+    return true;
+}
+
+void SequentialItem3dDrawer::drawWithUniforms(Drawable3dItem* item, const PaintContext& context)
+{
+    setItemParameters(item, context);
+    saveTransformState();
+    setTransform(context, item->getTransform(), true);
+    drawItem(item, context);
+    restoreTransformState(context);
+}
+
+void SequentialItem3dDrawer::drawItem(Drawable3dItem* item, const PaintContext& context)
+{
+    OpenGLFunctions* gl = currentGLFunctions();
+    if (!gl) return;
+    if (context.drawMode != DrawMode::GeometryCapture) {
+        item->drawElement(context);
+        return;
+    }
+    gl->glEnable(GL_RASTERIZER_DISCARD);
+    const GLenum mode = feedbackMode(context.primitives);
+    if (mode != 0xFFFFFFFFu) gl->glBeginTransformFeedback(mode);
+    item->drawElement(context);
+    // Ended even where nothing began: callers name exactly one kind of primitive, and OpenGL reports those
+    // who do not.
+    gl->glEndTransformFeedback();
+    gl->glDisable(GL_RASTERIZER_DISCARD);
+}

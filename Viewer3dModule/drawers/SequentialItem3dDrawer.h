@@ -1,0 +1,35 @@
+#pragma once
+
+#include <Viewer3dModule/drawers/Item3dDrawer.h>
+
+/// Draws its items one after another with one program, each with its own model matrix and per-item uniforms.
+/// In geometry capture the vertices, transformed to scene coordinates, go to the transform-feedback buffer
+/// that the caller bound.
+class VIEWER3DMODULE_EXPORT SequentialItem3dDrawer : public Item3dDrawer
+{
+public:
+    /// defaultProgram serves where the context names none; it is not owned and may be null.
+    SequentialItem3dDrawer(Scene3d* scene, QOpenGLShaderProgram* defaultProgram);
+    ~SequentialItem3dDrawer() override;
+
+    QOpenGLShaderProgram* getDefaultProgram() const { return m_defaultProgram; }
+    /// The program of geometry capture; not owned. Without one it is built when it is first needed.
+    void setGeometryProgram(QOpenGLShaderProgram* program) { m_geometryProgram = program; }
+
+    void draw(const PaintContext& context, Filter filter) override;
+    std::unique_ptr<Item3dDrawer> clone() const override;
+
+    /// Draws one item of the registry as draw does, without walking the registry.
+    void drawOnly(Drawable3dItem* item, const PaintContext& context);
+
+protected:
+    /// Draws an item for which everything is set; a subclass may draw it differently.
+    virtual void drawItem(Drawable3dItem* item, const PaintContext& context);
+
+private:
+    bool beginPass(PaintContext& context);
+    void drawWithUniforms(Drawable3dItem* item, const PaintContext& context);
+
+    QOpenGLShaderProgram* m_defaultProgram;
+    QOpenGLShaderProgram* m_geometryProgram = nullptr;
+};

@@ -1,0 +1,249 @@
+#include <Viewer3dModule/scene/Scene3d.h>
+
+#include <Viewer3dModule/drawables/Drawable3dItem.h>
+#include <Viewer3dModule/drawers/PaintContext.h>
+#include <Viewer3dModule/drawers/SequentialItem3dDrawer.h>
+#include <Viewer3dModule/host/Graphics3dItem.h>
+#include <Viewer3dModule/scene/CurrentContextGuard.h>
+#include <Viewer3dModule/shaders/DrawMode.h>
+#include <Viewer3dModule/shaders/ShaderProgramBuilder.h>
+#include <framework/model/CFilterElement.h>
+
+#include <QtGui/QOpenGLShaderProgram>
+
+#include <algorithm>
+
+Scene3d::Scene3d(CProjectModel* model, QObject* parent)
+    : QObject(parent)
+    , m_model(model)
+    , m_surface(std::make_unique<QOffscreenSurface>())
+{
+    QOpenGLContext* share = QOpenGLContext::globalShareContext();
+    if (share) {
+        m_surface->setFormat(share->format());
+        m_context.setFormat(share->format());
+        m_context.setShareContext(share);
+    }
+    m_surface->create();
+    m_context.create();
+    makeCurrent();
+    OpenGLFunctions* gl = getGLFunctions();
+    initializeGLCommon(gl);
+    if (gl) gl->glGenVertexArrays(1, &m_defaultVao);
+    addDefaultDrawers();
+}
+
+// Everything that holds OpenGL objects goes while the context can still be made current.
+Scene3d::~Scene3d()
+{
+    const CurrentContextGuard callers;
+    makeCurrent();
+    if (OpenGLFunctions* gl = getGLFunctions()) gl->glDeleteVertexArrays(1, &m_defaultVao);
+    clear();
+    m_drawers.clear();
+    m_localItems.clear();
+    m_localDrawers.clear();
+    qDeleteAll(findChildren<QOpenGLShaderProgram*>(QString(), Qt::FindDirectChildrenOnly));
+    doneCurrent();
+}
+
+bool Scene3d::makeCurrent()
+{
+    return m_context.makeCurrent(m_surface.get());
+}
+
+void Scene3d::doneCurrent()
+{
+    m_context.doneCurrent();
+}
+
+QSurface* Scene3d::getSurface() const
+{
+    return m_surface.get();
+}
+
+void Scene3d::initializeGLCommon(OpenGLFunctions* functions)
+{
+    if (!functions) return;
+    functions->glEnable(GL_DEPTH_TEST);
+    functions->glEnable(GL_PROGRAM_POINT_SIZE);
+    functions->glEnable(GL_BLEND);
+    functions->glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+    functions->glDepthFunc(GL_LEQUAL);
+    // [0, 0.001) is left to foreground items.
+    functions->glDepthRange(getForegroundItemsZRange(), 1.0);
+    functions->glEnable(GL_POLYGON_OFFSET_FILL);
+    functions->glPolygonOffset(1.0f, 1.0f);
+}
+
+QOpenGLShaderProgram* Scene3d::createProgram(const QStringList& files,
+                                             const std::vector<std::string>& defines,
+                                             const std::vector<std::string>& varyings)
+{
+    makeCurrent();
+    return buildShaderProgram(this, files, defines, varyings);
+}
+
+// --- elements
+// ---------------------------------------------------------------------------------------------------------
+
+void Scene3d::addElement(Graphics3dItem* item)
+{
+    if (!item) return;
+    makeCurrent();
+    if (m_items.empty()) m_bounds.reset();
+    const auto [entry, added] = m_items.emplace(item->getId(), item);
+    if (!added) {
+        if (entry->second != item) delete item;
+        return;
+    }
+    if (!item->getDrawer()) {
+        const int visibilityType = item->getVisibilityType();
+        const int drawerType = item->getDefaultDrawerType();
+        addDrawer(visibilityType, drawerType);
+        item->setDrawer(getDrawer(visibilityType, drawerType));
+    }
+    if (isInGroupOperation()) {
+        m_pending.insert(item);
+        m_boundsDirty = true;
+        return;
+    }
+    item->updateVisibility();
+    item->updateDataImpl();
+    item->updateData(nullptr);
+    if (item->isVisible()) setBounds(item->sceneBoundingBox());
+}
+
+void Scene3d::removeElement(LONGID id)
+{
+    makeCurrent();
+    const auto entry = m_items.find(id);
+    m_boundsDirty = true;
+    if (entry == m_items.end()) return;
+    Graphics3dItem* item = entry->second;
+    m_pending.erase(item);
+    m_items.erase(entry);
+    delete item;
+    Q_EMIT elementRemoved(id);
+}
+
+InteractiveGraphicsItem* Scene3d::findGraphicsItem(LONGID id) const
+{
+    const auto entry = m_items.find(id);
+    return entry == m_items.end() ? nullptr : entry->second;
+}
+
+void Scene3d::clear()
+{
+    makeCurrent();
+    m_pending.clear();
+    for (const auto& entry : m_items)
+        delete entry.second;
+    m_items.clear();
+    m_boundsDirty = true;
+}
+
+// --- local items
+// ------------------------------------------------------------------------------------------------------
+
+void Scene3d::addLocalItem(std::unique_ptr<Drawable3dItem> item)
+{
+    if (!item) return;
+    makeCurrent();
+    if (!item->getDrawer()) item->setDrawer(getLocalDrawer(item->getDefaultDrawerType()));
+    m_localItems.insert(std::move(item));
+    Q_EMIT updateView();
+}
+
+void Scene3d::deleteLocalItem(const Drawable3dItem* item)
+{
+    const auto entry = std::find_if(m_localItems.begin(), m_localItems.end(),
+                                    [item](const auto& local) { return local.get() == item; });
+    if (entry == m_localItems.end()) return;
+    makeCurrent();
+    m_localItems.erase(entry);
+    Q_EMIT updateView();
+}
+
+// --- drawing
+// ----------------------------------------------------------------------------------------------------------
+
+namespace {
+
+Scene3d::ItemFilter orVisibleItems(Scene3d::ItemFilter filter)
+{
+    if (filter) return filter;
+    return [](Drawable3dItem* item) { return item && item->isVisible(); };
+}
+
+} // namespace
+
+void Scene3d::drawElements(const PaintContext& context, const CFilterElement* filter, ItemFilter itemFilter)
+{
+    flushBounds();
+    itemFilter = orVisibleItems(std::move(itemFilter));
+    for (const auto& [key, drawer] : m_drawers)
+        if (!filter || filter->isTypeAccepted(key.first) || m_alwaysVisible.count(key.first) != 0)
+            drawer->draw(context, itemFilter);
+}
+
+void Scene3d::drawLocalItems(const PaintContext& context, ItemFilter itemFilter)
+{
+    itemFilter = orVisibleItems(std::move(itemFilter));
+    for (const auto& entry : m_localDrawers)
+        entry.second->draw(context, itemFilter);
+}
+
+void Scene3d::drawFrame(const PaintContext& context, const CFilterElement* filter, ItemFilter itemFilter)
+{
+    drawElements(context, filter, itemFilter);
+    drawLocalItems(context, std::move(itemFilter));
+}
+
+// --- geometry capture
+// -------------------------------------------------------------------------------------------------
+
+std::tuple<unsigned, unsigned, unsigned> Scene3d::generateItemGeometry(Drawable3dItem* item)
+{
+    if (!item) return {0u, 0u, 0u};
+    makeCurrent();
+    const Drawable3dPrimitive::GeometryInfo info = item->getGeometryInfo();
+    const Drawable3dPrimitive::Geometry made = item->generateGeometry();
+    OpenGLFunctions* gl = getGLFunctions();
+    if (made != Drawable3dPrimitive::Geometry(0u, 0u, 0u) || !gl) return made;
+
+    PaintContext context;
+    context.scene = this;
+    context.vertexArray = m_defaultVao;
+    context.drawMode = DrawMode::GeometryCapture;
+    const unsigned points = captureGeometry(item, context, PrimitiveBit::Points, info.pointCount);
+    const unsigned lines =
+        captureGeometry(item, context, PrimitiveBit::Lines, std::size_t(info.lineCount) * 2);
+    const unsigned triangles =
+        captureGeometry(item, context, PrimitiveBit::Triangles, std::size_t(info.triangleCount) * 3);
+    gl->glFinish();
+    return {points, lines, triangles};
+}
+
+unsigned Scene3d::captureGeometry(Drawable3dItem* item, PaintContext& context, int primitive,
+                                  std::size_t vertexCount)
+{
+    if (vertexCount == 0) return 0;
+    OpenGLFunctions* gl = getGLFunctions();
+    unsigned buffer = 0;
+    gl->glGenBuffers(1, &buffer);
+    gl->glBindBuffer(GL_TRANSFORM_FEEDBACK_BUFFER, buffer);
+    gl->glBufferData(GL_TRANSFORM_FEEDBACK_BUFFER, static_cast<GLsizeiptr>(vertexCount * sizeof(glm::vec4)),
+                     nullptr, GL_DYNAMIC_DRAW);
+    // What the item does not fill reads as zeros.
+    gl->glClearBufferData(GL_TRANSFORM_FEEDBACK_BUFFER, GL_R32F, GL_RED, GL_FLOAT, nullptr);
+    gl->glBindBufferBase(GL_TRANSFORM_FEEDBACK_BUFFER, 0, buffer);
+    context.primitives = primitive;
+    Item3dDrawer* drawer = item->getDrawer();
+    if (auto* sequential = dynamic_cast<SequentialItem3dDrawer*>(drawer))
+        sequential->drawOnly(item, context);
+    else if (drawer)
+        drawer->draw(context, [item](Drawable3dItem* other) { return other == item; });
+    gl->glBindBufferBase(GL_TRANSFORM_FEEDBACK_BUFFER, 0, 0);
+    return buffer;
+}

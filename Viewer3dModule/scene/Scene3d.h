@@ -1,0 +1,233 @@
+#pragma once
+
+#include <Viewer3dModule/Viewer3dModule_export.h>
+#include <Viewer3dModule/shaders/OpenGLFunctions.h>
+#include <framework/gmx/BoundingBox.h>
+#include <framework/graphics/InteractiveGraphicsScene.h>
+#include <framework/ksp/LONGID.h>
+#include <framework/ksp/StagedProgress.h>
+
+#include <QtCore/QObject>
+#include <QtCore/QStringList>
+#include <QtGui/QOffscreenSurface>
+#include <QtGui/QOpenGLContext>
+#include <glm/glm.hpp>
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <tuple>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+class CFilterElement;
+class CProjectModel;
+class Drawable3dItem;
+class Graphics3dItem;
+class InteractiveGraphicsItem;
+class Item3dDrawer;
+class QOpenGLShaderProgram;
+struct PaintContext;
+
+/// The scene of one project model: the items that mirror its elements, the drawers that draw them, an OpenGL
+/// context of its own, and the transform that keeps what is drawn near the origin.
+///
+/// Coordinates: *model* coordinates are the project's, in its length unit, in double precision, of any size.
+/// *Scene* coordinates are what is drawn, within +-maxCoordsLimit() of the origin where the scene has
+/// recentred itself.
+///
+/// Everything runs on the thread that made the scene. The application object must share OpenGL contexts
+/// (Qt::AA_ShareOpenGLContexts) with a format that offers the 4.3 core profile.
+class VIEWER3DMODULE_EXPORT Scene3d : public QObject, public InteractiveGraphicsScene
+{
+    Q_OBJECT
+public:
+    using ItemFilter = std::function<bool(Drawable3dItem*)>;
+
+    /// Creates the context and the default drawers; the context is current afterwards. model is not owned,
+    /// outlives the scene and may be null (a scene of local items only).
+    Scene3d(CProjectModel* model, QObject* parent);
+    /// Frees every OpenGL object of the scene, its items and programs with its context current. Leaves no
+    /// context current, unless another one was.
+    ~Scene3d() override;
+
+    // --- context
+    // ---------------------------------------------------------------------------------------------------
+
+    /// Makes the scene's context current on its off-screen surface.
+    bool makeCurrent();
+    void doneCurrent();
+    QOpenGLContext& getContext() { return m_context; }
+    /// The off-screen surface, owned by the scene.
+    QSurface* getSurface() const;
+    /// The vertex array object of the scene's context. Views with a context of their own use one of their
+    /// own.
+    unsigned int getDefaultVao() const { return m_defaultVao; }
+    /// Function table of the context that is current, whichever that is; null when none is.
+    OpenGLFunctions* getGLFunctions() const { return currentGLFunctions(); }
+    /// Sets the fixed state that every context used for drawing must have: depth test (less or equal), depth
+    /// range 0.001 to 1, program point size, blending by source alpha, polygon offset 1, 1.
+    static void initializeGLCommon(OpenGLFunctions* functions);
+    CProjectModel* getModel() const { return m_model; }
+
+    // --- drawers
+    // ---------------------------------------------------------------------------------------------------
+
+    /// Registers a drawer under a key; a key that is there keeps its drawer and the new one is destroyed.
+    void addDrawer(int visibilityType, int drawerType, std::unique_ptr<Item3dDrawer> drawer);
+    /// Under (type, type).
+    void addDrawer(int type, std::unique_ptr<Item3dDrawer> drawer);
+    void addDefaultDrawer(int type, std::unique_ptr<Item3dDrawer> drawer);
+    /// Registers a clone of the default drawer of the type (of the Mono drawer when there is none, so
+    /// register types of your own first); a key that is there is left alone.
+    void addDrawer(int visibilityType, int drawerType);
+    /// The drawer under the key, else the Mono drawer. Never null.
+    Item3dDrawer* getDrawer(int visibilityType, int drawerType) const;
+    Item3dDrawer* getDefaultDrawer(int type) const { return getDrawer(type, type); }
+    /// Whether there is a drawer under exactly this key.
+    bool isHasDrawer(int visibilityType, int drawerType) const;
+    bool isHasDefaultDrawer(int type) const { return isHasDrawer(type, type); }
+    /// Drawers of this visibility type are drawn even where the visibility filter rejects it.
+    void addAlwaysVisibleDrawer(int visibilityType);
+    /// The drawer of the type for local items, a clone of the default one, made at the first request.
+    Item3dDrawer* getLocalDrawer(int drawerType);
+
+    /// Builds a program from shader files ("shader:Viewer3dModule/mono.fragment.glsl"), defines for their
+    /// preprocessor and names of outputs to capture. The stage of a file is told by its name. Always returns
+    /// a new program, owned by the scene; what failed is logged, and the program then is not linked.
+    QOpenGLShaderProgram* createProgram(const QStringList& files, const std::vector<std::string>& defines,
+                                        const std::vector<std::string>& varyings);
+
+    // --- elements
+    // --------------------------------------------------------------------------------------------------
+
+    /// Takes an item. An identifier that is there keeps its item and the new one is destroyed. Outside of
+    /// group operations the item is updated at once; inside, at the end.
+    void addElement(Graphics3dItem* item);
+    /// Destroys the element's item and emits elementRemoved.
+    void removeElement(LONGID id);
+    InteractiveGraphicsItem* findGraphicsItem(LONGID id) const override;
+    const std::unordered_map<LONGID, Graphics3dItem*>& getItems() const { return m_items; }
+    /// Destroys all items of elements.
+    void clear();
+
+    /// Updates items, those that others depend on first; inside a group operation at its end. A queued
+    /// sceneChanged follows.
+    void updateGraphicsItems(std::vector<Graphics3dItem*>& items);
+    /// Updates all items.
+    void updateGraphicsItems();
+    /// Orders items so that each comes after those of the vector whose elements its own element observes.
+    void sortItemsByUpdateOrder(std::vector<Graphics3dItem*>& items);
+    void updateGraphicsViews() { Q_EMIT updateView(); }
+    /// What the item draws, in scene coordinates (x, y, z, w of model * vertex), in buffers of points, lines
+    /// and triangles, 0 where it draws none. The caller deletes the buffers, with a context of the share
+    /// group current.
+    std::tuple<unsigned, unsigned, unsigned> generateItemGeometry(Drawable3dItem* item);
+
+    // --- local items
+    // -----------------------------------------------------------------------------------------------
+
+    /// Takes an item that stands for no element.
+    void addLocalItem(std::unique_ptr<Drawable3dItem> item);
+    /// Destroys a local item; null and unknown pointers are ignored.
+    void deleteLocalItem(const Drawable3dItem* item);
+
+    // --- drawing
+    // ---------------------------------------------------------------------------------------------------
+
+    /// Draws the items of elements that pass the item filter (empty: visible ones), drawer by drawer in
+    /// ascending order of visibility type and drawer type; the visibility filter (null: none) skips
+    /// visibility types. The caller has made a context of the share group current, with initializeGLCommon's
+    /// state, and bound the target; the same context is current afterwards.
+    void drawElements(const PaintContext& context, const CFilterElement* filter, ItemFilter itemFilter);
+    /// A whole frame: drawElements, then the local items. What views and picture commands call.
+    void drawFrame(const PaintContext& context, const CFilterElement* filter, ItemFilter itemFilter);
+
+    // --- transform and bounds
+    // --------------------------------------------------------------------------------------
+
+    glm::dmat4 modelToSceneTransform() const { return m_modelToScene; }
+    /// The inverse of modelToSceneTransform().
+    glm::dmat4 sceneToModelTransform() const;
+    /// Replaces the transform, updates all items and emits updateView. A matrix whose first element is not a
+    /// normal positive single-precision number is refused with a line in the log, and nothing changes.
+    void setModelToSceneTransform(const glm::dmat4& matrix);
+    /// x, y, z of modelToScene * (p, 1), with no division by w.
+    glm::dvec3 mapFromModel(const glm::dvec3& point) const;
+    /// x, y, z of sceneToModel * (p, 1), with no division by w.
+    glm::dvec3 mapToModel(const glm::dvec3& point) const;
+
+    /// Scene bounds, scene units.
+    gmx::BoundingBox getBounds() const { return m_bounds; }
+    glm::dvec3 getMin() const { return m_bounds.getMin(); }
+    glm::dvec3 getMax() const { return m_bounds.getMax(); }
+    glm::dvec3 getCenter() const { return m_bounds.getCenter(); }
+    /// Recomputes the bounds from the visible items and corrects the transform.
+    void resetBounds();
+    void setBoundsDirty() { m_boundsDirty = true; }
+    /// resetBounds when the bounds are dirty. A view calls it before it computes its matrices, so that they
+    /// and the transform belong together. Leaves the caller's context current.
+    void flushBounds();
+    /// The box of the visible items that reach the plane z = 0 of the frame that planeTransform maps to,
+    /// within the tolerance; null when none does.
+    gmx::BoundingBox getBoundingBoxByPlane(const glm::dmat4& planeTransform, double tolerance) const;
+
+    /// Depth-buffer value to z in normalised device coordinates; depths below 0.001 belong to foreground
+    /// items, which have a range of their own.
+    static double depthValueToFrustumZ(float depth);
+    static double maxCoordsLimit() { return 1000.0; }
+    static double getForegroundItemsZRange() { return 0.001; }
+
+    // --- groups and filters
+    // ----------------------------------------------------------------------------------------
+
+    void startGroupOperation() override { ++m_groupDepth; }
+    /// Runs the updates that the group collected when it is the outermost one; nothing without a start.
+    void finishGroupOperation(ksp::StagedProgress progress) override;
+    bool isInGroupOperation() override { return m_groupDepth != 0; }
+    SceneType getType() override { return Scene3dType; }
+
+    /// The filter that decides which elements are visible; not owned, may be null. Items are updated by the
+    /// caller.
+    void setVisibilityFilter(CFilterElement* filter) { m_visibilityFilter = filter; }
+    CFilterElement* getVisibilityFilter() const { return m_visibilityFilter; }
+
+Q_SIGNALS:
+    void updateView();
+    void elementRemoved(LONGID item_id);
+    void asyncDataLoaded();
+    void modelToSceneTransformChanged(const glm::dmat4& additional_transform);
+
+public Q_SLOTS:
+    /// Brings the bounds up to date and emits updateView.
+    void sceneChanged();
+
+private:
+    void addDefaultDrawers();
+    void drawLocalItems(const PaintContext& context, ItemFilter itemFilter);
+    void setBounds(const gmx::BoundingBox& bounds);
+    void correctTransform();
+    void applyCorrection(const glm::dmat4& correction);
+    void runUpdates(std::vector<Graphics3dItem*>& items);
+    unsigned captureGeometry(Drawable3dItem* item, PaintContext& context, int primitive,
+                             std::size_t vertexCount);
+
+    std::set<std::unique_ptr<Drawable3dItem>> m_localItems;
+    std::unordered_map<int, std::unique_ptr<Item3dDrawer>> m_localDrawers;
+    CProjectModel* m_model;
+    std::unordered_map<LONGID, Graphics3dItem*> m_items;
+    std::map<std::pair<int, int>, std::unique_ptr<Item3dDrawer>> m_drawers;
+    std::unordered_set<int> m_alwaysVisible;
+    gmx::BoundingBox m_bounds{glm::dvec3(0.0), glm::dvec3(1.0)};
+    glm::dmat4 m_modelToScene = glm::dmat4(1.0);
+    bool m_boundsDirty = true;
+    std::unique_ptr<QOffscreenSurface> m_surface;
+    QOpenGLContext m_context;
+    unsigned int m_defaultVao = 0;
+    unsigned int m_groupDepth = 0;
+    std::unordered_set<Graphics3dItem*> m_pending;
+    CFilterElement* m_visibilityFilter = nullptr;
+};
