@@ -143,6 +143,21 @@ TEST(CCameraArchive, EveryTruncationIsRefusedAndChangesNothing)
     }
 }
 
+TEST(CCameraArchive, ObjectThatIsTooShortIsRefusedAndChangesNothing)
+{
+    CQtArchive archive; // a whole object, but of two fields and a half
+    archive.beginObject();
+    const double values[] = {1.0, 2.0, 3.0, 4.0, 5.0, 6.0, 7.0};
+    archive.writeBlock(values, sizeof(values));
+    archive.endObject(1);
+    archive.finish();
+    CCamera camera;
+    camera.setDefaultCamera();
+    const CCamera before = camera;
+    EXPECT_THROW(load(camera, archive.data()), ksp::CFileException);
+    expectSame(camera, before);
+}
+
 TEST(CCameraArchive, SkipsWhatANewerProgramAdded)
 {
     CQtArchive archive(countedArchive(7));

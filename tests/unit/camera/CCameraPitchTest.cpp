@@ -12,7 +12,7 @@ constexpr double rightAngle = 1.5707963267948966;
 CCamera cameraLooking(const dvec3& direction)
 {
     CCamera camera;
-    camera.setPositionCamera({3.0, 4.0, 5.0}, dvec3(3.0, 4.0, 5.0) + direction, {0.0, 0.0, 1.0});
+    camera.setPositionCamera({3.0, 4.0, 5.0}, dvec3(3.0, 4.0, 5.0) + direction, {0.0, 0.0, 3.0});
     return camera;
 }
 
@@ -45,6 +45,13 @@ TEST(CCameraPitch, StepBackFromBeyondTheLimitIsTaken)
     camera = cameraLooking({0.0, 0.0, -2.0}); // straight down
     camera.strafeCamera(0.1);
     expectNear(camera.getView(), {3.0, 4.0 + 2.0 * std::sin(0.1), 5.0 - 2.0 * std::cos(0.1)}, 1e-14);
+}
+
+TEST(CCameraPitch, StepBackThatStaysBeyondTheLimitIsTaken)
+{
+    CCamera camera = cameraLooking({0.0, 0.0, 2.0});
+    camera.strafeCamera(-5e-8); // the limit lies 1.2e-7 below the vertical
+    EXPECT_NEAR(camera.getView().y - 4.0, 2.0 * 5e-8, 1e-14);
 }
 
 TEST(CCameraPitch, StepFurtherBeyondTheLimitIsRefused)
