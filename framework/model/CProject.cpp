@@ -161,19 +161,12 @@ void CProject::clear()
     m_path.clear();
 }
 
-// From here on nothing fails. The identifiers of the new elements are set apart first: those who are told
-// that the old elements go may add elements of their own.
+// From here on nothing fails. The identifiers of the file, those of unknown elements among them, are out of
+// reach first: those who are told that the old elements go may add elements of their own.
 void CProject::replaceContent(ProjectFile content, ksp::StagedProgress progress)
 {
-    std::vector<LONGID> unknownIds;
-    for (const auto& entry : content.unknownElements) {
-        for (const ProjectFile::UnknownElement& element : entry.second)
-            unknownIds.push_back(element.id);
-    }
-    m_model->reserveIds(content.nextId, {});
+    m_model->skipIdsBelow(content.nextId);
     m_model->clear();
-    m_model->freeReservedIds();
-    m_model->reserveIds(content.nextId, unknownIds);
     m_private->unknownElements = std::move(content.unknownElements);
     m_private->unknownSettings = std::move(content.unknownSettings);
 

@@ -14,7 +14,7 @@ struct CProjectModel::Private
     std::vector<std::pair<int, std::unique_ptr<ModelInitializer>>> initializers;
     std::size_t initializersRun = 0;
     bool initialized = false;
-    std::unordered_map<LONGID, CModelElement*> elements; // null: an identifier that is reserved
+    std::unordered_map<LONGID, CModelElement*> elements;
     LONGID nextId = 1;
 };
 
@@ -143,17 +143,7 @@ LONGID CProjectModel::getNextId() const
     return m_private->nextId;
 }
 
-// Fresh identifiers are next or above from now on, and the given ones are nobody's.
-void CProjectModel::reserveIds(LONGID next, const std::vector<LONGID>& ids)
+void CProjectModel::skipIdsBelow(LONGID next)
 {
     m_private->nextId = std::max(m_private->nextId, next);
-    for (LONGID id : ids)
-        m_private->elements.emplace(id, nullptr);
-}
-
-void CProjectModel::freeReservedIds()
-{
-    auto& elements = m_private->elements;
-    for (auto entry = elements.begin(); entry != elements.end();)
-        entry = entry->second ? std::next(entry) : elements.erase(entry);
 }

@@ -73,8 +73,7 @@ private:
     LONGID claimId(CModelElement* element, LONGID wanted);
     void releaseId(LONGID id);
     LONGID getNextId() const;
-    void reserveIds(LONGID next, const std::vector<LONGID>& ids);
-    void freeReservedIds();
+    void skipIdsBelow(LONGID next);
 
     CProject* m_project;
     std::unique_ptr<Private> m_private;

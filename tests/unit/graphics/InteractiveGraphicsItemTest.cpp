@@ -102,7 +102,7 @@ TEST(InteractiveGraphicsItem, IsGuarded)
     const ksp::GuardedPtr<Item> guarded(item.get());
     EXPECT_EQ(guarded.get(), item.get());
     item.reset();
-    EXPECT_EQ(guarded.get(), nullptr);
+    EXPECT_FALSE(guarded);
 }
 
 TEST(InteractiveGraphicsItem, NodePointsAreOneGroup)

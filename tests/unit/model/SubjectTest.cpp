@@ -158,13 +158,14 @@ TEST(Subject, ObserversAddedWhileItNotifiesAreToldNextTime)
 {
     std::string told;
     Subject subject;
-    Letter b('b', told);
+    Letter b('b', told), c('c', told);
     Letter a('a', told, [&] { subject.addObserver(&b); });
     subject.addObserver(&a);
+    subject.addObserver(&c);
     subject.notifyObservers();
-    EXPECT_EQ(told, "a");
+    EXPECT_EQ(told, "ac");
     subject.notifyObservers();
-    EXPECT_EQ(told, "aab");
+    EXPECT_EQ(told, "acacb");
 }
 
 TEST(Subject, ObserverThatLeavesAndComesBackIsToldNextTime)
