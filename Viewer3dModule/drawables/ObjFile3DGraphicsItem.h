@@ -5,8 +5,8 @@
 
 #include <exception>
 
-/// A local item that shows one file, read at construction by the readers of DrawableNode3dFactory. It draws the node
-/// as it is: whoever wants the node at its origin sets the transform.
+/// A local item that shows one file, read at construction by the readers of DrawableNode3dFactory. It draws
+/// the node as it is: whoever wants the node at its origin sets the transform.
 class VIEWER3DMODULE_EXPORT ObjFile3DGraphicsItem : public Drawable3dItem
 {
 public:

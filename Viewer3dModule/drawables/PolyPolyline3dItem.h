@@ -7,8 +7,8 @@
 class VIEWER3DMODULE_EXPORT PolyPolyline3dItem : public Drawable3dItem
 {
 public:
-    /// drawerId is the visibility type of the scene drawer that setSceneDrawer binds to; 0: the default drawer of the
-    /// type.
+    /// drawerId is the visibility type of the scene drawer that setSceneDrawer binds to; 0: the default
+    /// drawer of the type.
     PolyPolyline3dItem(int drawerId, int defaultDrawerType);
 
     void setDefaultDrawerType(int type) { m_defaultDrawerType = type; }
@@ -21,8 +21,8 @@ public:
 
     /// Binds the item to the scene's drawer; nothing for null.
     void setSceneDrawer(Scene3d* scene);
-    /// Uploads the vertices (item coordinates) of all polylines; counts are the numbers of vertices of each, in
-    /// order, whose sum is the number of points.
+    /// Uploads the vertices (item coordinates) of all polylines; counts are the numbers of vertices of each,
+    /// in order, whose sum is the number of points.
     void setPoints(std::vector<glm::vec3> points, std::vector<int> counts);
     /// The vertices, read back, and the counts.
     std::pair<std::vector<glm::vec3>, std::vector<int>> getData();

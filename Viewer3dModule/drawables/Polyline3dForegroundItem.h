@@ -5,7 +5,8 @@
 
 #include <QtGui/QColor>
 
-/// One polyline that is being edited: points in scene coordinates in doubles, a colour, a width, a closing flag.
+/// One polyline that is being edited: points in scene coordinates in doubles, a colour, a width, a closing
+/// flag.
 class VIEWER3DMODULE_EXPORT Polyline3dForegroundItem : public Drawable3dItem
 {
 public:
@@ -39,6 +40,8 @@ protected:
     virtual void update(const PaintContext& context);
 
 private:
+    bool drawsBackToStart() const;
+
     std::vector<glm::dvec3> m_points;
     QColor m_color;
     int m_lineWidth = 1;

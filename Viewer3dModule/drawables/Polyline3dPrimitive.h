@@ -1,14 +1,18 @@
 #pragma once
 
 #include <Viewer3dModule/drawables/Drawable3dPrimitive.h>
+#include <Viewer3dModule/drawables/GlBuffer.h>
 
 #include <QtGui/QPen>
+
+class VertexArrayBinding;
 
 /// One vertex buffer of positions, of which any range is drawn as a strip.
 class VIEWER3DMODULE_EXPORT Polyline3dPrimitive : public Drawable3dPrimitive
 {
 public:
     Polyline3dPrimitive() = default;
+    /// The source is left without vertices.
     Polyline3dPrimitive(Polyline3dPrimitive&& other) noexcept;
     Polyline3dPrimitive& operator=(Polyline3dPrimitive&& other) noexcept;
     Polyline3dPrimitive(const Polyline3dPrimitive&) = delete;
@@ -25,20 +29,30 @@ public:
 
     /// drawRange over the whole buffer.
     void draw(const PaintContext& context, int instances) override;
-    /// Draws vertices first to first + count - 1, as far as they are there, as a strip (a single one as a point).
+    /// Draws vertices first to first + count - 1, as far as they are there, as a strip (a single one as a
+    /// point).
     void drawRange(const PaintContext& context, int first, int count, int instances);
+    /// drawRange for strips that follow one another in the buffer, the first at its start; counts are their
+    /// lengths.
+    void drawStrips(const PaintContext& context, const std::vector<int>& counts);
 
     /// One point, or the segments of the strip.
     GeometryInfo getGeometryInfo() override;
 
 private:
     int getVertexCount() const override { return m_vertexCount; }
-    unsigned int getVBO() const override { return m_vbo; }
-    void drawStrip(OpenGLFunctions& gl, const PaintContext& context, int start, int count, int instances);
-    void drawWithAdjacency(OpenGLFunctions& gl, int start, int count, int instances);
+    unsigned int getVBO() const override { return m_vertices.name(); }
+    /// Vertices of the buffer; none when the count is 0.
+    struct Range
+    {
+        int start;
+        int count;
+    };
+    Range clamped(std::int64_t first, std::int64_t count) const;
+    void drawStrip(VertexArrayBinding& binding, std::int32_t primitives, Range range, int instances);
+    void drawWithAdjacency(VertexArrayBinding& binding, Range range, int instances);
 
-    unsigned int m_vbo = 0;
+    GlBuffer m_vertices;
     int m_vertexCount = 0;
-    unsigned int m_adjacencyIndices = 0;
-    int m_adjacencyCapacity = 0;
+    GlBuffer m_endIndices; // made when a program first asks for adjacency
 };

@@ -1,0 +1,39 @@
+#include <Viewer3dModule/drawables/GlBuffer.h>
+
+#include <utility>
+
+GlBuffer::GlBuffer(GlBuffer&& other) noexcept
+    : m_name(std::exchange(other.m_name, 0))
+    , m_size(std::exchange(other.m_size, 0))
+{
+}
+
+GlBuffer& GlBuffer::operator=(GlBuffer&& other) noexcept
+{
+    std::swap(m_name, other.m_name);
+    std::swap(m_size, other.m_size);
+    return *this;
+}
+
+GlBuffer::~GlBuffer()
+{
+    if (m_name == 0) return;
+    if (OpenGLFunctions* gl = currentGLFunctions()) gl->glDeleteBuffers(1, &m_name);
+}
+
+void GlBuffer::uploadBytes(OpenGLFunctions& gl, const void* bytes, std::size_t size, unsigned int usage)
+{
+    if (m_name == 0) gl.glGenBuffers(1, &m_name);
+    gl.glBindBuffer(GL_ARRAY_BUFFER, m_name);
+    if (size == m_size)
+        gl.glBufferSubData(GL_ARRAY_BUFFER, 0, static_cast<GLsizeiptr>(size), bytes);
+    else
+        gl.glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(size), bytes, usage);
+    m_size = size;
+}
+
+void GlBuffer::replaceBytes(OpenGLFunctions& gl, std::size_t offset, const void* bytes, std::size_t size)
+{
+    gl.glBindBuffer(GL_ARRAY_BUFFER, m_name);
+    gl.glBufferSubData(GL_ARRAY_BUFFER, static_cast<GLintptr>(offset), static_cast<GLsizeiptr>(size), bytes);
+}

@@ -1,0 +1,163 @@
+#include <Viewer3dModule/drawables/Polyline3dPrimitive.h>
+
+#include <Viewer3dModule/drawables/VertexArrayBinding.h>
+#include <Viewer3dModule/drawers/Item3dDrawer.h>
+#include <Viewer3dModule/drawers/PaintContext.h>
+#include <Viewer3dModule/shaders/DrawMode.h>
+#include <Viewer3dModule/shaders/Uniforms.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+constexpr float dashLength = 10.0f; // pixels, of dashes and gaps
+
+// Segments at the ends of a strip, as four vertices with adjacency each: the only one of a strip of two
+// vertices, the first one and the last one of longer strips. An end that has no neighbour is its own.
+const std::vector<std::uint32_t> endIndices = {0, 0, 1, 1, 0, 0, 1, 2, 0, 1, 2, 2};
+enum EndSegment { OnlySegment, FirstSegment, LastSegment };
+
+const void* offsetOf(EndSegment segment)
+{
+    return reinterpret_cast<const void*>(static_cast<std::uintptr_t>(segment) * 4 * sizeof(std::uint32_t));
+}
+
+} // namespace
+
+Polyline3dPrimitive::Polyline3dPrimitive(Polyline3dPrimitive&& other) noexcept
+    : m_vertices(std::move(other.m_vertices))
+    , m_vertexCount(std::exchange(other.m_vertexCount, 0))
+    , m_endIndices(std::move(other.m_endIndices))
+{
+}
+
+Polyline3dPrimitive& Polyline3dPrimitive::operator=(Polyline3dPrimitive&& other) noexcept
+{
+    Polyline3dPrimitive taken(std::move(other));
+    m_vertices = std::move(taken.m_vertices);
+    m_vertexCount = taken.m_vertexCount;
+    m_endIndices = std::move(taken.m_endIndices);
+    return *this;
+}
+
+Polyline3dPrimitive::~Polyline3dPrimitive() = default;
+
+void Polyline3dPrimitive::setVertices(const std::vector<glm::vec3>& vertices)
+{
+    OpenGLFunctions* gl = getGLFunctions();
+    if (!gl) return;
+    m_vertices.upload(*gl, vertices, GL_DYNAMIC_DRAW);
+    m_vertexCount = static_cast<int>(vertices.size());
+}
+
+void Polyline3dPrimitive::setVertex(int index, const glm::vec3& vertex)
+{
+    OpenGLFunctions* gl = getGLFunctions();
+    if (!gl || m_vertices.name() == 0 || index < 0 || index >= m_vertexCount) return;
+    m_vertices.replace(*gl, static_cast<std::size_t>(index), vertex);
+}
+
+void Polyline3dPrimitive::setPen(const PaintContext& context, const QPen& pen)
+{
+    OpenGLFunctions* gl = getGLFunctions();
+    if (!gl || !context.program) return;
+    const ItemUniforms locations = Item3dDrawer::itemUniforms(context);
+    uniforms::set(*gl, locations.itemColor, pen.color());
+    uniforms::set(*gl, locations.penWidth, static_cast<float>(pen.widthF()));
+    if (locations.dashSize < 0) return;
+    if (pen.style() == Qt::SolidLine) {
+        uniforms::set(*gl, locations.dashSize, 0.0f);
+        return;
+    }
+    uniforms::set(*gl, locations.dashSize, dashLength);
+    uniforms::set(*gl, locations.gapSize, dashLength);
+    uniforms::set(*gl, locations.resolution,
+                  glm::vec2(context.viewportRect.width(), context.viewportRect.height()));
+}
+
+void Polyline3dPrimitive::draw(const PaintContext& context, int instances)
+{
+    drawRange(context, 0, m_vertexCount, instances);
+}
+
+Polyline3dPrimitive::Range Polyline3dPrimitive::clamped(std::int64_t first, std::int64_t count) const
+{
+    const std::int64_t begin = std::max<std::int64_t>(first, 0);
+    const std::int64_t end = std::min<std::int64_t>(first + count, m_vertexCount);
+    if (end <= begin) return {0, 0};
+    return {static_cast<int>(begin), static_cast<int>(end - begin)};
+}
+
+void Polyline3dPrimitive::drawRange(const PaintContext& context, int first, int count, int instances)
+{
+    OpenGLFunctions* gl = getGLFunctions();
+    const Range range = clamped(first, count);
+    if (!gl || range.count == 0) return;
+    VertexArrayBinding binding(*gl, context.vertexArray);
+    binding.setFloats(VertexAttribute::Coords, 3, m_vertices);
+    drawStrip(binding, context.primitives, range, instances);
+}
+
+void Polyline3dPrimitive::drawStrips(const PaintContext& context, const std::vector<int>& counts)
+{
+    OpenGLFunctions* gl = getGLFunctions();
+    if (!gl || m_vertexCount == 0 || counts.empty()) return;
+    VertexArrayBinding binding(*gl, context.vertexArray);
+    binding.setFloats(VertexAttribute::Coords, 3, m_vertices);
+    std::int64_t first = 0;
+    for (const int count : counts) {
+        drawStrip(binding, context.primitives, clamped(first, count), 1);
+        first += count;
+    }
+}
+
+void Polyline3dPrimitive::drawStrip(VertexArrayBinding& binding, std::int32_t primitives, Range range,
+                                    int instances)
+{
+    if (range.count == 0) return;
+    const auto drawAs = [&](GLenum mode) {
+        binding.gl().glDrawArraysInstanced(mode, range.start, range.count, instances);
+    };
+    const bool withAdjacency = (primitives & PrimitiveBit::Adjacency) != 0;
+    if (range.count == 1 && (primitives & PrimitiveBit::Points) != 0)
+        drawAs(GL_POINTS);
+    else if ((primitives & PrimitiveBit::Lines) != 0 && withAdjacency)
+        drawWithAdjacency(binding, range, instances);
+    else if ((primitives & PrimitiveBit::Lines) != 0)
+        drawAs(GL_LINE_STRIP);
+    else if ((primitives & PrimitiveBit::Triangles) != 0 && !withAdjacency)
+        drawAs(GL_TRIANGLE_STRIP);
+}
+
+// To a strip with adjacency its first and its last segment are neighbours only; these two are drawn by
+// indices.
+void Polyline3dPrimitive::drawWithAdjacency(VertexArrayBinding& binding, Range range, int instances)
+{
+    if (range.count < 2) return;
+    OpenGLFunctions& gl = binding.gl();
+    if (m_endIndices.name() == 0) m_endIndices.upload(gl, endIndices, GL_STATIC_DRAW);
+    binding.setIndices(m_endIndices);
+    const auto drawEnd = [&gl, instances](EndSegment segment, int vertex) {
+        gl.glDrawElementsInstancedBaseVertex(GL_LINES_ADJACENCY, 4, GL_UNSIGNED_INT, offsetOf(segment),
+                                             instances, vertex);
+    };
+    if (range.count == 2) {
+        drawEnd(OnlySegment, range.start);
+        return;
+    }
+    drawEnd(FirstSegment, range.start);
+    if (range.count > 3)
+        gl.glDrawArraysInstanced(GL_LINE_STRIP_ADJACENCY, range.start, range.count, instances);
+    drawEnd(LastSegment, range.start + range.count - 3);
+}
+
+Drawable3dPrimitive::GeometryInfo Polyline3dPrimitive::getGeometryInfo()
+{
+    GeometryInfo info;
+    if (m_vertexCount == 1)
+        info.pointCount = 1;
+    else if (m_vertexCount > 1)
+        info.lineCount = static_cast<std::uint32_t>(m_vertexCount - 1);
+    return info;
+}
