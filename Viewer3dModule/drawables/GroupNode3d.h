@@ -2,17 +2,21 @@
 
 #include <Viewer3dModule/drawables/IDrawableNode3d.h>
 
-/// A file of several parts, each a node of its own.
+/// A file of several parts, each a node with an origin of its own. Null children are dropped.
 class VIEWER3DMODULE_EXPORT GroupNode3d : public IDrawableNode3d
 {
 public:
     explicit GroupNode3d(std::vector<std::unique_ptr<IDrawableNode3d>> children);
-    /// Draws nothing: children have origins of their own and are drawn by items of their own.
+    /// Draws the children that were not taken, each at its place relative to the group's origin. Whoever
+    /// wants them to be elements of their own takes them.
     void draw(const PaintContext& context, int instances) override;
+    /// That of the first child.
+    glm::dvec3 getOrigin() const override { return m_origin; }
     gmx::BoundingBox getBounds() const override;
     Drawable3dPrimitive::GeometryInfo getGeometryInfo() const override;
     std::vector<std::unique_ptr<IDrawableNode3d>> takeChildren() override;
 
 private:
+    glm::dvec3 m_origin = glm::dvec3(0.0);
     std::vector<std::unique_ptr<IDrawableNode3d>> m_children;
 };

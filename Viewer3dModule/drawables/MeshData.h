@@ -1,8 +1,8 @@
 #pragma once
 
+#include <QtCore/QString>
 #include <QtGui/QColor>
 #include <QtGui/QImage>
-#include <QtCore/QString>
 #include <glm/glm.hpp>
 
 #include <cstdint>
@@ -26,9 +26,10 @@ struct MeshData
     glm::dvec3 origin = glm::dvec3(0.0); ///< model coordinates that positions are relative to
     std::vector<glm::vec3> positions;    ///< model coordinates minus origin, subtracted in doubles
     std::vector<glm::vec3> normals;      ///< empty, or one a position
-    std::vector<std::uint32_t> colors;   ///< empty, or one a position: bytes red, green, blue, alpha in memory order
-    std::vector<glm::vec2> texCoords;    ///< empty, or one a position; (0, 0) is the image's lower left corner
-    std::vector<std::uint32_t> indices;  ///< every one below positions.size()
+    std::vector<std::uint32_t>
+        colors; ///< empty, or one a position: bytes red, green, blue, alpha in memory order
+    std::vector<glm::vec2> texCoords;   ///< empty, or one a position; (0, 0) is the image's lower left corner
+    std::vector<std::uint32_t> indices; ///< every one below positions.size()
     std::vector<Part> parts;
     std::vector<QImage> images;
 };

@@ -1,0 +1,50 @@
+#include <Viewer3dModule/drawables/GroupNode3d.h>
+
+#include <Viewer3dModule/drawers/Item3dDrawerSaver.h>
+#include <Viewer3dModule/drawers/PaintContext.h>
+
+#include <algorithm>
+#include <utility>
+
+GroupNode3d::GroupNode3d(std::vector<std::unique_ptr<IDrawableNode3d>> children)
+    : m_children(std::move(children))
+{
+    m_children.erase(std::remove(m_children.begin(), m_children.end(), nullptr), m_children.end());
+    if (!m_children.empty()) m_origin = m_children.front()->getOrigin();
+}
+
+void GroupNode3d::draw(const PaintContext& context, int instances)
+{
+    if (!context.drawer) return;
+    const auto drawer = ContextualItem3dDrawer::fromContext(context);
+    for (const auto& child : m_children) {
+        const Item3dDrawerSaver saver(drawer);
+        drawer.translate(glm::vec3(child->getOrigin() - m_origin));
+        child->draw(context, instances);
+    }
+}
+
+gmx::BoundingBox GroupNode3d::getBounds() const
+{
+    gmx::BoundingBox bounds;
+    for (const auto& child : m_children)
+        bounds.unite(child->getBounds());
+    return bounds;
+}
+
+Drawable3dPrimitive::GeometryInfo GroupNode3d::getGeometryInfo() const
+{
+    Drawable3dPrimitive::GeometryInfo sum;
+    for (const auto& child : m_children) {
+        const Drawable3dPrimitive::GeometryInfo info = child->getGeometryInfo();
+        sum.pointCount += info.pointCount;
+        sum.lineCount += info.lineCount;
+        sum.triangleCount += info.triangleCount;
+    }
+    return sum;
+}
+
+std::vector<std::unique_ptr<IDrawableNode3d>> GroupNode3d::takeChildren()
+{
+    return std::exchange(m_children, {});
+}
