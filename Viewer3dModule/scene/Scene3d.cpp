@@ -18,6 +18,9 @@ Scene3d::Scene3d(CProjectModel* model, QObject* parent)
     , m_model(model)
     , m_surface(std::make_unique<QOffscreenSurface>())
 {
+    // For queued connections to the signals.
+    qRegisterMetaType<LONGID>("LONGID");
+    qRegisterMetaType<glm::dmat4>("glm::dmat4");
     QOpenGLContext* share = QOpenGLContext::globalShareContext();
     if (share) {
         m_surface->setFormat(share->format());

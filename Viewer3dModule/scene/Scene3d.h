@@ -231,3 +231,5 @@ private:
     std::unordered_set<Graphics3dItem*> m_pending;
     CFilterElement* m_visibilityFilter = nullptr;
 };
+
+Q_DECLARE_METATYPE(glm::dmat4)
