@@ -11,13 +11,13 @@ install_missing run
 build_targets viewer3d Viewer3dModule readers
 
 viewer=$build/bin/viewer3d
-sample=$root/samples/town
+sample=("$root"/samples/town/*.{ply,obj,geojson})
 picture=
 if [[ $# -eq 0 ]]; then
-    set -- "$sample"
+    set -- "${sample[@]}"
     if ! has_display; then
         picture=$PWD/viewer3d.png
-        set -- render "$sample" -o "$picture"
+        set -- render "${sample[@]}" -o "$picture"
         say "no display here: rendering the sample project to a picture"
     fi
 fi

@@ -89,11 +89,13 @@ start_display() {
     mkdir -p "$logs"
     exec {x_output}< <(exec Xvfb -displayfd 1 -screen 0 1600x1200x24 -nolisten tcp 2>"$logs/xvfb.log")
     x_pid=$!
-    trap 'kill "$x_pid" 2>/dev/null || true' EXIT
+    runtime=$(mktemp -d)
+    trap 'kill "$x_pid" 2>/dev/null || true; rm -rf "$runtime"' EXIT
     if ! read -r -t 30 -u "$x_output" number; then
         tail -n 5 "$logs/xvfb.log" >&2
         die "stopped: Xvfb did not start; all it said is in $logs/xvfb.log"
     fi
     unset WAYLAND_DISPLAY
     export DISPLAY=:$number QT_QPA_PLATFORM=xcb
+    export XDG_RUNTIME_DIR=${XDG_RUNTIME_DIR:-$runtime} # Qt says so on standard error when there is none
 }
