@@ -67,13 +67,15 @@ configure() {
     step configure cmake -S "$root" --preset release "${@/#/-D}"
 }
 
-# build_targets TARGET...: says so only when there is something to build.
+# build_targets TARGET...: says so only when it takes longer than a look at what is built.
 build_targets() {
-    # Ninja itself re-configures when a file was added or a build file changed; the dry run would not.
-    if [[ $(ninja -C "$build" -n "$@" 2>/dev/null | tail -n 1) != *"no work to do"* ]]; then
-        say "building in $build"
-    fi
-    step build cmake --build "$build" --target "$@"
+    local teller failed=0
+    (read -r -t 1 <> <(:) || say "building in $build") &
+    teller=$!
+    (step build cmake --build "$build" --target "$@") || failed=1
+    kill "$teller" 2>/dev/null || true
+    wait "$teller" 2>/dev/null || true
+    [[ $failed -eq 0 ]] || exit 1
 }
 
 # has_display: whether DISPLAY names an X server that is there.
