@@ -1,0 +1,165 @@
+#include "ShaderDrawing.h"
+
+#include <Viewer3dModule/shaders/ShaderProgramBuilder.h>
+
+#include <cstring>
+
+void ShaderDrawing::SetUp()
+{
+    GlTest::SetUp();
+    ASSERT_NE(gl, nullptr);
+    mapShaderPrefix();
+    target = std::make_unique<RenderTarget>(*gl, QSize(Size, Size), 4);
+    gl->glEnable(GL_DEPTH_TEST);
+    gl->glDepthFunc(GL_LEQUAL);
+    gl->glEnable(GL_PROGRAM_POINT_SIZE);
+    gl->glDisable(GL_DITHER);
+    gl->glBindVertexArray(vao);
+    gl->glGenBuffers(2, m_selection);
+    beginSelection();
+}
+
+void ShaderDrawing::TearDown()
+{
+    if (!gl) return;
+    gl->glDeleteBuffers(2, m_selection);
+    gl->glDeleteBuffers(static_cast<GLsizei>(m_buffers.size()), m_buffers.data());
+    gl->glDeleteTextures(static_cast<GLsizei>(m_textures.size()), m_textures.data());
+    program.reset();
+    target.reset();
+    GlTest::TearDown();
+}
+
+void ShaderDrawing::use(const ProgramRecipe& recipe, const std::vector<std::string>& varyings)
+{
+    program.reset(buildShaderProgram(nullptr, recipe.files, recipe.defines, varyings));
+    ASSERT_TRUE(program->isLinked()) << recipe.name;
+    ASSERT_TRUE(program->bind());
+    const float half = Size / 2.0f;
+    glm::mat4 viewport(1.0f);
+    viewport[0][0] = half;
+    viewport[1][1] = -half;
+    viewport[3] = glm::vec4(half, half, 0.0f, 1.0f);
+    uniforms::set(*gl, program->uniformLocation("viewport"), viewport);
+    uniforms::set(*gl, program->uniformLocation("viewport_inverted"), glm::inverse(viewport));
+}
+
+void ShaderDrawing::use(const std::string& name)
+{
+    for (const ProgramRecipe& recipe : defaultPrograms())
+        if (recipe.name == name) return use(recipe);
+    FAIL() << "no program " << name;
+}
+
+void ShaderDrawing::setColors(const glm::vec4& item, const glm::vec4& selection)
+{
+    set("item_color", item);
+    set("selection_color", selection);
+}
+
+void ShaderDrawing::attribute(unsigned location, int components, const std::vector<float>& values)
+{
+    unsigned buffer = 0;
+    gl->glGenBuffers(1, &buffer);
+    m_buffers.push_back(buffer);
+    gl->glBindBuffer(GL_ARRAY_BUFFER, buffer);
+    gl->glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(values.size() * sizeof(float)), values.data(),
+                     GL_STATIC_DRAW);
+    gl->glEnableVertexAttribArray(location);
+    gl->glVertexAttribPointer(location, components, GL_FLOAT, GL_FALSE, 0, nullptr);
+}
+
+void ShaderDrawing::rectangle(float left, float bottom, float right, float top, float z)
+{
+    attribute(0, 3, {left, bottom, z, right, bottom, z, left, top, z, right, top, z});
+}
+
+void ShaderDrawing::line(const glm::vec3& from, const glm::vec3& to)
+{
+    attribute(0, 3, {from.x, from.y, from.z, to.x, to.y, to.z});
+}
+
+void ShaderDrawing::texture(int width, int height, const std::vector<std::uint32_t>& pixels)
+{
+    unsigned name = 0;
+    gl->glGenTextures(1, &name);
+    m_textures.push_back(name);
+    gl->glActiveTexture(GL_TEXTURE0);
+    gl->glBindTexture(GL_TEXTURE_2D, name);
+    gl->glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
+    gl->glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
+    gl->glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, width, height, 0, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
+}
+
+void ShaderDrawing::draw(unsigned mode, int count)
+{
+    target->bind();
+    for (std::size_t i = 0; i < Untouched.size(); ++i) {
+        const float value = static_cast<float>(Untouched[i]) / 255.0f;
+        const float values[4] = {value, value, value, value};
+        gl->glClearBufferfv(GL_COLOR, static_cast<GLint>(i), values);
+    }
+    const float far = 1.0f;
+    gl->glClearBufferfv(GL_DEPTH, 0, &far);
+    gl->glDrawArrays(mode, 0, count);
+    images.clear();
+    for (int i = 0; i < 4; ++i)
+        images.push_back(target->image(i));
+    depths = target->depth();
+}
+
+QColor ShaderDrawing::pixel(int x, int y, int attachment) const
+{
+    return images[static_cast<std::size_t>(attachment)].pixelColor(x, y);
+}
+
+std::uint32_t ShaderDrawing::word(int x, int y, int attachment) const
+{
+    std::uint32_t value = 0;
+    std::memcpy(&value, images[static_cast<std::size_t>(attachment)].constScanLine(y) + 4 * x, 4);
+    return value;
+}
+
+std::uint32_t ShaderDrawing::depthBits(int x, int y) const
+{
+    std::uint32_t bits = 0;
+    std::memcpy(&bits, &depths[static_cast<std::size_t>(y * Size + x)], 4);
+    return bits;
+}
+
+bool ShaderDrawing::isUntouched(int x, int y) const
+{
+    for (int i = 0; i < 4; ++i) {
+        const int value = Untouched[static_cast<std::size_t>(i)];
+        if (pixel(x, y, i) != QColor(value, value, value, value)) return false;
+    }
+    return depths[static_cast<std::size_t>(y * Size + x)] == 1.0f;
+}
+
+int ShaderDrawing::touchedCount() const
+{
+    int count = 0;
+    for (int y = 0; y < Size; ++y)
+        for (int x = 0; x < Size; ++x)
+            count += !isUntouched(x, y);
+    return count;
+}
+
+void ShaderDrawing::beginSelection(const std::vector<std::int32_t>& mask)
+{
+    const std::vector<std::uint32_t> zeros(SelectionWords, 0);
+    gl->glBindBufferBase(GL_SHADER_STORAGE_BUFFER, 8, m_selection[0]);
+    gl->glBufferData(GL_SHADER_STORAGE_BUFFER, SelectionWords * 4, zeros.data(), GL_DYNAMIC_COPY);
+    gl->glBindBufferBase(GL_SHADER_STORAGE_BUFFER, 9, m_selection[1]);
+    gl->glBufferData(GL_SHADER_STORAGE_BUFFER, static_cast<GLsizeiptr>(mask.size() * 4), mask.data(),
+                     GL_DYNAMIC_COPY);
+}
+
+std::vector<std::uint32_t> ShaderDrawing::selectedWords()
+{
+    std::vector<std::uint32_t> words(SelectionWords);
+    gl->glMemoryBarrier(GL_BUFFER_UPDATE_BARRIER_BIT);
+    gl->glBindBuffer(GL_SHADER_STORAGE_BUFFER, m_selection[0]);
+    gl->glGetBufferSubData(GL_SHADER_STORAGE_BUFFER, 0, SelectionWords * 4, words.data());
+    return words;
+}

@@ -1,0 +1,83 @@
+#pragma once
+
+#include <tests/support/GlTest.h>
+#include <tests/support/RenderTarget.h>
+#include <tests/unit/shaders/ProgramList.h>
+
+#include <Viewer3dModule/shaders/Uniforms.h>
+
+#include <QtGui/QOpenGLShaderProgram>
+#include <glm/glm.hpp>
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+/// Draws with the default programs and nothing else of the renderer: buffers, uniforms and draw calls of the
+/// test's own into a target of four colour attachments, without blending. Pixels are counted from the top
+/// left, y down.
+class ShaderDrawing : public GlTest
+{
+protected:
+    static constexpr int Size = 64;
+    /// What the attachments hold before anything is drawn: something else than zero, so that a written zero
+    /// shows.
+    static constexpr std::array<int, 4> Untouched = {10, 20, 30, 40};
+
+    void SetUp() override;
+    void TearDown() override;
+
+    /// Builds and binds the default program of this name and sets "viewport" and "viewport_inverted".
+    void use(const std::string& name);
+    /// Binds a program of the test's own.
+    void use(const ProgramRecipe& recipe, const std::vector<std::string>& varyings = {});
+
+    /// Sets a uniform that the program must have.
+    template <typename T>
+    void set(const char* name, const T& value)
+    {
+        const int location = program->uniformLocation(name);
+        EXPECT_GE(location, 0) << "no uniform " << name;
+        uniforms::set(*gl, location, value);
+    }
+    /// The colour of items, highlighted ones included.
+    void setColors(const glm::vec4& item, const glm::vec4& selection = {0.0f, 1.0f, 0.0f, 1.0f});
+
+    /// Feeds an attribute with floats.
+    void attribute(unsigned location, int components, const std::vector<float>& values);
+    /// Positions of a rectangle in normalised device coordinates, for a strip of four vertices.
+    void rectangle(float left, float bottom, float right, float top, float z = 0.0f);
+    /// Two positions for a line.
+    void line(const glm::vec3& from, const glm::vec3& to);
+    /// A texture at unit 0; rows top-down, four bytes a pixel, nearest filtering.
+    void texture(int width, int height, const std::vector<std::uint32_t>& pixels);
+
+    /// Clears the target and draws.
+    void draw(unsigned mode, int count);
+
+    QColor pixel(int x, int y, int attachment = 0) const;
+    /// The 32-bit word whose bytes an attachment holds at the pixel.
+    std::uint32_t word(int x, int y, int attachment) const;
+    /// The bits of the depth buffer's value at the pixel.
+    std::uint32_t depthBits(int x, int y) const;
+    bool isUntouched(int x, int y) const;
+    /// Pixels of the colour attachment that were written.
+    int touchedCount() const;
+
+    /// Fills the storage buffer for selection with zeros and sets the mask; an empty mask is none.
+    void beginSelection(const std::vector<std::int32_t>& mask = {0});
+    /// The words of the storage buffer for selection.
+    std::vector<std::uint32_t> selectedWords();
+
+    std::unique_ptr<QOpenGLShaderProgram> program;
+    std::unique_ptr<RenderTarget> target;
+    std::vector<QImage> images; ///< the attachments after draw
+    std::vector<float> depths;  ///< the depth buffer after draw, top row first
+    static constexpr int SelectionWords = 8;
+
+private:
+    std::vector<unsigned> m_buffers;
+    std::vector<unsigned> m_textures;
+    unsigned m_selection[2] = {0, 0};
+};
