@@ -1,0 +1,226 @@
+#include <viewer/FileOpener.h>
+
+#include <viewer/Host.h>
+#include <viewer/SceneGroup.h>
+#include <viewer/elements/ElementTypes.h>
+#include <viewer/elements/MeshElement.h>
+
+#include <Viewer3dModule/drawables/DrawableNode3dFactory.h>
+#include <framework/app/IModelReader.h>
+#include <framework/ksp/Canceled.h>
+#include <framework/model/CModelElementManager.h>
+#include <framework/model/CProject.h>
+#include <framework/model/CProjectModel.h>
+
+#include <QtCore/QDir>
+#include <QtCore/QFileInfo>
+
+#include <map>
+
+namespace {
+
+QString extensionOf(const QString& path)
+{
+    return QFileInfo(path).suffix().toLower();
+}
+
+/// An error with the file's name in front, once.
+ksp::CommonError fileError(const QString& path, QString reason)
+{
+    while (reason.startsWith(path + QStringLiteral(": ")))
+        reason = reason.mid(path.size() + 2);
+    return ksp::CommonError(path + QStringLiteral(": ") + reason.simplified());
+}
+
+void requireReadable(const QString& path)
+{
+    const QFileInfo file(path);
+    if (!file.exists()) throw fileError(path, QStringLiteral("there is no such file"));
+    if (file.isDir()) throw fileError(path, QStringLiteral("is a folder"));
+    if (!file.isReadable()) throw fileError(path, QStringLiteral("may not be read (permission denied)"));
+    if (file.isFile() && file.size() == 0) throw fileError(path, QStringLiteral("is empty"));
+}
+
+/// Runs the reading of a file; whatever goes wrong comes out as one error that names the file.
+template <typename Work>
+auto readGuarded(const QString& path, Work work)
+{
+    try {
+        return work();
+    } catch (const ksp::Canceled&) {
+        throw;
+    } catch (const ksp::CommonError& error) {
+        throw fileError(path, error.text());
+    } catch (const std::bad_alloc&) {
+        throw fileError(path, QStringLiteral("there is not enough memory to read it"));
+    } catch (const std::exception& error) {
+        throw fileError(path, QString::fromUtf8(error.what()));
+    }
+}
+
+/// The parts of a file of geometry: the parts that it hands out, or itself.
+std::vector<std::unique_ptr<IDrawableNode3d>> readParts(const QString& path, ksp::StagedProgress progress)
+{
+    std::unique_ptr<IDrawableNode3d> node =
+        DrawableNode3dFactory::instance().createDrawableNode3d(path, std::move(progress));
+    if (!node) throw fileError(path, QStringLiteral("is no file of this format, or holds nothing to draw"));
+    std::vector<std::unique_ptr<IDrawableNode3d>> parts = node->takeChildren();
+    if (parts.empty()) parts.push_back(std::move(node));
+    return parts;
+}
+
+QString findSource(const MeshElement& element, const QString& projectPath)
+{
+    const QDir folder = QFileInfo(projectPath).absoluteDir();
+    const QString beside = QDir::cleanPath(folder.absoluteFilePath(element.getRelativePath()));
+    if (!element.getRelativePath().isEmpty() && QFileInfo::exists(beside)) return beside;
+    return element.getPath();
+}
+
+template <typename Visit>
+void forEachMesh(CProject& project, Visit visit)
+{
+    if (const CModelElementManager* manager = project.getModel()->getItemManager(element_types::Mesh))
+        for (CModelElement* element : manager->getItems())
+            visit(static_cast<MeshElement&>(*element));
+}
+
+} // namespace
+
+FileOpener::FileOpener(const Host& host, CProject& project, Scene3d* scene)
+    : m_host(host)
+    , m_project(project)
+    , m_scene(scene)
+{
+}
+
+bool FileOpener::isProject(const QString& path)
+{
+    return extensionOf(path) == QLatin1String("v3d");
+}
+
+void FileOpener::open(const QStringList& paths, ksp::StagedProgress progress)
+{
+    QString project;
+    Elements elements;
+    for (const QString& path : paths) {
+        requireReadable(path);
+        if (isProject(path) && !project.isEmpty())
+            throw fileError(path,
+                            QStringLiteral("only one project can be open; %1 is one already").arg(project));
+        if (isProject(path)) project = path;
+    }
+    const double share = 90.0 / static_cast<double>(paths.size() + 1);
+    for (const QString& path : paths) {
+        if (path == project) continue;
+        progress.throwIfCanceled();
+        Elements read = this->read(path, progress.startStage(share, QFileInfo(path).fileName()));
+        std::move(read.begin(), read.end(), std::back_inserter(elements));
+    }
+    progress.throwIfCanceled();
+    const SceneGroup group(m_scene);
+    if (!project.isEmpty()) {
+        const QStringList problems =
+            openProject(project, progress.startStage(share, QFileInfo(project).fileName()));
+        if (!problems.isEmpty()) throw ksp::CommonError(problems.first());
+    }
+    add(std::move(elements), progress.startStage(5.0));
+}
+
+FileOpener::Elements FileOpener::read(const QString& path, ksp::StagedProgress progress) const
+{
+    requireReadable(path);
+    const QString extension = extensionOf(path);
+    return readGuarded(path, [&]() -> Elements {
+        if (IModelReader* reader = m_host.findModelReader(extension))
+            return reader->read(path, std::move(progress));
+        if (DrawableNode3dFactory::instance().isExtensionSupported(extension))
+            return readNodes(path, std::move(progress));
+        const QString known = m_host.getExtensions().join(QStringLiteral(", "));
+        throw ksp::CommonError(QStringLiteral("unknown file format; readable are: ") + known);
+    });
+}
+
+FileOpener::Elements FileOpener::readNodes(const QString& path, ksp::StagedProgress progress) const
+{
+    std::vector<std::unique_ptr<IDrawableNode3d>> parts = readParts(path, std::move(progress));
+    Elements elements;
+    elements.reserve(parts.size());
+    const QFileInfo file(path);
+    for (std::unique_ptr<IDrawableNode3d>& part : parts) {
+        auto element = std::make_unique<MeshElement>();
+        const int number = static_cast<int>(elements.size());
+        const QString plain = parts.size() == 1
+                                  ? file.completeBaseName()
+                                  : QStringLiteral("%1 %2").arg(file.completeBaseName()).arg(number + 1);
+        element->setName(part->getName().isEmpty() ? plain : part->getName());
+        element->setSource(file.absoluteFilePath(), number);
+        element->setNode(std::move(part));
+        elements.push_back(std::move(element));
+    }
+    return elements;
+}
+
+void FileOpener::add(Elements elements, ksp::StagedProgress progress)
+{
+    std::map<int, Elements> byType;
+    for (std::unique_ptr<CModelElement>& element : elements)
+        byType[element->getType()].push_back(std::move(element));
+    const SceneGroup group(m_scene);
+    for (auto& [type, batch] : byType)
+        m_project.getModel()->getCreateItemManager(type)->addItems(std::move(batch),
+                                                                   progress.startStage(10.0));
+}
+
+QStringList FileOpener::openProject(const QString& path, ksp::StagedProgress progress)
+{
+    requireReadable(path);
+    const SceneGroup group(m_scene);
+    readGuarded(path, [&] { m_project.open(path, progress.startStage(20.0)); });
+
+    std::map<QString, std::vector<MeshElement*>> byFile;
+    forEachMesh(m_project, [&](MeshElement& element) {
+        element.setSource(findSource(element, path), element.getPart());
+        byFile[element.getPath()].push_back(&element);
+    });
+    QStringList problems;
+    for (const auto& [file, meshes] : byFile) {
+        const double share = 75.0 / static_cast<double>(byFile.size());
+        try {
+            readMeshes(file, meshes, progress.startStage(share, QFileInfo(file).fileName()));
+        } catch (const ksp::Canceled&) {
+            problems.append(file + QStringLiteral(": not read, loading was cancelled"));
+        } catch (const ksp::CommonError& error) {
+            problems.append(error.text());
+        }
+    }
+    return problems;
+}
+
+void FileOpener::readMeshes(const QString& path, const std::vector<MeshElement*>& elements,
+                            ksp::StagedProgress progress) const
+{
+    requireReadable(path);
+    auto parts = readGuarded(path, [&] {
+        progress.throwIfCanceled();
+        return readParts(path, std::move(progress));
+    });
+    bool isComplete = true;
+    for (MeshElement* element : elements) {
+        const auto number = static_cast<std::size_t>(element->getPart());
+        if (number < parts.size() && parts[number])
+            element->setNode(std::move(parts[number]));
+        else
+            isComplete = false;
+    }
+    if (!isComplete) throw fileError(path, QStringLiteral("has fewer parts than when the project was saved"));
+}
+
+void FileOpener::save(const QString& path, ksp::StagedProgress progress)
+{
+    const QDir folder = QFileInfo(path).absoluteDir();
+    forEachMesh(m_project, [&](MeshElement& element) {
+        element.setRelativePath(folder.relativeFilePath(element.getPath()));
+    });
+    m_project.save(path, std::move(progress));
+}

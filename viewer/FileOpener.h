@@ -1,0 +1,51 @@
+#pragma once
+
+#include <framework/ksp/StagedProgress.h>
+#include <framework/model/CModelElement.h>
+
+#include <QtCore/QStringList>
+
+#include <memory>
+#include <vector>
+
+class CProject;
+class Host;
+class Scene3d;
+
+/// Brings files into a project: files of geometry as mesh elements, what model readers read as their
+/// elements, and project files. Errors are ksp::CommonError, whose text begins with the file's name.
+class FileOpener
+{
+public:
+    using Elements = std::vector<std::unique_ptr<CModelElement>>;
+
+    /// None is owned; the scene may be null. With a scene its context is made current where needed.
+    FileOpener(const Host& host, CProject& project, Scene3d* scene);
+
+    /// Whether the file is a project of the viewer, by its extension.
+    static bool isProject(const QString& path);
+
+    /// Opens files: all, or none when one of them fails or the progress is cancelled (ksp::Canceled). At most
+    /// one of them is a project, which replaces what is open.
+    void open(const QStringList& paths, ksp::StagedProgress progress);
+    /// Saves the project; mesh elements keep where their files lie, as seen from the project's folder too.
+    void save(const QString& path, ksp::StagedProgress progress);
+
+    /// Reads a file that is no project into elements of no model.
+    Elements read(const QString& path, ksp::StagedProgress progress) const;
+    /// Adds elements to the model, one batch a type, the scene's items updated once.
+    void add(Elements elements, ksp::StagedProgress progress);
+    /// Replaces what is open by a project's content and reads the files of its mesh elements. A file that is
+    /// missing or does not fit any more leaves its elements without geometry; returns one line for each such
+    /// file. Throws when the project itself cannot be opened, and then nothing has changed.
+    QStringList openProject(const QString& path, ksp::StagedProgress progress);
+
+private:
+    Elements readNodes(const QString& path, ksp::StagedProgress progress) const;
+    void readMeshes(const QString& path, const std::vector<class MeshElement*>& elements,
+                    ksp::StagedProgress progress) const;
+
+    const Host& m_host;
+    CProject& m_project;
+    Scene3d* m_scene;
+};

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <viewer/Viewpoint.h>
+
+#include <Viewer3dModule/drawers/PaintContext.h>
+
+#include <QtCore/QSize>
+#include <QtGui/QColor>
+#include <QtGui/QImage>
+
+#include <optional>
+
+class Scene3d;
+
+/// Draws frames of a scene: the one way from a viewpoint to pixels, for windows and for pictures alike.
+class FrameRenderer
+{
+public:
+    /// The scene is not owned.
+    explicit FrameRenderer(Scene3d& scene);
+
+    /// The box of what is visible, scene coordinates, as small as it really is; the scene's bounds where
+    /// nothing is.
+    gmx::BoundingBox visibleBounds() const;
+    /// The record of an ordinary pass over a target of this size (pixels). The scene's bounds must be up to
+    /// date.
+    PaintContext paintContext(const Viewpoint& viewpoint, const QSize& size, unsigned int vertexArray) const;
+    /// Clears the bound target and draws a frame. A context of the scene's share group is current, with
+    /// Scene3d::initializeGLCommon's state, and the vertex array is one of its own.
+    void drawFrame(const Viewpoint& viewpoint, const QSize& size, unsigned int vertexArray,
+                   const QColor& background);
+
+    /// A picture, drawn off screen, smoothed where the driver can. Opaque when the background is. Throws
+    /// ksp::CommonError when the driver cannot make a target of this size. Leaves the caller's context
+    /// current.
+    QImage picture(const Viewpoint& viewpoint, const QSize& size, const QColor& background);
+    /// The drawn point, scene coordinates, under the pixel (origin top left) of a view of this size, or next
+    /// to it; nothing where only background is. Leaves the caller's context current.
+    std::optional<glm::dvec3> pointUnder(const Viewpoint& viewpoint, const QSize& size, const QPoint& pixel);
+
+private:
+    glm::dmat4 projectionMatrix(const Viewpoint& viewpoint, const QSize& size) const;
+
+    Scene3d& m_scene;
+};

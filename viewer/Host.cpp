@@ -1,0 +1,107 @@
+#include <viewer/Host.h>
+
+#include <viewer/elements/ElementTypes.h>
+
+#include <Viewer3dModule/drawables/DrawableNode3dFactory.h>
+#include <Viewer3dModule/host/IScene3dExtension.h>
+#include <Viewer3dModule/host/View3dSettings.h>
+#include <Viewer3dModule/scene/Scene3d.h>
+#include <framework/app/CSettingsManager.h>
+#include <framework/app/IModelReader.h>
+#include <framework/app/XmlSettingsStorage.h>
+#include <framework/ksp/CommonError.h>
+#include <framework/model/CProject.h>
+
+#include <QtCore/QDir>
+#include <QtCore/QStandardPaths>
+#include <QtGui/QOpenGLContext>
+
+#include <algorithm>
+
+namespace {
+
+QString settingsPath()
+{
+    const QString folder = QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation);
+    return folder.isEmpty() ? QString() : QDir(folder).filePath(QStringLiteral("settings.xml"));
+}
+
+} // namespace
+
+Host::Host(Settings settings)
+    : m_keepsSettings(settings == Settings::Kept)
+{
+    auto storage = std::make_unique<XmlSettingsStorage>(m_keepsSettings ? settingsPath() : QString());
+    View3dSettings::writeDefaults(*storage);
+    CSettingsManager* manager =
+        m_application.addSettingsManager(Application::SettingsManagerId, std::move(storage));
+    m_application.loadPlugins(PluginLoader::defaultFolders());
+    requireModule();
+    manager->load();
+}
+
+Host::~Host() = default;
+
+void Host::requireModule() const
+{
+    QString reason;
+    for (const PluginLoader::Plugin& plugin : m_application.getPlugins()) {
+        if (plugin.className != QLatin1String("Viewer3dModule")) continue;
+        if (plugin.instance) return;
+        if (reason.isEmpty()) reason = QStringLiteral("%1: %2").arg(plugin.path, plugin.error);
+    }
+    if (reason.isEmpty())
+        reason = QStringLiteral("looked in %1; VIEWER3D_PLUGIN_PATH names further folders")
+                     .arg(PluginLoader::defaultFolders().join(QStringLiteral(", ")));
+    throw ksp::CommonError(QStringLiteral("the plug-in Viewer3dModule cannot be loaded: ") + reason);
+}
+
+std::unique_ptr<CProject> Host::createProject()
+{
+    std::unique_ptr<CProject> project = m_application.createProject();
+    element_types::registerCreators(*project->getModel());
+    return project;
+}
+
+std::unique_ptr<Scene3d> Host::createScene(CProject& project)
+{
+    if (!QOpenGLContext::globalShareContext())
+        throw ksp::CommonError(QStringLiteral("there is no OpenGL on this display"));
+    auto scene = std::make_unique<Scene3d>(project.getModel(), nullptr);
+    if (!scene->getGLFunctions())
+        throw ksp::CommonError(
+            QStringLiteral("the OpenGL driver of this display offers no 4.3 core profile"));
+    for (QObject* extension : m_application.getExtensions())
+        if (auto* extender = qobject_cast<IScene3dExtension*>(extension)) extender->extendScene(scene.get());
+    element_types::registerItems(*scene);
+    return scene;
+}
+
+IModelReader* Host::findModelReader(const QString& extension) const
+{
+    for (QObject* object : m_application.getExtensions()) {
+        auto* reader = qobject_cast<IModelReader*>(object);
+        if (reader && reader->getExtensions().contains(extension)) return reader;
+    }
+    return nullptr;
+}
+
+QStringList Host::getExtensions() const
+{
+    QStringList extensions = {QStringLiteral("v3d")};
+    for (const QString& extension : DrawableNode3dFactory::instance().getExtensions())
+        extensions.append(extension);
+    for (QObject* object : m_application.getExtensions())
+        if (const auto* reader = qobject_cast<IModelReader*>(object))
+            extensions.append(reader->getExtensions());
+    extensions.removeDuplicates();
+    extensions.sort();
+    return extensions;
+}
+
+void Host::saveSettings()
+{
+    if (!m_keepsSettings || settingsPath().isEmpty()) return;
+    QDir().mkpath(QFileInfo(settingsPath()).path());
+    m_application.getSettingsManager(Application::SettingsManagerId)->save();
+}

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <framework/app/Application.h>
+
+#include <QtCore/QStringList>
+
+#include <memory>
+
+class CProject;
+class IModelReader;
+class Scene3d;
+
+/// The reference host without a window: the application object with its settings and plug-ins, projects,
+/// scenes and the readers that were found.
+class Host
+{
+public:
+    /// Where settings live: in the user's configuration folder, or in memory for as long as the program runs.
+    enum class Settings { Kept, InMemory };
+
+    /// Makes the application and loads the plug-ins. Throws ksp::CommonError when the 3D module is not among
+    /// them.
+    explicit Host(Settings settings);
+    ~Host();
+    Host(const Host&) = delete;
+    Host& operator=(const Host&) = delete;
+
+    Application& application() { return m_application; }
+    const Application& application() const { return m_application; }
+
+    /// A new project whose model can load the viewer's elements.
+    std::unique_ptr<CProject> createProject();
+    /// A scene of the project that shows the viewer's elements and those of plug-ins; its context is current
+    /// afterwards. The scene goes before the project. Throws ksp::CommonError where there is no OpenGL 4.3.
+    std::unique_ptr<Scene3d> createScene(CProject& project);
+
+    /// The reader that makes elements of files with the extension (lower case), or null.
+    IModelReader* findModelReader(const QString& extension) const;
+    /// All extensions that can be opened, project files included, lower case, ascending.
+    QStringList getExtensions() const;
+    /// Writes the settings to where they are kept.
+    void saveSettings();
+
+private:
+    void requireModule() const;
+
+    Application m_application;
+    bool m_keepsSettings;
+};

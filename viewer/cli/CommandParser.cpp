@@ -1,0 +1,112 @@
+#include <viewer/cli/CommandParser.h>
+
+#include <viewer/cli/UsageError.h>
+
+#include <algorithm>
+#include <numeric>
+#include <vector>
+
+namespace {
+
+/// Levenshtein distance: letters to insert, remove or replace.
+int typingMistakes(const QString& a, const QString& b)
+{
+    std::vector<int> row(static_cast<std::size_t>(b.size()) + 1);
+    std::iota(row.begin(), row.end(), 0);
+    for (int i = 0; i < a.size(); ++i) {
+        int diagonal = row[0];
+        row[0] = i + 1;
+        for (int j = 0; j < b.size(); ++j) {
+            int& cell = row[static_cast<std::size_t>(j) + 1];
+            const int replaced = diagonal + (a[i] == b[j] ? 0 : 1);
+            diagonal = cell;
+            cell = std::min({replaced, cell + 1, row[static_cast<std::size_t>(j)] + 1});
+        }
+    }
+    return row.back();
+}
+
+QString dashed(const QString& name)
+{
+    return (name.size() == 1 ? QStringLiteral("-") : QStringLiteral("--")) + name;
+}
+
+} // namespace
+
+QString nearestWord(const QString& word, const QStringList& candidates)
+{
+    QString best;
+    int fewest = std::max(2, word.size() / 3) + 1;
+    for (const QString& candidate : candidates) {
+        const int mistakes = candidate.startsWith(word) ? 1 : typingMistakes(word, candidate);
+        if (mistakes < fewest && mistakes < candidate.size()) {
+            fewest = mistakes;
+            best = candidate;
+        }
+    }
+    return best;
+}
+
+CommandParser::CommandParser(const QString& synopsis, const QString& description)
+    : m_synopsis(synopsis)
+    , m_description(description)
+{
+    add({QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("show this help"));
+}
+
+void CommandParser::add(const QStringList& names, const QString& description, const QString& valueName)
+{
+    m_options.append(QCommandLineOption(names, description, valueName));
+    m_parser.addOption(m_options.last());
+}
+
+void CommandParser::parse(const QStringList& arguments)
+{
+    if (m_parser.parse(QStringList(QStringLiteral("viewer3d")) + arguments)) return;
+    if (m_parser.unknownOptionNames().isEmpty())
+        throw UsageError(
+            m_parser.errorText().simplified() +
+            QStringLiteral(" See: viewer3d %1 --help").arg(m_synopsis.section(QLatin1Char(' '), 0, 0)));
+    const QString wrong = m_parser.unknownOptionNames().first();
+    const QString nearest = nearestOption(wrong);
+    throw UsageError(QStringLiteral("unknown option %1; ").arg(dashed(wrong)) +
+                     (nearest.isEmpty() ? QStringLiteral("usage: viewer3d %1").arg(m_synopsis)
+                                        : QStringLiteral("did you mean %1?").arg(dashed(nearest))));
+}
+
+QString CommandParser::nearestOption(const QString& wrong) const
+{
+    QStringList names;
+    for (const QCommandLineOption& option : m_options)
+        names.append(option.names().last());
+    return nearestWord(wrong, names);
+}
+
+QString CommandParser::value(const QString& name) const
+{
+    const QStringList values = m_parser.values(name);
+    if (values.size() > 1)
+        throw UsageError(
+            QStringLiteral("%1 is given %2 times; give it once").arg(dashed(name)).arg(values.size()));
+    return values.value(0);
+}
+
+QString CommandParser::helpText() const
+{
+    QStringList left, right;
+    int width = 0;
+    for (const QCommandLineOption& option : m_options) {
+        QStringList names;
+        for (const QString& name : option.names())
+            names.append(dashed(name));
+        QString text = names.join(QStringLiteral(", "));
+        if (!option.valueName().isEmpty()) text += QLatin1Char(' ') + option.valueName();
+        left.append(text);
+        right.append(option.description());
+        width = std::max(width, text.size());
+    }
+    QString help = QStringLiteral("Usage: viewer3d %1\n\n%2\n\nOptions:\n").arg(m_synopsis, m_description);
+    for (int i = 0; i < left.size(); ++i)
+        help += QStringLiteral("  %1  %2\n").arg(left[i].leftJustified(width), right[i]);
+    return help;
+}

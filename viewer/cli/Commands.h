@@ -1,0 +1,22 @@
+#pragma once
+
+#include <viewer/cli/CommandLine.h>
+
+#include <QtCore/QByteArray>
+
+class CProject;
+class Host;
+class Scene3d;
+
+/// The commands of the program. Each throws ksp::CommonError when its work fails, with a text that names the
+/// file.
+namespace commands {
+
+/// Makes the picture and writes it, whole or not at all. Needs a QGuiApplication and OpenGL.
+void render(const RenderOptions& options);
+/// What the files hold, as text or JSON. Needs no display.
+QByteArray info(const InfoOptions& options);
+/// The plug-ins and the extensions that can be opened.
+QByteArray plugins();
+
+} // namespace commands

@@ -1,0 +1,69 @@
+#include <viewer/cli/ProgressBar.h>
+
+#include <algorithm>
+#include <csignal>
+#include <cstdio>
+#include <optional>
+
+#include <unistd.h>
+
+namespace {
+
+volatile std::sig_atomic_t interrupted = 0;
+
+void onInterrupt(int)
+{
+    interrupted = 1;
+    std::signal(SIGINT, SIG_DFL);
+}
+
+} // namespace
+
+struct ProgressBar::Private
+{
+    bool isShown = isatty(STDERR_FILENO) == 1;
+    bool isDrawn = false;
+    void (*formerHandler)(int) = SIG_DFL;
+    std::optional<ksp::StagedProgress> progress;
+
+    void report(double percentage, const QString& title)
+    {
+        if (interrupted) progress->cancel();
+        if (!isShown) return;
+        constexpr int width = 30;
+        const int filled = static_cast<int>(percentage / 100.0 * width);
+        const QByteArray bar = QByteArray(filled, '#') + QByteArray(width - filled, '.');
+        const QByteArray name = title.left(40).toLocal8Bit();
+        std::fprintf(stderr, "\r[%s] %3.0f %%  %-40s", bar.constData(), percentage, name.constData());
+        std::fflush(stderr);
+        isDrawn = true;
+    }
+};
+
+ProgressBar::ProgressBar()
+    : m_private(std::make_unique<Private>())
+{
+    interrupted = 0;
+    m_private->formerHandler = std::signal(SIGINT, onInterrupt);
+    Private* d = m_private.get();
+    d->progress.emplace([d](double percentage, const QString& title) { d->report(percentage, title); });
+}
+
+ProgressBar::~ProgressBar()
+{
+    wipe();
+    std::signal(SIGINT, m_private->formerHandler == SIG_ERR ? SIG_DFL : m_private->formerHandler);
+}
+
+ksp::StagedProgress ProgressBar::progress() const
+{
+    return *m_private->progress;
+}
+
+void ProgressBar::wipe()
+{
+    if (!m_private->isDrawn) return;
+    std::fprintf(stderr, "\r%79s\r", "");
+    std::fflush(stderr);
+    m_private->isDrawn = false;
+}

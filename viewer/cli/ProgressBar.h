@@ -1,0 +1,25 @@
+#pragma once
+
+#include <framework/ksp/StagedProgress.h>
+
+#include <memory>
+
+/// Progress of a command: a bar on standard error where that is a terminal, nothing elsewhere. Ctrl-C cancels
+/// the progress; a second one ends the program as usual. One object at a time.
+class ProgressBar
+{
+public:
+    ProgressBar();
+    /// Wipes the bar and gives Ctrl-C its old meaning back.
+    ~ProgressBar();
+    ProgressBar(const ProgressBar&) = delete;
+    ProgressBar& operator=(const ProgressBar&) = delete;
+
+    ksp::StagedProgress progress() const;
+    /// Wipes the bar, so that a message has the line to itself.
+    void wipe();
+
+private:
+    struct Private;
+    std::unique_ptr<Private> m_private;
+};

@@ -1,0 +1,44 @@
+#include <viewer/elements/ElementTypes.h>
+
+#include <viewer/elements/FeatureItem.h>
+#include <viewer/elements/MeshElement.h>
+#include <viewer/elements/MeshItem.h>
+#include <viewer/elements/ViewpointElement.h>
+
+#include <Viewer3dModule/host/CGraphics3dExtension.h>
+#include <framework/model/COrdinaryItemCreator.h>
+#include <framework/model/CProjectModel.h>
+#include <framework/model/FeatureElement.h>
+
+namespace element_types {
+
+static_assert(Feature == FeatureElement::Type, "one number for one type");
+
+void registerCreators(CProjectModel& model)
+{
+    model.registerCreator(std::make_unique<COrdinaryItemCreator<MeshElement>>());
+    model.registerCreator(std::make_unique<COrdinaryItemCreator<FeatureElement>>());
+    model.registerCreator(std::make_unique<COrdinaryItemCreator<ViewpointElement>>());
+}
+
+void registerItems(Scene3d& scene)
+{
+    CGraphics3dExtension::registerElementType<MeshElement, MeshItem>(Mesh, &scene);
+    CGraphics3dExtension::registerElementType<FeatureElement, FeatureItem>(Feature, &scene);
+}
+
+QString name(int type)
+{
+    switch (type) {
+    case Mesh:
+        return QStringLiteral("mesh");
+    case Feature:
+        return QStringLiteral("feature");
+    case Viewpoint:
+        return QStringLiteral("viewpoint");
+    default:
+        return QStringLiteral("0x%1").arg(static_cast<unsigned>(type), 8, 16, QLatin1Char('0'));
+    }
+}
+
+} // namespace element_types

@@ -1,0 +1,52 @@
+#include <viewer/elements/FeatureStyle.h>
+
+#include <Viewer3dModule/drawers/DrawerType.h>
+#include <framework/model/CModelElement.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+const QColor defaultStroke(40, 60, 160);
+constexpr double widest = 100.0; // pixels
+
+QColor readColor(const CModelElement& element, const char* name, const QColor& otherwise)
+{
+    const QString text = element.getProperty(QLatin1String(name)).toString();
+    const QColor color = text.isEmpty() ? QColor() : QColor(text);
+    return color.isValid() ? color : otherwise;
+}
+
+double readPixels(const CModelElement& element, const char* name, double otherwise)
+{
+    bool isNumber = false;
+    const double value = element.getProperty(QLatin1String(name)).toDouble(&isNumber);
+    return isNumber && std::isfinite(value) && value > 0.0 ? std::min(value, widest) : otherwise;
+}
+
+bool isDashed(const CModelElement& element)
+{
+    const QString dashes = element.getProperty(QStringLiteral("stroke-dasharray")).toString().trimmed();
+    return (!dashes.isEmpty() && dashes != QLatin1String("none")) ||
+           element.getProperty(QStringLiteral("dash")).toBool();
+}
+
+} // namespace
+
+FeatureStyle FeatureStyle::of(const CModelElement& element)
+{
+    FeatureStyle style;
+    style.pen.setColor(readColor(element, "stroke", defaultStroke));
+    style.pen.setWidthF(readPixels(element, "stroke-width", 1.0));
+    style.pen.setStyle(isDashed(element) ? Qt::DashLine : Qt::SolidLine);
+    style.pointColor = readColor(element, "marker-color", style.pen.color());
+    style.pointSize = static_cast<float>(readPixels(element, "marker-size", 6.0));
+    return style;
+}
+
+int FeatureStyle::lineDrawerType() const
+{
+    if (pen.style() != Qt::SolidLine) return DrawerType::DashedLines;
+    return pen.widthF() > 1.0 ? DrawerType::WideLines : DrawerType::Mono;
+}

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QtGui/QColor>
+#include <QtGui/QPen>
+
+class CModelElement;
+
+/// How a feature is drawn, by its properties: "stroke" (colour), "stroke-width" (pixels), "stroke-dasharray"
+/// (anything but empty and "none") or "dash": true, "marker-color" and "marker-size" (pixels) of its points.
+struct FeatureStyle
+{
+    QPen pen;
+    QColor pointColor;
+    float pointSize = 6.0f; ///< pixels
+
+    static FeatureStyle of(const CModelElement& element);
+    /// The type of drawer that draws lines with the pen.
+    int lineDrawerType() const;
+};

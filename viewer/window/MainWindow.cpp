@@ -1,0 +1,294 @@
+#include <viewer/window/MainWindow.h>
+
+#include <viewer/ElementSummary.h>
+#include <viewer/FileOpener.h>
+#include <viewer/Host.h>
+#include <viewer/PictureFile.h>
+#include <viewer/elements/ElementTypes.h>
+#include <viewer/elements/ViewpointElement.h>
+#include <viewer/window/LoadingBar.h>
+#include <viewer/window/MessageDock.h>
+#include <viewer/window/View3dWidget.h>
+
+#include <Viewer3dModule/host/Graphics3dItem.h>
+#include <Viewer3dModule/scene/Scene3d.h>
+#include <framework/ksp/Canceled.h>
+#include <framework/ksp/Log.h>
+#include <framework/model/CModelElementManager.h>
+#include <framework/model/CProject.h>
+#include <framework/model/CProjectModel.h>
+
+#include <QtCore/QFileInfo>
+#include <QtGui/QCloseEvent>
+#include <QtWidgets/QFileDialog>
+#include <QtWidgets/QInputDialog>
+#include <QtWidgets/QLabel>
+#include <QtWidgets/QMenuBar>
+#include <QtWidgets/QStatusBar>
+
+namespace {
+
+/// The viewpoint that a project is saved with and opened at.
+const QString currentView = QStringLiteral("Current view");
+
+/// Runs work; an error becomes a line of the log. Returns whether all went well.
+template <typename Work>
+bool logged(const Work& work)
+{
+    try {
+        work();
+        return true;
+    } catch (const ksp::Canceled&) {
+        ksp::Log::info(QStringLiteral("Cancelled"));
+    } catch (const std::exception& error) {
+        ksp::Log::error(QString::fromUtf8(error.what()));
+    }
+    return false;
+}
+
+QString withSuffix(const QString& path, const QString& suffix)
+{
+    return QFileInfo(path).suffix().isEmpty() ? path + QLatin1Char('.') + suffix : path;
+}
+
+} // namespace
+
+MainWindow::MainWindow(Host& host)
+    : m_host(host)
+    , m_project(host.createProject())
+    , m_scene(host.createScene(*m_project))
+    , m_view(new View3dWidget(*m_scene, this))
+    , m_loadingBar(new LoadingBar(this))
+    , m_messages(new MessageDock(this))
+{
+    m_scene->doneCurrent();
+    setWindowTitle(QStringLiteral("viewer3d"));
+    resize(1280, 800);
+    setCentralWidget(m_view);
+    addDockWidget(Qt::BottomDockWidgetArea, m_messages);
+    statusBar()->addPermanentWidget(m_loadingBar);
+    makeFileMenu();
+    makeViewMenu();
+    connect(m_view, &View3dWidget::filesDropped, this, &MainWindow::openFiles);
+    m_view->showFrom(StandardView::Iso);
+    m_host.application().extendGUI(this);
+}
+
+// The view goes before the scene that it shows, and the scene before the project that it mirrors.
+MainWindow::~MainWindow()
+{
+    delete m_view;
+    m_scene.reset();
+    m_project.reset();
+}
+
+QObject* MainWindow::getMainWindow() const
+{
+    return const_cast<MainWindow*>(this);
+}
+
+void MainWindow::makeFileMenu()
+{
+    QMenu* menu = menuBar()->addMenu(tr("&File"));
+    menu->addAction(tr("&New"), this, &MainWindow::newProject, QKeySequence::New);
+    menu->addAction(tr("&Open..."), this, &MainWindow::askForFiles, QKeySequence::Open);
+    menu->addAction(tr("&Save project..."), this, &MainWindow::askWhereToSave, QKeySequence::Save);
+    menu->addAction(tr("Save &picture..."), this, &MainWindow::askForPicture);
+    menu->addSeparator();
+    menu->addAction(tr("&Quit"), this, &QWidget::close, QKeySequence::Quit);
+}
+
+void MainWindow::makeViewMenu()
+{
+    QMenu* menu = menuBar()->addMenu(tr("&View"));
+    menu->addAction(tr("&Fit all"), m_view, &View3dWidget::fitAll, QKeySequence(Qt::Key_F));
+    menu->addSeparator();
+    const QStringList names = standardViewNames();
+    for (int i = 0; i < names.size(); ++i)
+        menu->addAction(
+            tr("From %1").arg(names[i]), this, [this, i] { m_view->showFrom(static_cast<StandardView>(i)); },
+            QKeySequence(Qt::Key_1 + i));
+    menu->addSeparator();
+    QAction* parallel = menu->addAction(tr("&Parallel projection"));
+    parallel->setObjectName(QStringLiteral("parallelProjection"));
+    parallel->setShortcut(QKeySequence(Qt::Key_P));
+    parallel->setCheckable(true);
+    connect(parallel, &QAction::triggered, this, [this](bool checked) {
+        m_view->setProjectionType(checked ? IProjection::Parallel : IProjection::Central);
+    });
+    connect(m_view, &View3dWidget::projectionTypeChanged, parallel, &QAction::setChecked);
+    menu->addSeparator();
+    menu->addAction(tr("&Keep this view..."), this, &MainWindow::addViewpoint);
+    QMenu* kept = menu->addMenu(tr("Kept &views"));
+    connect(kept, &QMenu::aboutToShow, this, [this, kept] { showViewpointMenu(*kept); });
+    menu->addSeparator();
+    menu->addAction(m_messages->toggleViewAction());
+}
+
+// --- files
+// ------------------------------------------------------------------------------------------------------------
+
+void MainWindow::openFiles(const QStringList& paths)
+{
+    if (m_loadingBar->isRunning()) return;
+    const bool wasEmpty = m_project->getModel()->getElementsCount() == 0;
+    bool isView = false;
+    menuBar()->setEnabled(false);
+    FileOpener opener(m_host, *m_project, m_scene.get());
+    logged([&] {
+        m_loadingBar->run([&](ksp::StagedProgress progress) {
+            for (const QString& path : paths) {
+                progress.throwIfCanceled();
+                ksp::StagedProgress stage =
+                    progress.startStage(99.0 / static_cast<double>(paths.size()), QFileInfo(path).fileName());
+                const bool isGood = logged([&] {
+                    if (!FileOpener::isProject(path)) {
+                        opener.add(opener.read(path, stage.startStage(95.0)), stage);
+                        return;
+                    }
+                    for (const QString& problem : opener.openProject(path, stage))
+                        ksp::Log::error(problem);
+                });
+                if (isGood && FileOpener::isProject(path)) {
+                    setWindowFilePath(path);
+                    isView = findViewpoint(currentView) != nullptr;
+                }
+            }
+        });
+    });
+    menuBar()->setEnabled(true);
+    if (isView)
+        restoreViewpoint(*findViewpoint(currentView));
+    else if (wasEmpty)
+        m_view->showFrom(StandardView::Iso);
+    showCounts();
+}
+
+bool MainWindow::saveProject(const QString& path)
+{
+    keepViewpoint(currentView);
+    const bool isSaved = logged(
+        [&] { FileOpener(m_host, *m_project, m_scene.get()).save(path, ksp::StagedProgress::dummy()); });
+    if (isSaved) setWindowFilePath(path);
+    return isSaved;
+}
+
+bool MainWindow::savePicture(const QString& path)
+{
+    return logged([&] { PictureFile::write(path, m_view->picture()); });
+}
+
+void MainWindow::newProject()
+{
+    m_scene->makeCurrent();
+    m_project->clear();
+    setWindowFilePath({});
+    m_view->showFrom(StandardView::Iso);
+    showCounts();
+}
+
+void MainWindow::askForFiles()
+{
+    const QString pattern = QStringLiteral("*.") + m_host.getExtensions().join(QStringLiteral(" *."));
+    const QStringList paths =
+        QFileDialog::getOpenFileNames(this, tr("Open"), m_folder, tr("Readable files (%1)").arg(pattern));
+    if (paths.isEmpty()) return;
+    m_folder = QFileInfo(paths.first()).path();
+    openFiles(paths);
+}
+
+void MainWindow::askWhereToSave()
+{
+    const QString path =
+        QFileDialog::getSaveFileName(this, tr("Save project"), m_folder, tr("Projects (*.v3d)"));
+    if (!path.isEmpty()) saveProject(withSuffix(path, QStringLiteral("v3d")));
+}
+
+void MainWindow::askForPicture()
+{
+    const QString path =
+        QFileDialog::getSaveFileName(this, tr("Save picture"), m_folder, tr("Pictures (*.png)"));
+    if (!path.isEmpty()) savePicture(withSuffix(path, QStringLiteral("png")));
+}
+
+// --- viewpoints
+// --------------------------------------------------------------------------------------------------------
+
+ViewpointElement* MainWindow::findViewpoint(const QString& name) const
+{
+    if (const CModelElementManager* manager = m_project->getModel()->getItemManager(element_types::Viewpoint))
+        for (CModelElement* element : manager->getItems())
+            if (element->getName() == name) return static_cast<ViewpointElement*>(element);
+    return nullptr;
+}
+
+ViewpointElement* MainWindow::keepViewpoint(const QString& name)
+{
+    ViewpointElement* element = findViewpoint(name);
+    if (!element) {
+        auto fresh = std::make_unique<ViewpointElement>();
+        fresh->setName(name);
+        CModelElementManager* manager = m_project->getModel()->getCreateItemManager(element_types::Viewpoint);
+        element = static_cast<ViewpointElement*>(manager->addItem(std::move(fresh)));
+    }
+    element->setViewpoint(m_view->viewpoint().transformed(m_scene->sceneToModelTransform()));
+    return element;
+}
+
+void MainWindow::restoreViewpoint(const ViewpointElement& element)
+{
+    m_scene->flushBounds();
+    m_view->setViewpoint(element.getViewpoint().transformed(m_scene->modelToSceneTransform()));
+}
+
+void MainWindow::addViewpoint()
+{
+    const QString name = QInputDialog::getText(this, tr("Keep this view"), tr("Name:"));
+    if (!name.trimmed().isEmpty()) keepViewpoint(name.trimmed());
+}
+
+void MainWindow::showViewpointMenu(QMenu& menu)
+{
+    menu.clear();
+    const CModelElementManager* manager = m_project->getModel()->getItemManager(element_types::Viewpoint);
+    if (!manager || manager->getItemsCount() == 0) {
+        menu.addAction(tr("none yet"))->setEnabled(false);
+        return;
+    }
+    for (CModelElement* element : manager->getItems()) {
+        const LONGID id = element->getId();
+        menu.addAction(element->getName(), this, [this, id] {
+            if (const auto* kept = dynamic_cast<ViewpointElement*>(m_project->getModel()->getElement(id)))
+                restoreViewpoint(*kept);
+        });
+    }
+}
+
+// --- the rest
+// -----------------------------------------------------------------------------------------------------------
+
+void MainWindow::showCounts()
+{
+    std::uint64_t points = 0, lines = 0, triangles = 0;
+    for (const auto& entry : m_scene->getItems()) {
+        const Drawable3dPrimitive::GeometryInfo info = entry.second->getGeometryInfo();
+        points += info.pointCount;
+        lines += info.lineCount;
+        triangles += info.triangleCount;
+    }
+    statusBar()->showMessage(tr("%1 elements: %2 points, %3 lines, %4 triangles")
+                                 .arg(m_scene->getItems().size())
+                                 .arg(points)
+                                 .arg(lines)
+                                 .arg(triangles));
+}
+
+void MainWindow::closeEvent(QCloseEvent* event)
+{
+    if (m_loadingBar->isRunning()) { // the work unwinds first
+        m_loadingBar->cancel();
+        event->ignore();
+        return;
+    }
+    QMainWindow::closeEvent(event);
+}

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <framework/app/ProjectGUI.h>
+
+#include <QtWidgets/QMainWindow>
+
+#include <memory>
+
+class CProject;
+class Host;
+class LoadingBar;
+class MessageDock;
+class QActionGroup;
+class Scene3d;
+class View3dWidget;
+class ViewpointElement;
+
+/// The window of the reference host: one project, its scene and one view of it.
+class MainWindow : public QMainWindow, public ProjectGUI
+{
+    Q_OBJECT
+public:
+    /// The host is not owned. Throws ksp::CommonError where there is no OpenGL 4.3.
+    explicit MainWindow(Host& host);
+    ~MainWindow() override;
+
+    QObject* getMainWindow() const override;
+    CProject& project() const { return *m_project; }
+    Scene3d& scene() const { return *m_scene; }
+    View3dWidget& view() const { return *m_view; }
+    LoadingBar& loadingBar() const { return *m_loadingBar; }
+    MessageDock& messages() const { return *m_messages; }
+
+    /// Adds files to what is open; a project replaces it. What cannot be opened goes to the messages and
+    /// stops nothing but a cancellation does.
+    void openFiles(const QStringList& paths);
+    /// Returns false, with a line among the messages, when the project cannot be saved.
+    bool saveProject(const QString& path);
+    /// Likewise for a picture of the view.
+    bool savePicture(const QString& path);
+    /// Removes everything.
+    void newProject();
+
+private:
+    void makeFileMenu();
+    void makeViewMenu();
+    void askForFiles();
+    void askWhereToSave();
+    void askForPicture();
+    void addViewpoint();
+    void showViewpointMenu(QMenu& menu);
+    ViewpointElement* keepViewpoint(const QString& name);
+    void restoreViewpoint(const ViewpointElement& element);
+    ViewpointElement* findViewpoint(const QString& name) const;
+    void showCounts();
+    void closeEvent(QCloseEvent* event) override;
+
+    Host& m_host;
+    std::unique_ptr<CProject> m_project;
+    std::unique_ptr<Scene3d> m_scene;
+    View3dWidget* m_view;
+    LoadingBar* m_loadingBar;
+    MessageDock* m_messages;
+    QString m_folder; // of the last file dialog
+};

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QtWidgets/QDockWidget>
+
+class QPlainTextEdit;
+
+/// The one place where errors and warnings show: the log's last lines. Opens itself when an error comes.
+class MessageDock : public QDockWidget
+{
+    Q_OBJECT
+public:
+    explicit MessageDock(QWidget* parent = nullptr);
+    ~MessageDock() override;
+
+    QString text() const;
+
+private:
+    QPlainTextEdit* m_lines;
+    int m_handler;
+};

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <viewer/FrameRenderer.h>
+#include <viewer/Viewpoint.h>
+
+#include <QtWidgets/QOpenGLWidget>
+
+class Scene3d;
+
+/// A view of a scene: draws it and turns mouse and keyboard into motions of its camera.
+///
+/// Left drag orbits about the point under the cursor, middle or right drag and shift + left drag pan, the
+/// wheel zooms to the cursor. Its context shares objects with the scene's, but has a vertex array object of
+/// its own.
+class View3dWidget : public QOpenGLWidget
+{
+    Q_OBJECT
+public:
+    /// The scene is not owned and outlives the widget.
+    explicit View3dWidget(Scene3d& scene, QWidget* parent = nullptr);
+    ~View3dWidget() override;
+
+    /// Scene coordinates.
+    const Viewpoint& viewpoint() const { return m_viewpoint; }
+    void setViewpoint(const Viewpoint& viewpoint);
+    /// Shows everything from the direction that the camera has.
+    void fitAll();
+    /// Shows everything from there.
+    void showFrom(StandardView view);
+    void setProjectionType(IProjection::Projection type);
+    /// What the view shows now, in its own resolution.
+    QImage picture();
+    /// The drawn point under a place of the widget (logical pixels), scene coordinates; where nothing is
+    /// drawn a point at the depth of the middle of what is visible.
+    glm::dvec3 pointAt(const QPointF& place);
+
+Q_SIGNALS:
+    /// Files were dropped on the view.
+    void filesDropped(const QStringList& paths);
+    void projectionTypeChanged(bool isParallel);
+
+protected:
+    void initializeGL() override;
+    void paintGL() override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+
+private:
+    /// Size of the target, device pixels.
+    QSize deviceSize() const;
+    glm::dvec2 devicePixel(const QPointF& place) const;
+    void releaseVertexArray();
+    void moveWithTransform(const glm::dmat4& additional);
+
+    Scene3d& m_scene;
+    FrameRenderer m_renderer;
+    Viewpoint m_viewpoint;
+    unsigned int m_vertexArray = 0;
+    QPointF m_lastPlace;       // of the drag, logical pixels
+    glm::dvec3 m_grabbed{0.0}; // scene coordinates
+};
