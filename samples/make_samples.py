@@ -29,11 +29,26 @@ def smooth(t):
     return t * t * (3.0 - 2.0 * t)
 
 
+def causeway(u, v):
+    """1 on the dam on which Mill Lane crosses the stream, 0 off it."""
+    middle = 44.0 - 0.4 * (v + 72.0)
+    return smooth((6.5 - abs(u - middle)) / 3.0) if -106.0 < v < -66.0 else 0.0
+
+
+def stream_bed(u):
+    return land(u, stream_v(u)) - 2.6
+
+
 def ground(u, v):
+    dip = 2.6 * math.exp(-((v - stream_v(u)) / 7.0) ** 2)
+    return land(u, v) - dip * (1.0 - causeway(u, v))
+
+
+def land(u, v):
+    """The ground without the stream's bed."""
     rolling = 2.6 * math.sin(u / 58.0 + 0.5) * math.cos(v / 52.0) + 1.2 * math.sin(u / 31.0 - v / 43.0)
     hill = 17.0 * smooth((v - 35.0) / 110.0) + 5.0 * smooth((-u - 70.0) / 100.0)
-    valley = -2.6 * math.exp(-((v - stream_v(u)) / 7.0) ** 2) - 3.0 * smooth((-v - 30.0) / 50.0)
-    return 0.6 * rolling + hill + valley
+    return 0.6 * rolling + hill - 3.0 * smooth((-v - 30.0) / 50.0)
 
 
 def world(u, v, above=0.0):
@@ -359,7 +374,7 @@ def make_surfaces(houses):
         line = [tuple(a + (b - a) * t / 3 for a, b in zip(start, end)) for t in range(4)]
         add_ribbon(obj, "path_to_" + house.name.replace(" ", "_"), "path", line, 1.4, 0.10)
     bed = [(u, stream_v(u)) for u in [-160 + 4 * k for k in range(81)]]
-    add_ribbon(obj, "Stream", "water", bed, 6.4, 0.75, lambda u, v: ground(u, stream_v(u)))
+    add_ribbon(obj, "Stream", "water", bed, 6.4, 0.75, lambda u, v: stream_bed(u))
     return obj
 
 
@@ -493,10 +508,10 @@ def make_terrain():
 def make_tie_points(houses):
     points = []
     for _ in range(2600):
-        u, v = rng.uniform(-140, 140), rng.uniform(-100, 100)
+        u, v = max(-150, min(150, rng.gauss(0, 62))), max(-110, min(110, rng.gauss(0, 44)))
         if all(math.hypot(u - h.u, v - h.v) > h.length / 2 for h in houses):
             points.append((world(u, v, rng.gauss(0.18, 0.05)),
-                           mix(ground_colour(u, v, distance_to_streets(u, v)), (255, 255, 255), 0.45)))
+                           mix(ground_colour(u, v, distance_to_streets(u, v)), (255, 250, 225), 0.28)))
     for house in houses:                                        # ridges, eaves and wall corners are matched best
         for x, y, z in [(-0.5, 0, 0.42), (0.5, 0, 0.42)] + [(x, y, 0.0) for x in (-0.5, 0.5) for y in (-0.5, 0.5)]:
             for _ in range(4):
@@ -536,16 +551,22 @@ def offset(line, distance):
 
 def make_roads():
     features = []
-    for name, width, line in STREETS:
-        inside = [(u, v) for u, v in line if abs(u) <= HALF_WIDTH and abs(v) <= HALF_DEPTH]
-        middle = rounded(world(u, v, 0.35) for u, v in inside)
-        if width > 4.6:
-            features.append(feature("LineString", middle, name=name, stroke="#fdf6e3", stroke_width=2,
-                                    stroke_dasharray="10 10", width=width))
+    for number, (name, width, line) in enumerate(STREETS):
+        def is_own(u, v):
+            """Whether the place is in the sample and on no street before this one."""
+            return abs(u) <= HALF_WIDTH and abs(v) <= HALF_DEPTH and \
+                all(distance_to(other, u, v) > wide / 2 + 0.1 for _, wide, other in STREETS[:number])
+
+        inside = [(u, v) for u, v in line if is_own(u, v)]
+        middle = rounded(world(u, v, 0.4) for u, v in inside)
+        if width > 4.6:  # dashes count anew from each point, so points are far apart here
+            sparse = middle[:-1:7] + middle[-1:]
+            features.append(feature("LineString", sparse, name=name, stroke="#fdf6e3", stroke_dasharray="10 10",
+                                    width=width))
         else:
             features.append(feature("LineString", middle, name=name, stroke="#ffd75e", stroke_width=1, width=width))
         for side in (-1, 1):
-            edge = [(u, v) for u, v in offset(inside, side * width / 2) if abs(u) <= HALF_WIDTH and abs(v) <= HALF_DEPTH]
+            edge = [(u, v) for u, v in offset(line, side * width / 2) if is_own(u, v)]
             features.append(feature("LineString", rounded(world(u, v, 0.3) for u, v in edge),
                                     name=f"{name}, {'left' if side > 0 else 'right'} edge", stroke="#f4f4f0",
                                     stroke_width=2 if width > 4.6 else 1))
@@ -559,11 +580,11 @@ def make_plots(houses):
         corners = [(-half_x, -half_y), (half_x, -half_y), (half_x, half_y), (-half_x, half_y), (-half_x, -half_y)]
         ring = []
         for (ax, ay), (bx, by) in zip(corners, corners[1:]):
-            ring += [house.place(ax + (bx - ax) * t / 6, ay + (by - ay) * t / 6) for t in range(6)]
+            ring += [house.place(ax + (bx - ax) * t / 2, ay + (by - ay) * t / 2) for t in range(2)]
         ring.append(ring[0])
         style = {"stroke": "#ff8c42", "stroke_dasharray": "8 6"} if house.name.startswith("St") else \
                 {"stroke": "#7b2d8b", "stroke_dasharray": "8 6"}
-        features.append(feature("Polygon", [rounded(world(u, v, 0.35) for u, v in ring)], name="Plot " + house.name,
+        features.append(feature("Polygon", [rounded(world(u, v, 0.5) for u, v in ring)], name="Plot " + house.name,
                                 owner=f"owner {1 + len(features)}", **style))
     return features
 
