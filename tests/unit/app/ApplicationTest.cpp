@@ -21,8 +21,9 @@ namespace {
 
 QStringList takeCalls()
 {
-    const QStringList calls = qApp->property("pluginCalls").toStringList();
-    qApp->setProperty("pluginCalls", QStringList());
+    QCoreApplication* application = QCoreApplication::instance(); // qApp takes it for a QGuiApplication
+    const QStringList calls = application->property("pluginCalls").toStringList();
+    application->setProperty("pluginCalls", QStringList());
     return calls;
 }
 
