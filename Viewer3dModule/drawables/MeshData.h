@@ -20,6 +20,7 @@ struct MeshData
         std::uint32_t indexCount = 0; ///< a multiple of 1, 2 or 3 by kind
         QColor color;                 ///< plain colour; invalid: the node's default
         int image = -1;               ///< index into images, or -1
+        float pointSize = 2.0f;       ///< pixels; of points
     };
 
     QString name;

@@ -19,7 +19,6 @@
 namespace {
 
 const QColor defaultColor(200, 200, 200);
-constexpr float pointSize = 2.0f; // pixels
 
 // Where a fragment's colour comes from: the shaders' "uColorMode".
 enum ColorMode { ItemColor = 0, VertexColors = 1, TextureColor = 2 };
@@ -126,7 +125,7 @@ struct MeshNode3d::Private
     void upload(OpenGLFunctions& gl);
     void bindAttributes(VertexArrayBinding& binding) const;
     void drawPart(const MeshData::Part& part, const PaintContext& context, OpenGLFunctions& gl,
-                  int instances) const;
+                  const ItemUniforms& locations, int instances) const;
     const QOpenGLTexture* textureOf(const MeshData::Part& part) const;
 
     MeshData data; // its arrays and images are empty after the upload
@@ -186,14 +185,13 @@ const QOpenGLTexture* MeshNode3d::Private::textureOf(const MeshData::Part& part)
 }
 
 void MeshNode3d::Private::drawPart(const MeshData::Part& part, const PaintContext& context,
-                                   OpenGLFunctions& gl, int instances) const
+                                   OpenGLFunctions& gl, const ItemUniforms& locations, int instances) const
 {
-    const ItemUniforms locations = Item3dDrawer::itemUniforms(context);
     const QOpenGLTexture* texture = textureOf(part);
     const ColorMode colorMode = texture ? TextureColor : colors.name() != 0 ? VertexColors : ItemColor;
     uniforms::set(gl, locations.colorMode, static_cast<int>(colorMode));
     uniforms::set(gl, locations.itemColor, part.color.isValid() ? part.color : defaultColor);
-    if (part.kind == MeshData::Part::Points) uniforms::set(gl, locations.penWidth, pointSize);
+    if (part.kind == MeshData::Part::Points) uniforms::set(gl, locations.penWidth, part.pointSize);
     if (context.drawer) context.drawer->setShaderLightMode(part.kind == MeshData::Part::Triangles);
     if (texture) gl.glBindTexture(GL_TEXTURE_2D, texture->textureId());
     gl.glDrawElementsInstanced(
@@ -219,12 +217,14 @@ void MeshNode3d::draw(const PaintContext& context, int instances)
     const bool withAdjacency = (context.primitives & PrimitiveBit::Adjacency) != 0;
     VertexArrayBinding binding(*gl, context.vertexArray);
     m_private->bindAttributes(binding);
+    const ItemUniforms locations = Item3dDrawer::itemUniforms(context);
     gl->glActiveTexture(GL_TEXTURE0);
     for (const MeshData::Part& part : m_private->data.parts) {
         const std::int32_t bit = kindOf(part.kind).bit;
         if ((context.primitives & bit) != 0 && (bit == PrimitiveBit::Points || !withAdjacency))
-            m_private->drawPart(part, context, *gl, instances);
+            m_private->drawPart(part, context, *gl, locations, instances);
     }
+    uniforms::set(*gl, locations.colorMode, static_cast<int>(ItemColor)); // what other items count on
 }
 
 glm::dvec3 MeshNode3d::getOrigin() const

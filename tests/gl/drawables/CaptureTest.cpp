@@ -2,7 +2,8 @@
 
 namespace {
 
-constexpr int capacity = 1024; // captured vertices
+constexpr int capacity = 1024;        // captured vertices
+constexpr unsigned nameBound = 20000; // all the tests of a program together use fewer
 
 const char* const plainVertex = R"(#version 430 core
 layout(location = 0) in vec3 point;
@@ -87,7 +88,7 @@ PaintContext CaptureTest::pass(int primitives)
 std::set<unsigned> CaptureTest::buffers()
 {
     std::set<unsigned> names;
-    for (unsigned name = 1; name < 500; ++name)
+    for (unsigned name = 1; name < nameBound; ++name)
         if (gl->glIsBuffer(name)) names.insert(name);
     return names;
 }
