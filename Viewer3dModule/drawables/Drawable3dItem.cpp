@@ -77,7 +77,6 @@ std::uint64_t Drawable3dItem::drawId() const
 {
     if (!m_drawIdKnown) {
         const auto* hostItem = dynamic_cast<const InteractiveGraphicsItem*>(this);
-        m_hasElement = hostItem != nullptr;
         m_drawId =
             hostItem ? static_cast<std::uint64_t>(hostItem->getId()) : reinterpret_cast<std::uintptr_t>(this);
         m_drawIdKnown = true;

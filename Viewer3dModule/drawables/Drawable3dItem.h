@@ -76,6 +76,5 @@ private:
     bool m_visible = true;
 
     mutable bool m_drawIdKnown = false;
-    mutable bool m_hasElement = false;
     mutable std::uint64_t m_drawId = 0;
 };

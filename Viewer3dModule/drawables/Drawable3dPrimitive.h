@@ -33,7 +33,8 @@ public:
 
     /// Draws; the meaning of the number is the subclass's (mostly the number of instances).
     virtual void draw(const PaintContext& context, int instances) = 0;
-    /// All vertex positions, read back from the vertex buffer; empty without one or without a context.
+    /// All vertex positions, read back from the vertex buffer; empty without one or without a context. Leaves
+    /// the buffer bound.
     virtual std::vector<glm::vec3> getVertices();
     /// One vertex position, read back; three quiet NaNs when there is none. Leaves the buffer bound.
     virtual glm::vec3 getVertex(int index);

@@ -38,9 +38,9 @@ Item3dDrawer::~Item3dDrawer()
 
 void Item3dDrawer::updateItem(int) {}
 
-Item3dDrawer* Item3dDrawer::root()
+const Item3dDrawer* Item3dDrawer::root() const
 {
-    Item3dDrawer* drawer = this;
+    const Item3dDrawer* drawer = this;
     while (drawer->m_parent)
         drawer = drawer->m_parent;
     return drawer;
@@ -48,7 +48,7 @@ Item3dDrawer* Item3dDrawer::root()
 
 const std::vector<Drawable3dItem*>& Item3dDrawer::getItems() const
 {
-    return const_cast<Item3dDrawer*>(this)->root()->m_items;
+    return root()->m_items;
 }
 
 void Item3dDrawer::updateItem(Drawable3dItem* item)
@@ -99,9 +99,10 @@ void Item3dDrawer::removeItem(Drawable3dItem* item)
 
 void Item3dDrawer::replaceItem(int index, Drawable3dItem* item)
 {
-    std::vector<Drawable3dItem*>& items = root()->m_items;
-    if (index >= 0 && static_cast<std::size_t>(index) < items.size())
-        items[static_cast<std::size_t>(index)] = item;
+    if (m_parent)
+        m_parent->replaceItem(index, item);
+    else if (index >= 0 && static_cast<std::size_t>(index) < m_items.size())
+        m_items[static_cast<std::size_t>(index)] = item;
 }
 
 void Item3dDrawer::addChildDrawer(Item3dDrawer* child)

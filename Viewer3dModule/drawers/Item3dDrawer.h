@@ -7,6 +7,7 @@
 #include <QtCore/QObject>
 #include <QtCore/QPointer>
 #include <QtGui/QColor>
+#include <QtGui/QOpenGLShaderProgram>
 #include <glm/glm.hpp>
 
 #include <functional>
@@ -20,7 +21,8 @@ class Drawable3dItem;
 /// A render strategy: draws all items of its registry, which it does not own, with one program.
 ///
 /// All operations that draw or set uniforms run on the thread of the scene's context with a context of the
-/// scene's share group current. None throws; without a current 4.3 core function table they do nothing.
+/// scene's share group current. None throws; without a current 4.3 core function table they keep
+/// their books (model matrices) and draw nothing.
 class VIEWER3DMODULE_EXPORT Item3dDrawer : public QObject
 {
 public:
@@ -101,7 +103,7 @@ protected:
     bool prepareProgram(const PaintContext& context);
 
 private:
-    Item3dDrawer* root();
+    const Item3dDrawer* root() const;
     void findLight(const PaintContext& context);
 
     Scene3d* m_scene;
@@ -121,5 +123,5 @@ private:
 
     bool m_lightModeChanged = false;
     ItemUniforms m_itemUniforms;
-    const QOpenGLShaderProgram* m_preparedProgram = nullptr;
+    QPointer<QOpenGLShaderProgram> m_preparedProgram;
 };

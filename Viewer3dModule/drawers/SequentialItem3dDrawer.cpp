@@ -1,11 +1,15 @@
 #include <Viewer3dModule/drawers/SequentialItem3dDrawer.h>
 
 #include <Viewer3dModule/drawables/Drawable3dItem.h>
+#include <Viewer3dModule/drawers/Item3dDrawerSaver.h>
+#include <Viewer3dModule/scene/CurrentContextGuard.h>
 #include <Viewer3dModule/scene/Scene3d.h>
 #include <Viewer3dModule/shaders/DrawMode.h>
 
 #include <QtCore/QVariant>
 #include <QtGui/QOpenGLShaderProgram>
+
+#include <optional>
 
 namespace {
 
@@ -33,7 +37,9 @@ private:
     GLint m_before = GL_LAST_VERTEX_CONVENTION;
 };
 
-// 0 where the bit set does not name exactly one kind.
+constexpr GLenum noFeedback = 0xFFFFFFFFu;
+
+// noFeedback where the bit set does not name exactly one kind.
 GLenum feedbackMode(int primitives)
 {
     switch (primitives) {
@@ -44,8 +50,40 @@ GLenum feedbackMode(int primitives)
     case PrimitiveBit::Triangles:
         return GL_TRIANGLES;
     default:
-        return 0xFFFFFFFFu;
+        return noFeedback;
     }
+}
+
+// Captures vertices instead of rasterising for as long as it lives.
+class FeedbackScope
+{
+public:
+    FeedbackScope(OpenGLFunctions& gl, GLenum mode)
+        : m_gl(gl)
+    {
+        m_gl.glEnable(GL_RASTERIZER_DISCARD);
+        if (mode != noFeedback) m_gl.glBeginTransformFeedback(mode);
+    }
+    // Ended even where nothing began: callers name exactly one kind of primitive, and OpenGL reports those
+    // who do not.
+    ~FeedbackScope()
+    {
+        m_gl.glEndTransformFeedback();
+        m_gl.glDisable(GL_RASTERIZER_DISCARD);
+    }
+    FeedbackScope(const FeedbackScope&) = delete;
+    FeedbackScope& operator=(const FeedbackScope&) = delete;
+
+private:
+    OpenGLFunctions& m_gl;
+};
+
+// The pass goes on in the caller's context, which building makes way for the scene's.
+QOpenGLShaderProgram* createGeometryProgram(Scene3d& scene)
+{
+    const CurrentContextGuard callers;
+    return scene.createProgram({QStringLiteral("shader:Viewer3dModule/dummy.vertex.glsl")}, {},
+                               {"gl_Position"});
 }
 
 } // namespace
@@ -87,9 +125,7 @@ bool SequentialItem3dDrawer::beginPass(PaintContext& context)
     if (!context.program) context.program = m_defaultProgram;
     context.drawer = this;
     if (context.drawMode == DrawMode::GeometryCapture) {
-        if (!m_geometryProgram && scene())
-            m_geometryProgram = scene()->createProgram(
-                {QStringLiteral("shader:Viewer3dModule/dummy.vertex.glsl")}, {}, {"gl_Position"});
+        if (!m_geometryProgram && scene()) m_geometryProgram = createGeometryProgram(*scene());
         context.program = m_geometryProgram;
     }
     if (!prepareProgram(context)) return false;
@@ -101,26 +137,17 @@ bool SequentialItem3dDrawer::beginPass(PaintContext& context)
 void SequentialItem3dDrawer::drawWithUniforms(Drawable3dItem* item, const PaintContext& context)
 {
     setItemParameters(item, context);
-    saveTransformState();
+    const Item3dDrawerSaver saver(asContextual(context));
     setTransform(context, item->getTransform(), true);
     drawItem(item, context);
-    restoreTransformState(context);
 }
 
 void SequentialItem3dDrawer::drawItem(Drawable3dItem* item, const PaintContext& context)
 {
     OpenGLFunctions* gl = currentGLFunctions();
     if (!gl) return;
-    if (context.drawMode != DrawMode::GeometryCapture) {
-        item->drawElement(context);
-        return;
-    }
-    gl->glEnable(GL_RASTERIZER_DISCARD);
-    const GLenum mode = feedbackMode(context.primitives);
-    if (mode != 0xFFFFFFFFu) gl->glBeginTransformFeedback(mode);
+    std::optional<FeedbackScope> feedback;
+    if (context.drawMode == DrawMode::GeometryCapture)
+        feedback.emplace(*gl, feedbackMode(context.primitives));
     item->drawElement(context);
-    // Ended even where nothing began: callers name exactly one kind of primitive, and OpenGL reports those
-    // who do not.
-    gl->glEndTransformFeedback();
-    gl->glDisable(GL_RASTERIZER_DISCARD);
 }

@@ -19,10 +19,9 @@ public:
     void draw(const PaintContext& context, Filter filter) override;
     std::unique_ptr<Item3dDrawer> clone() const override;
 
-    /// Draws one item of the registry as draw does, without walking the registry.
+    /// Draws one item of the registry as draw does, a hidden one not at all, without walking the registry.
     void drawOnly(Drawable3dItem* item, const PaintContext& context);
 
-protected:
     /// Draws an item for which everything is set; a subclass may draw it differently.
     virtual void drawItem(Drawable3dItem* item, const PaintContext& context);
 

@@ -6,6 +6,29 @@
 #include <framework/model/CModelElementManager.h>
 #include <framework/model/CProjectModel.h>
 
+namespace {
+
+// Ends the group also when a creator throws: a scene that stayed in a group would never be updated again.
+class GroupOperation
+{
+public:
+    GroupOperation(Scene3d& scene, const ksp::StagedProgress& progress)
+        : m_scene(scene)
+        , m_progress(progress)
+    {
+        m_scene.startGroupOperation();
+    }
+    ~GroupOperation() { m_scene.finishGroupOperation(m_progress); }
+    GroupOperation(const GroupOperation&) = delete;
+    GroupOperation& operator=(const GroupOperation&) = delete;
+
+private:
+    Scene3d& m_scene;
+    ksp::StagedProgress m_progress;
+};
+
+} // namespace
+
 CGraphics3dExtension::CGraphics3dExtension(Scene3d* scene, QObject* parent)
     : CModelElementMngrExtension(parent)
     , m_scene(scene)
@@ -40,14 +63,13 @@ void CGraphics3dExtension::afterAddItems(const std::vector<CModelElement*>& elem
 {
     if (!m_scene || !m_creator) return;
     m_scene->makeCurrent();
-    m_scene->startGroupOperation();
+    const GroupOperation group(*m_scene, context.progress);
     for (CModelElement* element : elements) {
-        Graphics3dItem* item = m_creator->create(element);
+        std::unique_ptr<Graphics3dItem> item(m_creator->create(element));
         if (!item) continue;
-        element->addObserver(item);
-        m_scene->addElement(item);
+        element->addObserver(item.get());
+        m_scene->addElement(item.release());
     }
-    m_scene->finishGroupOperation(context.progress);
 }
 
 void CGraphics3dExtension::afterRemoveItems(const std::vector<CModelElement*>& elements,

@@ -29,7 +29,10 @@ public:
     /// 0x36FF0500.
     int getType() const override;
 
+    /// Makes the scene's context current and adds an item for each element that the creator makes one for;
+    /// the item observes its element and belongs to the scene. One group operation, whatever their number.
     void afterAddItems(const std::vector<CModelElement*>& elements, ElementAddingContext& context) override;
+    /// Makes the scene's context current and removes the elements' items.
     void afterRemoveItems(const std::vector<CModelElement*>& elements,
                           ElementRemovingContext& context) override;
 

@@ -21,7 +21,8 @@ public:
     glm::vec3 getVertex(int index) override;
     bool isHighlighted() const override;
     /// By the number of node points: 0 everything but cloud points, 1 points, 2 edges and nodes, 3 and more
-    /// faces too.
+    /// faces too. Asked for every item of a glue-mask pass: a subclass with vertices overrides
+    /// getNodePointsCount, whose default makes them all.
     unsigned int getGlueMask() const override;
 
     /// Makes the item's geometry from its element, in doubles until after scene()->mapFromModel. Called with
@@ -53,9 +54,10 @@ public:
     glm::dvec3 getNodePoint(int index) const override;
     std::vector<glm::dvec3> getNodePoints() const override;
 
+    using Drawable3dItem::draw;
+
 protected:
     friend class Scene3d;
-    using Drawable3dItem::draw;
     void draw(const PaintContext& context) override;
 
 private:

@@ -7,11 +7,9 @@
 #include <Viewer3dModule/scene/CurrentContextGuard.h>
 #include <Viewer3dModule/shaders/DrawMode.h>
 #include <Viewer3dModule/shaders/ShaderProgramBuilder.h>
-#include <framework/model/CFilterElement.h>
+#include <framework/ksp/Log.h>
 
 #include <QtGui/QOpenGLShaderProgram>
-
-#include <algorithm>
 
 Scene3d::Scene3d(CProjectModel* model, QObject* parent)
     : QObject(parent)
@@ -29,10 +27,12 @@ Scene3d::Scene3d(CProjectModel* model, QObject* parent)
     }
     m_surface->create();
     m_context.create();
-    makeCurrent();
-    OpenGLFunctions* gl = getGLFunctions();
-    initializeGLCommon(gl);
-    if (gl) gl->glGenVertexArrays(1, &m_defaultVao);
+    if (!makeCurrent()) {
+        ksp::Log::error(QStringLiteral("The scene has no OpenGL context and draws nothing"));
+    } else if (OpenGLFunctions* gl = getGLFunctions()) {
+        initializeGLCommon(gl);
+        gl->glGenVertexArrays(1, &m_defaultVao);
+    }
     addDefaultDrawers();
 }
 
@@ -40,8 +40,8 @@ Scene3d::Scene3d(CProjectModel* model, QObject* parent)
 Scene3d::~Scene3d()
 {
     const CurrentContextGuard callers;
-    makeCurrent();
-    if (OpenGLFunctions* gl = getGLFunctions()) gl->glDeleteVertexArrays(1, &m_defaultVao);
+    OpenGLFunctions* gl = makeCurrent() ? getGLFunctions() : nullptr;
+    if (gl) gl->glDeleteVertexArrays(1, &m_defaultVao);
     clear();
     m_drawers.clear();
     m_localItems.clear();
@@ -124,7 +124,7 @@ void Scene3d::removeElement(LONGID id)
     m_boundsDirty = true;
     if (entry == m_items.end()) return;
     Graphics3dItem* item = entry->second;
-    m_pending.erase(item);
+    forgetUpdate(item);
     m_items.erase(entry);
     delete item;
     Q_EMIT elementRemoved(id);
@@ -139,10 +139,13 @@ InteractiveGraphicsItem* Scene3d::findGraphicsItem(LONGID id) const
 void Scene3d::clear()
 {
     makeCurrent();
+    std::unordered_map<LONGID, Graphics3dItem*> items;
+    items.swap(m_items);
     m_pending.clear();
-    for (const auto& entry : m_items)
+    for (const auto& entry : items) {
+        if (m_updateRun) forgetUpdate(entry.second);
         delete entry.second;
-    m_items.clear();
+    }
     m_boundsDirty = true;
 }
 
@@ -160,8 +163,7 @@ void Scene3d::addLocalItem(std::unique_ptr<Drawable3dItem> item)
 
 void Scene3d::deleteLocalItem(const Drawable3dItem* item)
 {
-    const auto entry = std::find_if(m_localItems.begin(), m_localItems.end(),
-                                    [item](const auto& local) { return local.get() == item; });
+    const auto entry = m_localItems.find(item);
     if (entry == m_localItems.end()) return;
     makeCurrent();
     m_localItems.erase(entry);

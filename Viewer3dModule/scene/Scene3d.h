@@ -4,8 +4,10 @@
 #include <Viewer3dModule/shaders/OpenGLFunctions.h>
 #include <framework/gmx/BoundingBox.h>
 #include <framework/graphics/InteractiveGraphicsScene.h>
+#include <framework/ksp/CGuardedObject.h>
 #include <framework/ksp/LONGID.h>
 #include <framework/ksp/StagedProgress.h>
+#include <framework/model/CFilterElement.h>
 
 #include <QtCore/QObject>
 #include <QtCore/QStringList>
@@ -23,7 +25,6 @@
 #include <unordered_set>
 #include <vector>
 
-class CFilterElement;
 class CProjectModel;
 class Drawable3dItem;
 class Graphics3dItem;
@@ -40,7 +41,12 @@ struct PaintContext;
 /// recentred itself.
 ///
 /// Everything runs on the thread that made the scene. The application object must share OpenGL contexts
-/// (Qt::AA_ShareOpenGLContexts) with a format that offers the 4.3 core profile.
+/// (Qt::AA_ShareOpenGLContexts) with a format that offers the 4.3 core profile, and the search path "shader"
+/// must lead to the root of Qt's resources (the plug-in's extendApplication sees to that); without either the
+/// scene keeps its books and draws nothing, with lines in the log.
+///
+/// Unless a comment says otherwise, operations on items, drawers and programs make the scene's context
+/// current and leave it so.
 class VIEWER3DMODULE_EXPORT Scene3d : public QObject, public InteractiveGraphicsScene
 {
     Q_OBJECT
@@ -59,6 +65,7 @@ public:
 
     /// Makes the scene's context current on its off-screen surface.
     bool makeCurrent();
+    /// Leaves no context current on this thread, if it was the scene's.
     void doneCurrent();
     QOpenGLContext& getContext() { return m_context; }
     /// The off-screen surface, owned by the scene.
@@ -71,6 +78,7 @@ public:
     /// Sets the fixed state that every context used for drawing must have: depth test (less or equal), depth
     /// range 0.001 to 1, program point size, blending by source alpha, polygon offset 1, 1.
     static void initializeGLCommon(OpenGLFunctions* functions);
+    /// The project model; may be null.
     CProjectModel* getModel() const { return m_model; }
 
     // --- drawers
@@ -107,11 +115,13 @@ public:
     /// Takes an item. An identifier that is there keeps its item and the new one is destroyed. Outside of
     /// group operations the item is updated at once; inside, at the end.
     void addElement(Graphics3dItem* item);
-    /// Destroys the element's item and emits elementRemoved.
+    /// Destroys the element's item and emits elementRemoved. An unknown identifier only marks the bounds
+    /// dirty.
     void removeElement(LONGID id);
     InteractiveGraphicsItem* findGraphicsItem(LONGID id) const override;
+    /// The items by their elements' identifiers, owned by the scene.
     const std::unordered_map<LONGID, Graphics3dItem*>& getItems() const { return m_items; }
-    /// Destroys all items of elements.
+    /// Destroys all items of elements, without a signal for each, and forgets their pending updates.
     void clear();
 
     /// Updates items, those that others depend on first; inside a group operation at its end. A queued
@@ -154,6 +164,7 @@ public:
     glm::dmat4 sceneToModelTransform() const;
     /// Replaces the transform, updates all items and emits updateView. A matrix whose first element is not a
     /// normal positive single-precision number is refused with a line in the log, and nothing changes.
+    /// Local items and cameras stay where they are: this is for hosts that choose the transform themselves.
     void setModelToSceneTransform(const glm::dmat4& matrix);
     /// x, y, z of modelToScene * (p, 1), with no division by w.
     glm::dvec3 mapFromModel(const glm::dvec3& point) const;
@@ -168,8 +179,9 @@ public:
     /// Recomputes the bounds from the visible items and corrects the transform.
     void resetBounds();
     void setBoundsDirty() { m_boundsDirty = true; }
-    /// resetBounds when the bounds are dirty. A view calls it before it computes its matrices, so that they
-    /// and the transform belong together. Leaves the caller's context current.
+    /// resetBounds when the bounds are dirty; nothing inside a group operation. A view calls it before it
+    /// computes its matrices, so that they and the transform belong together. Leaves the caller's context
+    /// current.
     void flushBounds();
     /// The box of the visible items that reach the plane z = 0 of the frame that planeTransform maps to,
     /// within the tolerance; null when none does.
@@ -190,15 +202,20 @@ public:
     bool isInGroupOperation() override { return m_groupDepth != 0; }
     SceneType getType() override { return Scene3dType; }
 
-    /// The filter that decides which elements are visible; not owned, may be null. Items are updated by the
-    /// caller.
+    /// The filter that decides which elements are visible; guarded, not owned, may be null. Items follow
+    /// at their next update, see updateGraphicsItems.
     void setVisibilityFilter(CFilterElement* filter) { m_visibilityFilter = filter; }
-    CFilterElement* getVisibilityFilter() const { return m_visibilityFilter; }
+    CFilterElement* getVisibilityFilter() const { return m_visibilityFilter.get(); }
 
 Q_SIGNALS:
+    /// Views should draw again.
     void updateView();
+    /// The item of the element is gone.
     void elementRemoved(LONGID item_id);
+    /// For items that load data in the background to say that it is there.
     void asyncDataLoaded();
+    /// The scene has recentred itself: additional_transform maps old scene coordinates to new ones. Cameras
+    /// move along.
     void modelToSceneTransformChanged(const glm::dmat4& additional_transform);
 
 public Q_SLOTS:
@@ -212,10 +229,22 @@ private:
     void correctTransform();
     void applyCorrection(const glm::dmat4& correction);
     void runUpdates(std::vector<Graphics3dItem*>& items);
+    /// The item is about to go: no update, running or pending, will touch it.
+    void forgetUpdate(Graphics3dItem* item);
     unsigned captureGeometry(Drawable3dItem* item, PaintContext& context, int primitive,
                              std::size_t vertexCount);
 
-    std::set<std::unique_ptr<Drawable3dItem>> m_localItems;
+    /// Ascending by address; finds an item by its plain pointer.
+    struct ByAddress
+    {
+        using is_transparent = void;
+        using Owned = std::unique_ptr<Drawable3dItem>;
+        bool operator()(const Owned& a, const Owned& b) const { return std::less<>()(a.get(), b.get()); }
+        bool operator()(const Owned& a, const Drawable3dItem* b) const { return std::less<>()(a.get(), b); }
+        bool operator()(const Drawable3dItem* a, const Owned& b) const { return std::less<>()(a, b.get()); }
+    };
+
+    std::set<std::unique_ptr<Drawable3dItem>, ByAddress> m_localItems;
     std::unordered_map<int, std::unique_ptr<Item3dDrawer>> m_localDrawers;
     CProjectModel* m_model;
     std::unordered_map<LONGID, Graphics3dItem*> m_items;
@@ -229,7 +258,10 @@ private:
     unsigned int m_defaultVao = 0;
     unsigned int m_groupDepth = 0;
     std::unordered_set<Graphics3dItem*> m_pending;
-    CFilterElement* m_visibilityFilter = nullptr;
+    ksp::GuardedPtr<CFilterElement> m_visibilityFilter;
+
+    struct UpdateRun;
+    UpdateRun* m_updateRun = nullptr;
 };
 
 Q_DECLARE_METATYPE(glm::dmat4)

@@ -6,7 +6,7 @@
 
 void Scene3d::addDrawer(int visibilityType, int drawerType, std::unique_ptr<Item3dDrawer> drawer)
 {
-    m_drawers.emplace(std::make_pair(visibilityType, drawerType), std::move(drawer));
+    if (drawer) m_drawers.emplace(std::make_pair(visibilityType, drawerType), std::move(drawer));
 }
 
 void Scene3d::addDrawer(int type, std::unique_ptr<Item3dDrawer> drawer)

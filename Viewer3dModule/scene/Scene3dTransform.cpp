@@ -87,9 +87,14 @@ void Scene3d::resetBounds()
 
 void Scene3d::flushBounds()
 {
-    if (!m_boundsDirty) return;
+    // Inside a group the boxes of items do not belong to the transform: their updates are yet to come.
+    if (!m_boundsDirty || isInGroupOperation()) return;
     const CurrentContextGuard callers;
     resetBounds();
+    // A correction updates the items, which makes the bounds dirty again. Once more, so that nobody finds
+    // them dirty between a view's matrices and its frame.
+    if (m_boundsDirty) resetBounds();
+    m_boundsDirty = false;
 }
 
 void Scene3d::correctTransform()

@@ -4,6 +4,36 @@
 #include <Viewer3dModule/scene/Scene3d.h>
 #include <framework/model/CModelElement.h>
 
+#include <algorithm>
+
+// The items of an update that is running; updates that an update causes nest.
+struct Scene3d::UpdateRun
+{
+    UpdateRun(UpdateRun*& current, std::vector<Graphics3dItem*>& updated)
+        : items(updated)
+        , outer(current)
+        , m_current(current)
+    {
+        m_current = this;
+    }
+    ~UpdateRun() { m_current = outer; }
+    UpdateRun(const UpdateRun&) = delete;
+    UpdateRun& operator=(const UpdateRun&) = delete;
+
+    std::vector<Graphics3dItem*>& items;
+    UpdateRun* outer;
+
+private:
+    UpdateRun*& m_current;
+};
+
+void Scene3d::forgetUpdate(Graphics3dItem* item)
+{
+    m_pending.erase(item);
+    for (UpdateRun* run = m_updateRun; run; run = run->outer)
+        std::replace(run->items.begin(), run->items.end(), item, static_cast<Graphics3dItem*>(nullptr));
+}
+
 void Scene3d::updateGraphicsItems(std::vector<Graphics3dItem*>& items)
 {
     if (items.empty()) return;
@@ -25,15 +55,18 @@ void Scene3d::updateGraphicsItems()
 
 void Scene3d::runUpdates(std::vector<Graphics3dItem*>& items)
 {
+    items.erase(std::remove(items.begin(), items.end(), nullptr), items.end());
     sortItemsByUpdateOrder(items);
     makeCurrent();
-    for (Graphics3dItem* item : items) {
-        item->updateVisibility();
-        item->updateDataImpl();
-        item->updateDrawer();
+    const UpdateRun run(m_updateRun, items);
+    // By index: what an update removes from the scene reads null from then on.
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        if (items[i]) items[i]->updateVisibility();
+        if (items[i]) items[i]->updateDataImpl();
+        if (items[i]) items[i]->updateDrawer();
     }
-    for (Graphics3dItem* item : items)
-        item->updateDataFinished();
+    for (std::size_t i = 0; i < items.size(); ++i)
+        if (items[i]) items[i]->updateDataFinished();
     m_boundsDirty = true;
     QMetaObject::invokeMethod(this, "sceneChanged", Qt::QueuedConnection);
 }
@@ -81,18 +114,24 @@ public:
 private:
     struct Step
     {
+        explicit Step(Graphics3dItem* stepItem)
+            : item(stepItem)
+        {
+            if (const CModelElement* element = item->getModelElement()) subjects = element->getSubjects();
+        }
         Graphics3dItem* item;
-        std::size_t nextSubject;
+        std::vector<ISubject*> subjects;
+        std::size_t nextSubject = 0;
     };
 
     void visit(Graphics3dItem* first)
     {
         if (!m_visited.insert(first).second) return;
-        m_stack.push_back({first, 0});
+        m_stack.emplace_back(first);
         while (!m_stack.empty()) {
             Graphics3dItem* dependency = nextDependency(m_stack.back());
             if (dependency) {
-                m_stack.push_back({dependency, 0});
+                m_stack.emplace_back(dependency);
             } else {
                 m_result.push_back(m_stack.back().item);
                 m_stack.pop_back();
@@ -102,11 +141,9 @@ private:
 
     Graphics3dItem* nextDependency(Step& step)
     {
-        const CModelElement* element = step.item->getModelElement();
-        if (!element) return nullptr;
-        const std::vector<ISubject*>& subjects = element->getSubjects();
-        while (step.nextSubject < subjects.size()) {
-            const auto found = m_byElement.find(dynamic_cast<CModelElement*>(subjects[step.nextSubject++]));
+        while (step.nextSubject < step.subjects.size()) {
+            const auto* subject = dynamic_cast<const CModelElement*>(step.subjects[step.nextSubject++]);
+            const auto found = m_byElement.find(subject);
             if (found != m_byElement.end() && m_visited.insert(found->second).second) return found->second;
         }
         return nullptr;

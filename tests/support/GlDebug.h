@@ -8,8 +8,9 @@
 class QOpenGLContext;
 
 /// Collects the debug messages of one context that count as mistakes: of high or medium severity, performance
-/// hints excepted. The context must be current when it is made and destroyed; messages from before are
-/// collected too. What nobody took by then, and a pending glGetError, fails the running test.
+/// hints excepted. The context must be current when it is made; messages from before are collected too. What
+/// nobody took until it is destroyed fails the running test, and so does a pending glGetError if a context is
+/// current then. The context may be destroyed first; what it reports on its way out counts.
 class GlDebug
 {
 public:

@@ -24,9 +24,12 @@ void SceneTest::SetUp()
 void SceneTest::TearDown()
 {
     if (!debug) return;
-    scene->makeCurrent();
+    if (scene) {
+        scene->makeCurrent();
+        EXPECT_EQ(gl->glGetError(), 0u) << "pending OpenGL error";
+    }
+    scene.reset(); // listened to as well
     debug.reset();
-    scene.reset();
     project.reset();
 }
 

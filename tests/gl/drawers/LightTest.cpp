@@ -99,20 +99,6 @@ TEST_F(LightTest, EachViewHasItsOwn)
     EXPECT_EQ(lightMode(), 1);
 }
 
-// Switches the light off for itself, as items without surfaces do.
-class UnlitItem : public VertexItem
-{
-public:
-    using VertexItem::VertexItem;
-
-protected:
-    void draw(const PaintContext& context) override
-    {
-        context.drawer->setShaderLightMode(false);
-        VertexItem::draw(context);
-    }
-};
-
 class ModeReader : public VertexItem
 {
 public:
@@ -127,6 +113,20 @@ protected:
     }
 };
 
+// Switches the light off for itself, as items without surfaces do.
+class UnlitItem : public ModeReader
+{
+public:
+    using ModeReader::ModeReader;
+
+protected:
+    void draw(const PaintContext& context) override
+    {
+        context.drawer->setShaderLightMode(false);
+        ModeReader::draw(context);
+    }
+};
+
 TEST_F(LightTest, AnItemThatSwitchesTheLightOffDoesSoForItselfOnly)
 {
     for (const bool withSettings : {false, true}) {
@@ -136,6 +136,7 @@ TEST_F(LightTest, AnItemThatSwitchesTheLightOffDoesSoForItselfOnly)
         unlit.setDrawer(&mesh());
         next.setDrawer(&mesh());
         mesh().draw(paintContext(4, 4), {});
+        EXPECT_EQ(unlit.mode, 0);
         EXPECT_EQ(next.mode, 1);
     }
 }

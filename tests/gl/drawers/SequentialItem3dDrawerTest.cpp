@@ -79,6 +79,87 @@ TEST_F(SequentialItem3dDrawerTest, HiddenAndFilteredItemsAreNotDrawn)
     EXPECT_EQ(drawn->draws, 1);
 }
 
+TEST_F(SequentialItem3dDrawerTest, HiddenAndFilteredItemsGetNoUniforms)
+{
+    const auto drawn = item(GL_POINTS, {glm::vec3(0)});
+    const auto hidden = item(GL_POINTS, {glm::vec3(0)});
+    const auto filtered = item(GL_POINTS, {glm::vec3(0)});
+    hidden->setVisible(false);
+    hidden->highlighted = true;
+    filtered->highlighted = true;
+    mono().draw(paintContext(4, 4), [&](Drawable3dItem* other) { return other != filtered.get(); });
+    EXPECT_EQ(uniform<int>(mono().getDefaultProgram(), "item_flags"), -1);
+}
+
+TEST_F(SequentialItem3dDrawerTest, AnElementsItemIsKnownByItsIdentifierLowWordFirst)
+{
+    class Numbered : public TestGraphicsItem
+    {
+    public:
+        using TestGraphicsItem::TestGraphicsItem;
+        LONGID getId() const override { return 0x0123456789ABCDEF; }
+    };
+    TestElement element;
+    auto* numbered = new Numbered(&element);
+    scene->addElement(numbered);
+    PaintContext context = paintContext(4, 4);
+    context.drawMode = 1;
+    numbered->getDrawer()->draw(context, {});
+    EXPECT_EQ(uniform<glm::uvec2>(mono().getDefaultProgram(), "item_id"), glm::uvec2(0x89ABCDEF, 0x01234567));
+}
+
+TEST_F(SequentialItem3dDrawerTest, TheGlueMaskGoesToGlueMaskPassesOnly)
+{
+    const char* vertex =
+        "#version 430 core\nuniform uint glue_mask = 7u; uniform mat4 viewport;"
+        "uniform mat4 viewport_inverted;"
+        "void main() { gl_Position = viewport * viewport_inverted * vec4(float(glue_mask)); }";
+    const char* fragment = "#version 430 core\nout vec4 color; void main() { color = vec4(1); }";
+    QOpenGLShaderProgram program;
+    program.addShaderFromSourceCode(QOpenGLShader::Vertex, vertex);
+    program.addShaderFromSourceCode(QOpenGLShader::Fragment, fragment);
+    ASSERT_TRUE(program.link());
+    const auto own = item(GL_POINTS, {glm::vec3(0)});
+    own->glueMask = 0xF0000001u;
+    PaintContext context = paintContext(40, 20);
+    context.program = &program;
+    mono().draw(context, {});
+    EXPECT_EQ(uniform<unsigned>(&program, "glue_mask"), 7u);
+    context.drawMode = 2;
+    mono().draw(context, {});
+    EXPECT_EQ(uniform<unsigned>(&program, "glue_mask"), 0xF0000001u);
+    // The viewport matrix and its inverse reach every program that has them.
+    const auto viewport = uniform<glm::mat4>(&program, "viewport");
+    EXPECT_EQ(viewport * glm::vec4(1, -1, 0, 1), glm::vec4(40, 20, 0, 1));
+    const glm::vec4 corner = uniform<glm::mat4>(&program, "viewport_inverted") * glm::vec4(40, 20, 0, 1);
+    EXPECT_NEAR(corner.x, 1.0f, 1e-6f);
+    EXPECT_NEAR(corner.y, -1.0f, 1e-6f);
+}
+
+TEST_F(SequentialItem3dDrawerTest, DashesPutTheProvokingVertexBack)
+{
+    auto& dashed = dynamic_cast<SequentialItem3dDrawer&>(*scene->getDefaultDrawer(DrawerType::DashedLines));
+    class ConventionReader : public VertexItem
+    {
+    public:
+        using VertexItem::VertexItem;
+        GLint convention = 0;
+
+    protected:
+        void draw(const PaintContext&) override
+        {
+            getGLFunctions()->glGetIntegerv(GL_PROVOKING_VERTEX, &convention);
+        }
+    };
+    ConventionReader own(GL_LINES, {glm::vec3(0), glm::vec3(1)});
+    own.setDrawer(&dashed);
+    dashed.draw(paintContext(4, 4), {});
+    EXPECT_EQ(own.convention, GL_FIRST_VERTEX_CONVENTION);
+    GLint after = 0;
+    gl->glGetIntegerv(GL_PROVOKING_VERTEX, &after);
+    EXPECT_EQ(after, GL_LAST_VERTEX_CONVENTION);
+}
+
 TEST_F(SequentialItem3dDrawerTest, ItemsReceiveTheDrawerAndItsProgram)
 {
     const auto own = item(GL_POINTS, {glm::vec3(0)});
@@ -250,6 +331,43 @@ TEST_F(SequentialItem3dDrawerTest, WhatAnItemReportsButDoesNotDrawReadsAsZeros)
     const auto tuple = scene->generateItemGeometry(&own);
     EXPECT_EQ(readBuffer(*gl, std::get<0>(tuple), 4),
               (std::vector<glm::vec4>{glm::vec4(7, 8, 9, 1), glm::vec4(0), glm::vec4(0), glm::vec4(0)}));
+}
+
+TEST_F(SequentialItem3dDrawerTest, AHiddenItemCapturesZeros)
+{
+    const auto own = item(GL_POINTS, {glm::vec3(7, 8, 9)});
+    own->setVisible(false);
+    const auto tuple = scene->generateItemGeometry(own.get());
+    EXPECT_EQ(readBuffer(*gl, std::get<0>(tuple), 1), (std::vector<glm::vec4>{glm::vec4(0)}));
+    EXPECT_EQ(own->draws, 0);
+}
+
+TEST_F(SequentialItem3dDrawerTest, AnItemOfACompositeIsCapturedThroughItsStages)
+{
+    CompositeDrawer composite(scene.get());
+    composite.addStage(1, DrawerType::Mono);
+    VertexItem own(GL_POINTS, {glm::vec3(7, 8, 9)});
+    VertexItem other(GL_POINTS, {glm::vec3(0)});
+    own.setDrawer(&composite);
+    other.setDrawer(&composite);
+    const auto tuple = scene->generateItemGeometry(&own);
+    EXPECT_EQ(readBuffer(*gl, std::get<0>(tuple), 1), (std::vector<glm::vec4>{glm::vec4(7, 8, 9, 1)}));
+    EXPECT_EQ(other.draws, 0);
+}
+
+TEST_F(SequentialItem3dDrawerTest, TheCaptureProgramIsBuiltOnce)
+{
+    const auto programs = [&] { return scene->findChildren<QOpenGLShaderProgram*>().size(); };
+    const auto own = item(GL_POINTS, {glm::vec3(0)});
+    const auto capture = [&] {
+        const unsigned buffer = std::get<0>(scene->generateItemGeometry(own.get()));
+        gl->glDeleteBuffers(1, &buffer);
+    };
+    const auto before = programs();
+    capture();
+    EXPECT_EQ(programs(), before + 1);
+    capture();
+    EXPECT_EQ(programs(), before + 1);
 }
 
 TEST_F(SequentialItem3dDrawerTest, BuffersThatAnItemMakesAreTakenAtItsWord)

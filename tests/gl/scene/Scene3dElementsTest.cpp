@@ -10,6 +10,7 @@
 #include <framework/model/CProjectModel.h>
 
 #include <QtCore/QCoreApplication>
+#include <QtCore/QElapsedTimer>
 #include <QtTest/QSignalSpy>
 
 namespace {
@@ -202,9 +203,144 @@ TEST_F(Scene3dElementsTest, ItemsAreUpdatedAfterThoseTheyDependOn)
     scene->sortItemsByUpdateOrder(items);
     EXPECT_EQ(items, (std::vector<Graphics3dItem*>{item(c), item(a)}));
     c->addObserver(a); // a cycle
+    // From b: its subject a, whose subject c, whose subject b is being visited: c, a, b.
     items = {item(b), item(c), item(a)};
     scene->sortItemsByUpdateOrder(items);
-    EXPECT_EQ(items.size(), 3u);
+    EXPECT_EQ(items, (std::vector<Graphics3dItem*>{item(c), item(a), item(b)}));
+}
+
+TEST_F(Scene3dElementsTest, AGroupUpdatesInOrderOfDependence)
+{
+    std::vector<TestElement*> chain;
+    for (int i = 0; i < 20; ++i)
+        chain.push_back(add());
+    // Every element depends on the one added after it.
+    for (std::size_t i = 0; i + 1 < chain.size(); ++i)
+        chain[i + 1]->addObserver(chain[i]);
+    scene->startGroupOperation();
+    std::vector<Graphics3dItem*> items;
+    for (TestElement* element : chain)
+        items.push_back(item(element));
+    scene->updateGraphicsItems(items);
+    TestGraphicsItem::order.clear();
+    scene->finishGroupOperation(ksp::StagedProgress::dummy());
+    std::vector<TestGraphicsItem*> expected;
+    for (auto element = chain.rbegin(); element != chain.rend(); ++element)
+        expected.push_back(item(*element));
+    EXPECT_EQ(TestGraphicsItem::order, expected);
+}
+
+TEST_F(Scene3dElementsTest, SortingIsLinearInTheNumberOfSubjects)
+{
+    TestElement* dependent = add();
+    std::vector<std::unique_ptr<CModelElement>> elements;
+    for (int i = 0; i < 20000; ++i)
+        elements.push_back(std::make_unique<TestElement>());
+    for (CModelElement* subject : model->getItemManager(TestElement::Type)->addItems(std::move(elements)))
+        subject->addObserver(dependent);
+    std::vector<Graphics3dItem*> items = {item(dependent)};
+    for (const auto& entry : scene->getItems())
+        if (entry.second != items.front()) items.push_back(entry.second);
+    QElapsedTimer timer;
+    timer.start();
+    scene->sortItemsByUpdateOrder(items);
+    EXPECT_LT(timer.elapsed(), 1000) << "milliseconds; a quadratic walk takes several seconds";
+    EXPECT_EQ(items.back(), item(dependent));
+    EXPECT_EQ(items.size(), 20001u);
+}
+
+TEST_F(Scene3dElementsTest, AnUpdateMayRemoveItemsThatAreYetToBeUpdated)
+{
+    class Remover : public TestGraphicsItem
+    {
+    public:
+        using TestGraphicsItem::TestGraphicsItem;
+        std::function<void()> onUpdate;
+        void updateDataImpl() override
+        {
+            TestGraphicsItem::updateDataImpl();
+            if (onUpdate) onUpdate();
+        }
+    };
+    TestElement loose(1234);
+    auto* remover = new Remover(&loose);
+    scene->addElement(remover);
+    std::vector<Graphics3dItem*> items = {remover, nullptr};
+    for (int i = 0; i < 5; ++i)
+        items.push_back(item(add()));
+    remover->onUpdate = [this] { model->getItemManager(TestElement::Type)->removeAll(); };
+    TestGraphicsItem::order.clear();
+    scene->updateGraphicsItems(items);
+    EXPECT_EQ(TestGraphicsItem::order, (std::vector<TestGraphicsItem*>{remover}));
+    EXPECT_EQ(TestGraphicsItem::alive, 1);
+    remover->onUpdate = {};
+}
+
+TEST_F(Scene3dElementsTest, ACreatorThatThrowsLeavesNoGroupOpen)
+{
+    class Throwing : public Graphics3dItemCreator
+    {
+    public:
+        Graphics3dItem* create(CModelElement*) override { throw std::runtime_error("no item"); }
+    };
+    CGraphics3dExtension extension(scene.get(), nullptr);
+    extension.setCreator(std::make_unique<Throwing>());
+    TestElement element;
+    ElementAddingContext adding;
+    EXPECT_THROW(extension.afterAddItems({&element}, adding), std::runtime_error);
+    EXPECT_FALSE(scene->isInGroupOperation());
+}
+
+TEST_F(Scene3dElementsTest, ElementsThatAreThereAppearWhenTheirTypeIsRegistered)
+{
+    model->getCreateItemManager(99)->addItem(std::make_unique<TestElement>(99));
+    EXPECT_TRUE(scene->getItems().empty());
+    CGraphics3dExtension::registerElementType<TestElement, TestGraphicsItem>(99, scene.get());
+    EXPECT_EQ(scene->getItems().size(), 1u);
+}
+
+TEST_F(Scene3dElementsTest, AFilterThatIsGoneFiltersNothing)
+{
+    TestElement* element = add();
+    auto filter = std::make_unique<CFilterElement>();
+    filter->setElementAccepted(element->getId(), false);
+    scene->setVisibilityFilter(filter.get());
+    filter.reset();
+    EXPECT_EQ(scene->getVisibilityFilter(), nullptr);
+    element->notifyObservers();
+    EXPECT_TRUE(item(element)->isVisible());
+}
+
+TEST_F(Scene3dElementsTest, DrawingInsideAGroupCorrectsNothingTwice)
+{
+    QSignalSpy changed(scene.get(), &Scene3d::modelToSceneTransformChanged);
+    scene->startGroupOperation();
+    TestElement* element = add();
+    element->box = gmx::BoundingBox(glm::dvec3(5e6), glm::dvec3(5e6 + 100));
+    for (int frame = 0; frame < 4; ++frame)
+        drawFrame(paintContext(4, 4));
+    EXPECT_EQ(changed.count(), 0);
+    EXPECT_EQ(scene->modelToSceneTransform(), glm::dmat4(1.0));
+    scene->finishGroupOperation(ksp::StagedProgress::dummy());
+    drawFrame(paintContext(4, 4));
+    EXPECT_EQ(changed.count(), 1);
+    EXPECT_NEAR(scene->getMax().x, 500.0, 1e-6);
+}
+
+TEST_F(Scene3dElementsTest, AfterAFlushAFrameChangesNoTransform)
+{
+    TestElement* element = add();
+    element->box = gmx::BoundingBox(glm::dvec3(5e6), glm::dvec3(5e6 + 100));
+    scene->setBoundsDirty();
+    scene->flushBounds();
+    QSignalSpy changed(scene.get(), &Scene3d::modelToSceneTransformChanged);
+    const glm::dmat4 before = scene->modelToSceneTransform();
+    const int updates = item(element)->updates;
+    drawFrame(paintContext(4, 4));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(changed.count(), 0);
+    EXPECT_EQ(scene->modelToSceneTransform(), before);
+    EXPECT_EQ(item(element)->updates, updates);
 }
 
 TEST_F(Scene3dElementsTest, AChangeReachesTheItemsOfAllDependentElements)
@@ -320,7 +456,6 @@ TEST_F(Scene3dElementsTest, AnExtensionOutlivesItsScene)
     QObject owner;
     auto* extension = new CGraphics3dExtension(scene.get(), &owner);
     extension->setCreator(std::make_unique<Creator>());
-    debug.reset();
     scene.reset();
     EXPECT_EQ(extension->getScene(), nullptr);
     EXPECT_EQ(extension->getModel(), nullptr);

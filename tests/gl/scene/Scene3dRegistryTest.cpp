@@ -64,6 +64,13 @@ TEST_F(Scene3dRegistryTest, AKeyThatIsThereKeepsItsDrawer)
     EXPECT_EQ(scene->getDrawer(1, 2), first);
 }
 
+TEST_F(Scene3dRegistryTest, ANullDrawerIsIgnored)
+{
+    scene->addDrawer(1, 2, nullptr);
+    EXPECT_FALSE(scene->isHasDrawer(1, 2));
+    EXPECT_NE(scene->getDrawer(1, 2), nullptr);
+}
+
 TEST_F(Scene3dRegistryTest, AddingByTypeClonesTheDefaultDrawer)
 {
     TestDrawer* own = addTestDrawer(9, 9);
@@ -187,6 +194,11 @@ TEST_F(Scene3dRegistryTest, DeletingLocalItemsIgnoresWhatItDoesNotKnow)
 
 TEST_F(Scene3dRegistryTest, DrawingKeepsTheCallersContextCurrent)
 {
+    TestElement element; // its item makes the frame correct the transform, which updates items
+    auto* item = new TestGraphicsItem(&element);
+    scene->addElement(item);
+    element.box = gmx::BoundingBox(glm::dvec3(5e5), glm::dvec3(5e5 + 10));
+    const int updatesBefore = item->updates;
     QOffscreenSurface surface;
     surface.setFormat(scene->getContext().format());
     surface.create();
@@ -196,9 +208,6 @@ TEST_F(Scene3dRegistryTest, DrawingKeepsTheCallersContextCurrent)
     ASSERT_TRUE(other.create());
     ASSERT_TRUE(other.makeCurrent(&surface));
 
-    TestElement element;
-    element.box = gmx::BoundingBox(glm::dvec3(5e5), glm::dvec3(5e5 + 10));
-    TestGraphicsItem item(&element); // an item whose update the correction of the transform will cause
     class Probe : public TestDrawer
     {
     public:
@@ -210,8 +219,27 @@ TEST_F(Scene3dRegistryTest, DrawingKeepsTheCallersContextCurrent)
     scene->addDrawer(1, 1, std::move(probe));
     scene->setBoundsDirty();
     scene->drawElements(paintContext(4, 4), nullptr, {});
+    EXPECT_GT(item->updates, updatesBefore);
     EXPECT_EQ(raw->current, &other);
     EXPECT_EQ(QOpenGLContext::currentContext(), &other);
+
+    // Building the capture program makes the scene's context current for a while.
+    unsigned int otherVao = 0;
+    scene->getGLFunctions()->glGenVertexArrays(1, &otherVao);
+    PaintContext capture = paintContext(4, 4);
+    capture.vertexArray = otherVao;
+    capture.drawMode = 4;
+    capture.primitives = 1;
+    TestItem captured;
+    captured.setDrawer(scene->getDefaultDrawer(DrawerType::Mono));
+    unsigned int buffer = 0;
+    scene->getGLFunctions()->glGenBuffers(1, &buffer);
+    scene->getGLFunctions()->glBindBufferBase(GL_TRANSFORM_FEEDBACK_BUFFER, 0, buffer);
+    scene->drawElements(capture, nullptr, {});
+    EXPECT_EQ(captured.draws, 1);
+    EXPECT_EQ(QOpenGLContext::currentContext(), &other);
+    scene->getGLFunctions()->glDeleteBuffers(1, &buffer);
+    scene->getGLFunctions()->glDeleteVertexArrays(1, &otherVao);
     scene->makeCurrent();
 }
 
@@ -252,7 +280,9 @@ TEST_F(Scene3dRegistryTest, CommonStateLeavesTheForegroundItsDepths)
     gl->glGetFloatv(GL_POLYGON_OFFSET_UNITS, &offset[1]);
     EXPECT_EQ(offset[0], 1.0f);
     EXPECT_EQ(offset[1], 1.0f);
-    EXPECT_TRUE(gl->glIsVertexArray(scene->getDefaultVao()) || scene->getDefaultVao() != 0);
+    gl->glBindVertexArray(scene->getDefaultVao()); // a name becomes an object when it is first bound
+    EXPECT_TRUE(gl->glIsVertexArray(scene->getDefaultVao()));
+    gl->glBindVertexArray(0);
     EXPECT_EQ(scene->getSurface()->surfaceType(), QSurface::OpenGLSurface);
     EXPECT_EQ(scene->getContext().shareContext(), QOpenGLContext::globalShareContext());
 }

@@ -186,7 +186,9 @@ TEST(ContextualItem3dDrawer, ForwardsToTheDrawerOfTheContext)
         EXPECT_EQ(contextual.getTransform(), glm::translate(glm::dmat4(1.0), glm::dvec3(1, 2, 3)));
         contextual.setTransform(glm::mat4(1.0f), false);
         contextual.scale(glm::vec3(2.0f));
-        contextual.rotate(0.5f, glm::vec3(0, 1, 0));
+        EXPECT_EQ(contextual.getTransform() * glm::dvec4(1, 0, 0, 1), glm::dvec4(2, 0, 0, 1));
+        contextual.rotate(glm::half_pi<float>(), glm::vec3(0, 0, 1));
+        EXPECT_NEAR((contextual.getTransform() * glm::dvec4(1, 0, 0, 1)).y, 2.0, 1e-6);
     }
     EXPECT_EQ(drawer.getTransform(), glm::mat4(1.0f));
     EXPECT_EQ(drawer.asContextual(context).operator->(), &drawer);
