@@ -24,6 +24,5 @@ public:
 
 private:
     const Drawable3dItem& m_owner;
-    float m_size;
     MeshNode3d m_node;
 };

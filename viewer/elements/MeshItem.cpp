@@ -1,16 +1,10 @@
 #include <viewer/elements/MeshItem.h>
 
 #include <Viewer3dModule/drawers/DrawerType.h>
-#include <Viewer3dModule/drawers/Item3dDrawer.h>
+#include <Viewer3dModule/drawers/PaintContext.h>
 #include <Viewer3dModule/scene/Scene3d.h>
 
 #include <glm/gtc/matrix_transform.hpp>
-
-namespace {
-
-constexpr float pointSize = 3.0f; // pixels
-
-} // namespace
 
 MeshItem::MeshItem(MeshElement* element)
     : Graphics3dItem(element)
@@ -52,6 +46,5 @@ gmx::BoundingBox MeshItem::sceneBoundingBox() const
 void MeshItem::draw(const PaintContext& context)
 {
     if (!m_node || !context.drawer) return;
-    context.drawer->setPenWidth(pointSize);
     m_node->draw(context, 1);
 }

@@ -1,0 +1,258 @@
+#include <viewer/cli/CommandLine.h>
+#include <viewer/cli/CommandParser.h>
+#include <viewer/cli/UsageError.h>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+RenderOptions parseRender(const QStringList& arguments)
+{
+    return std::get<RenderOptions>(
+        parseCommandLine(QStringList{"render", "a.obj", "-o", "a.png"} + arguments));
+}
+
+/// What the wrong arguments are answered with; empty when they are not refused.
+QString refusal(const QStringList& arguments)
+{
+    try {
+        parseCommandLine(arguments);
+    } catch (const UsageError& error) {
+        return error.text();
+    }
+    return {};
+}
+
+QString renderRefusal(const QStringList& arguments)
+{
+    return refusal(QStringList{"render", "a.obj", "-o", "a.png"} + arguments);
+}
+
+} // namespace
+
+TEST(CommandLine, NoArgumentsOpenAnEmptyWindow)
+{
+    EXPECT_TRUE(std::get<WindowOptions>(parseCommandLine({})).files.isEmpty());
+}
+
+TEST(CommandLine, FilesOpenInAWindow)
+{
+    const Command command = parseCommandLine({"one.obj", "folder/two.ply"});
+    EXPECT_EQ(std::get<WindowOptions>(command).files, QStringList({"one.obj", "folder/two.ply"}));
+}
+
+TEST(CommandLine, RenderHasItsDefaults)
+{
+    const RenderOptions options = parseRender({});
+    EXPECT_EQ(options.files, QStringList("a.obj"));
+    EXPECT_EQ(options.output, "a.png");
+    EXPECT_EQ(options.size, QSize(1280, 720));
+    EXPECT_EQ(options.camera.view, StandardView::Iso);
+    EXPECT_EQ(options.camera.projection, IProjection::Central);
+    EXPECT_FALSE(options.camera.position);
+    EXPECT_FALSE(options.background.isValid());
+}
+
+TEST(CommandLine, RenderTakesAllItsOptions)
+{
+    const RenderOptions options = parseRender(
+        {"b.ply", "--size", "640x480", "--view=left", "--projection", "parallel", "--background", "#102030"});
+    EXPECT_EQ(options.files, QStringList({"a.obj", "b.ply"}));
+    EXPECT_EQ(options.size, QSize(640, 480));
+    EXPECT_EQ(options.camera.view, StandardView::Left);
+    EXPECT_EQ(options.camera.projection, IProjection::Parallel);
+    EXPECT_EQ(options.background, QColor(0x10, 0x20, 0x30));
+}
+
+TEST(CommandLine, EyeTakesNegativeAndLargeNumbersExactly)
+{
+    const RenderOptions options =
+        parseRender({"--eye", "-2700000.001,1200000.0005,-4e2", "--target", "0,0,0", "--up", "0,1,0"});
+    ASSERT_TRUE(options.camera.position);
+    EXPECT_EQ(options.camera.position->eye, glm::dvec3(-2700000.001, 1200000.0005, -400.0));
+    EXPECT_EQ(options.camera.position->target, glm::dvec3(0.0));
+    EXPECT_EQ(options.camera.position->up, glm::dvec3(0.0, 1.0, 0.0));
+}
+
+TEST(CommandLine, EveryStandardViewHasItsName)
+{
+    const QStringList names = {"iso", "top", "bottom", "front", "back", "left", "right"};
+    for (int i = 0; i < names.size(); ++i)
+        EXPECT_EQ(parseRender({"--view", names[i]}).camera.view, static_cast<StandardView>(i));
+}
+
+TEST(CommandLine, WrongViewNamesTheRightOnes)
+{
+    EXPECT_EQ(renderRefusal({"--view", "north"}),
+              "--view north: one of iso, top, bottom, front, back, left, right is wanted");
+}
+
+TEST(CommandLine, WrongProjectionNamesTheRightOnes)
+{
+    EXPECT_EQ(renderRefusal({"--projection", "fisheye"}),
+              "--projection fisheye: one of central, parallel is wanted");
+}
+
+TEST(CommandLine, UnknownOptionNamesTheNearest)
+{
+    EXPECT_EQ(renderRefusal({"--siez", "1x1"}), "unknown option --siez; did you mean --size?");
+    EXPECT_EQ(renderRefusal({"--back", "red"}), "unknown option --back; did you mean --background?");
+}
+
+TEST(CommandLine, UnknownOptionWithoutANearOneTellsTheUsage)
+{
+    EXPECT_EQ(renderRefusal({"--zzzzzzzzzz"}),
+              "unknown option --zzzzzzzzzz; usage: viewer3d render FILES... -o OUT.png [OPTIONS]");
+}
+
+TEST(CommandLine, OptionsThatAreNotThereYetAreUnknown)
+{
+    for (const char* option : {"--edl", "--fence", "--labels", "--gsd", "--cameras"})
+        EXPECT_TRUE(renderRefusal({option, "x"}).startsWith(QString("unknown option ") + option)) << option;
+}
+
+TEST(CommandLine, CommandsThatAreNotThereYetAreUnknown)
+{
+    for (const char* command : {"depth", "select", "export"})
+        EXPECT_TRUE(refusal({command, "a.obj"}).contains("is neither a command nor a file")) << command;
+}
+
+TEST(CommandLine, MistypedCommandNamesTheNearest)
+{
+    EXPECT_EQ(refusal({"redner", "a.obj"}), "redner is neither a command nor a file; did you mean render?");
+}
+
+TEST(CommandLine, MissingValueIsRefused)
+{
+    EXPECT_TRUE(renderRefusal({"--size"}).contains("--size"));
+}
+
+TEST(CommandLine, OptionGivenTwiceIsRefused)
+{
+    EXPECT_EQ(renderRefusal({"--view", "top", "--view", "left"}), "--view is given 2 times; give it once");
+}
+
+TEST(CommandLine, RenderNeedsFilesAndOutput)
+{
+    EXPECT_TRUE(refusal({"render", "-o", "a.png"}).contains("no files"));
+    EXPECT_TRUE(refusal({"render", "a.obj"}).contains("no output"));
+}
+
+TEST(CommandLine, OutputMustBePng)
+{
+    EXPECT_EQ(refusal({"render", "a.obj", "-o", "a.jpg"}),
+              "-o a.jpg: render writes PNG; the name must end in .png");
+}
+
+class WrongSize : public ::testing::TestWithParam<const char*>
+{
+};
+
+TEST_P(WrongSize, IsRefusedWithTheReason)
+{
+    const QString text = renderRefusal({"--size", GetParam()});
+    EXPECT_TRUE(text.startsWith(QString("--size %1: ").arg(GetParam()))) << qPrintable(text);
+}
+
+INSTANTIATE_TEST_SUITE_P(CommandLine, WrongSize,
+                         ::testing::Values("0x100", "100x0", "-5x100", "16385x1", "1x16385", "16384x16384",
+                                           "100", "100x", "axb", "1x2x3", "99999999999x1", "1.5x2"));
+
+TEST(CommandLine, SizeLimitIsSaid)
+{
+    EXPECT_EQ(renderRefusal({"--size", "20000x10"}),
+              "--size 20000x10: at most 16384 pixels a side, which is what OpenGL drivers draw");
+    EXPECT_EQ(renderRefusal({"--size", "16384x16384"}),
+              "--size 16384x16384: at most 100 million pixels, because colour and depth are kept in memory");
+}
+
+TEST(CommandLine, LargestSizesAreTaken)
+{
+    EXPECT_EQ(refusePictureSize(QSize(16384, 1)), "");
+    EXPECT_EQ(refusePictureSize(QSize(10000, 10000)), "");
+    EXPECT_EQ(refusePictureSize(QSize(1, 1)), "");
+}
+
+TEST(CommandLine, WrongPointsAreRefused)
+{
+    for (const char* point : {"1,2", "1,2,3,4", "a,b,c", "1,,3", "", "nan,0,0", "inf,0,0", "1;2;3"})
+        EXPECT_TRUE(renderRefusal({"--eye", point, "--target", "0,0,0"}).contains("three numbers are wanted"))
+            << point;
+}
+
+TEST(CommandLine, EyeAndTargetBelongTogether)
+{
+    EXPECT_TRUE(renderRefusal({"--eye", "1,2,3"}).contains("belong together"));
+    EXPECT_TRUE(renderRefusal({"--target", "1,2,3"}).contains("belong together"));
+    EXPECT_TRUE(renderRefusal({"--up", "0,0,1"}).contains("belong together"));
+}
+
+TEST(CommandLine, EyeAtTheTargetIsRefused)
+{
+    EXPECT_EQ(renderRefusal({"--eye", "1,2,3", "--target", "1,2,3"}),
+              "--eye and --target are the same point; they must differ");
+}
+
+TEST(CommandLine, UpAlongTheViewIsRefused)
+{
+    EXPECT_TRUE(renderRefusal({"--eye", "0,0,5", "--target", "0,0,0", "--up", "0,0,-2"})
+                    .contains("must point elsewhere"));
+    EXPECT_TRUE(
+        renderRefusal({"--eye", "0,0,5", "--target", "0,0,0", "--up", "0,0,0"}).contains("has no direction"));
+}
+
+TEST(CommandLine, LookingStraightDownNorthIsUp)
+{
+    const RenderOptions options = parseRender({"--eye", "0,0,5", "--target", "0,0,0"});
+    EXPECT_EQ(options.camera.position->up, glm::dvec3(0.0, 1.0, 0.0));
+}
+
+TEST(CommandLine, ViewAndEyeExcludeEachOther)
+{
+    EXPECT_TRUE(renderRefusal({"--view", "top", "--eye", "1,2,3", "--target", "0,0,0"})
+                    .contains("exclude each other"));
+}
+
+TEST(CommandLine, WrongColourIsRefused)
+{
+    EXPECT_TRUE(renderRefusal({"--background", "greeen"}).startsWith("--background greeen: no such colour"));
+}
+
+TEST(CommandLine, InfoTakesFilesAndJson)
+{
+    const InfoOptions options = std::get<InfoOptions>(parseCommandLine({"info", "a.obj", "--json"}));
+    EXPECT_EQ(options.files, QStringList("a.obj"));
+    EXPECT_TRUE(options.json);
+    EXPECT_TRUE(refusal({"info"}).contains("no files"));
+}
+
+TEST(CommandLine, EveryCommandHasHelp)
+{
+    for (const QStringList& arguments :
+         {QStringList{"--help"}, {"render", "--help"}, {"info", "--help"}, {"plugins", "--help"}, {"-h"}}) {
+        const QString text = std::get<HelpRequest>(parseCommandLine(arguments)).text;
+        EXPECT_TRUE(text.startsWith("Usage: viewer3d ")) << qPrintable(text);
+    }
+}
+
+TEST(CommandLine, HelpNamesEveryOption)
+{
+    const QString text = std::get<HelpRequest>(parseCommandLine({"render", "--help"})).text;
+    for (const char* option :
+         {"-o", "--size", "--view", "--projection", "--eye", "--target", "--up", "--background", "--help"})
+        EXPECT_TRUE(text.contains(option)) << option;
+}
+
+TEST(CommandLine, VersionIsTold)
+{
+    const QString text = std::get<HelpRequest>(parseCommandLine({"--version"})).text;
+    EXPECT_TRUE(QRegularExpression("^viewer3d \\d+\\.\\d+\\.\\d+\n$").match(text).hasMatch())
+        << qPrintable(text);
+}
+
+TEST(NearestWord, TakesTheFewestMistakes)
+{
+    EXPECT_EQ(nearestWord("rendre", {"info", "render", "plugins"}), "render");
+    EXPECT_EQ(nearestWord("backgruond", {"back", "background"}), "background");
+    EXPECT_EQ(nearestWord("something", {"info", "render"}), "");
+}
