@@ -22,9 +22,8 @@ QColor toColor(const glm::vec4& color)
 class ItemModesTest : public ShaderDrawing, public ::testing::WithParamInterface<std::string>
 {
 protected:
-    void SetUp() override
+    void prepare() override
     {
-        ShaderDrawing::SetUp();
         use(GetParam());
         setColors(itemColor, selectionColor);
         makeShape();
@@ -266,9 +265,8 @@ protected:
     static constexpr int Column = 20;
     static constexpr int Row = 40;
 
-    void SetUp() override
+    void prepare() override
     {
-        ShaderDrawing::SetUp();
         use("Mono");
         setColors({1, 1, 1, 1});
         attribute(0, 3, {(Column + 0.5f) / 32.0f - 1.0f, (Row + 0.5f) / 32.0f - 1.0f, 0.0f});
@@ -337,6 +335,13 @@ TEST_F(SelectedAreaTest, PixelsOutsideTheMaskAreNotSelected)
     EXPECT_TRUE(isSelected({1, Column + 1, Row + 1, 1, -1}));
     EXPECT_FALSE(isSelected({1, Column, Row + 1, 1, -1}));
     EXPECT_FALSE(isSelected({1, Column + 1, Row, 1, -1}));
+}
+
+TEST_F(SelectedAreaTest, PixelsAboveTheMaskDoNotReadItsHeader)
+{
+    // the pixel in column 33 of the row above the mask: the word before its rows is the row length, 2
+    attribute(0, 3, {33.5f / 32.0f - 1.0f, (Row + 0.5f) / 32.0f - 1.0f, 0.0f});
+    EXPECT_FALSE(isSelected({1, 64, Row, 2, -1, -1}));
 }
 
 TEST_F(SelectedAreaTest, MaskDoesNotReplaceTheRectangle)

@@ -53,21 +53,22 @@ double depthInside(const std::vector<Point>& polygon, const Point& p)
 class WideLineDrawingTest : public ShaderDrawing
 {
 protected:
-    void SetUp() override
+    void prepare() override
     {
-        ShaderDrawing::SetUp();
         use("WideLines");
         setColors(orange);
     }
-    /// Checks that exactly the pixels with their centre in the polygon are drawn; those within the sub-pixel
-    /// grid of an edge may be either.
-    void expectPolygon(const std::vector<Point>& polygon)
+    /// Checks that exactly the pixels with their centre in one of the convex polygons are drawn; those within
+    /// the sub-pixel grid of an edge may be either.
+    void expectPolygons(const std::vector<std::vector<Point>>& polygons)
     {
         const double grid = 1.0 / 64.0;
         int inside = 0;
         for (int y = 0; y < Size; ++y)
             for (int x = 0; x < Size; ++x) {
-                const double depth = depthInside(polygon, Point(x + 0.5, y + 0.5));
+                double depth = -1e9;
+                for (const std::vector<Point>& polygon : polygons)
+                    depth = std::max(depth, depthInside(polygon, Point(x + 0.5, y + 0.5)));
                 inside += depth > grid;
                 if (std::abs(depth) > grid) {
                     ASSERT_EQ(pixel(x, y) == orangeColor, depth > 0) << x << ", " << y << " depth " << depth;
@@ -75,6 +76,7 @@ protected:
             }
         EXPECT_GT(inside, 0);
     }
+    void expectPolygon(const std::vector<Point>& polygon) { expectPolygons({polygon}); }
     void drawPixels(const Point& from, const Point& to)
     {
         const auto ndc = [](const Point& p) { return glm::vec3(p.x / 32.0 - 1.0, 1.0 - p.y / 32.0, 0.0); };
@@ -114,8 +116,25 @@ TEST_F(WideLineDrawingTest, LineWithoutLengthIsAnUprightStub)
     set("pen_width", 12.0f);
     drawPixels({30.2, 33.1}, {30.2, 33.1});
     expectPolygon(hexagon({30.2, 33.1}, {30.2, 33.1}, 12.0));
-    drawPixels({30.2, 33.1}, {30.9, 33.1});
-    expectPolygon({{30.2, 27.1}, {36.2 + 0.7, 33.1}, {30.9, 39.1}, {24.2, 33.1}});
+}
+
+TEST_F(WideLineDrawingTest, LineShorterThanAPixelIsUprightTooWithItsTipsAtItsEnds)
+{
+    set("pen_width", 40.0f);
+    const Point p0(30.2, 33.1);
+    const Point p1(30.8, 32.4);
+    drawPixels(p0, p1);
+    const Point side(20, 0);
+    const Point tip(0, 20);
+    expectPolygons({{p0 - tip, p0 - side, p0 + side},
+                    {p0 - side, p0 + side, p1 - side},
+                    {p0 + side, p0 - side, p1 + side},
+                    {p0 - side, p1 - side, p1 + side},
+                    {p1 - side, p1 + side, p1 + tip}});
+
+    const Point further(31.1, 32.2); // 1.27 pixels away
+    drawPixels(p0, further);
+    expectPolygon(hexagon(p0, further, 40.0));
 }
 
 TEST_F(WideLineDrawingTest, LineLeavesTheViewWithoutItsEnds)
@@ -142,9 +161,9 @@ class WideLineBehindCameraTest : public WideLineDrawingTest
 protected:
     static constexpr double Near = 1.0;
 
-    void SetUp() override
+    void prepare() override
     {
-        WideLineDrawingTest::SetUp();
+        WideLineDrawingTest::prepare();
         projection = glm::perspective(glm::radians(70.0f), 1.0f, float(Near), 50.0f);
         set("projection", projection);
         set("pen_width", 5.0f);
@@ -178,6 +197,7 @@ TEST_F(WideLineBehindCameraTest, EndBetweenCameraAndNearPlaneIsCut)
 {
     expectVisiblePart({2, 1, -10}, {-0.2, 0.1, -0.3});
     expectVisiblePart({-0.2, 0.1, -0.3}, {2, 1, -10});
+    expectVisiblePart({-0.2, 0.1, -0.8}, {2, 1, -10});
 }
 
 TEST_F(WideLineBehindCameraTest, LineInViewIsWhole)
@@ -201,6 +221,9 @@ TEST_F(WideLineBehindCameraTest, EndInThePlaneOfTheEyeIsReplacedByTheOther)
     draw(GL_LINES, 2);
     const Point end = toPixels(glm::dmat4(projection) * glm::dvec4(1, 1, -10, 1));
     expectPolygon(hexagon(end, end, 5.0));
+    line({2, 1, 0}, {1, 1, -10});
+    draw(GL_LINES, 2);
+    expectPolygon(hexagon(end, end, 5.0));
     line({1, 1, 0}, {2, 1, 0});
     draw(GL_LINES, 2);
     EXPECT_EQ(touchedCount(), 0);
@@ -209,9 +232,8 @@ TEST_F(WideLineBehindCameraTest, EndInThePlaneOfTheEyeIsReplacedByTheOther)
 class DashedLineDrawingTest : public ShaderDrawing
 {
 protected:
-    void SetUp() override
+    void prepare() override
     {
-        ShaderDrawing::SetUp();
         use("DashedLines");
         setColors(orange);
         set("u_resolution", glm::vec2(Size, Size));

@@ -36,9 +36,8 @@ protected:
     const glm::vec4 m_color{0.5f, 0.25f, 0.125f, 1.0f};
 
     /// A quad over the whole view, at z in eye coordinates, which are normalised device coordinates.
-    void SetUp() override
+    void prepare() override
     {
-        ShaderDrawing::SetUp();
         use("Mesh");
         setColors(m_color);
         rectangle(-1, -1, 1, 1, Z);
@@ -119,6 +118,17 @@ TEST_F(MeshDrawingTest, BackFacesAreLitAlike)
     setNormals({0.1, 0.2, -1});
     expectLight({0.1, 0.2, -1}, direction, Vector(m_color));
     EXPECT_GT(pixel(10, 50).red(), int(0.7 * 127));
+}
+
+TEST_F(MeshDrawingTest, LightIsSeenFromTheEye)
+{
+    glm::mat4 view(1.0f);
+    view[3] = {0.5f, -0.25f, -2.0f, 1.0f};
+    set("view", view);
+    rectangle(-1.5f, -0.75f, 0.5f, 1.25f, float(Z) + 2.0f);
+    setNormals({0, 0, 1});
+    set("uLightDirection", glm::vec3(0.2f, 0.1f, 1));
+    expectLight({0, 0, 1}, {0.2, 0.1, 1}, Vector(m_color));
 }
 
 TEST_F(MeshDrawingTest, NormalsGoThroughTheirMatrix)

@@ -11,6 +11,34 @@ const glm::vec4 blueVector(0.2f, 0.4f, 0.8f, 1.0f);
 
 class PlainDrawingTest : public ShaderDrawing
 {
+protected:
+    /// Draws points through matrices that do not commute and looks for them where the formula says.
+    void expectMatricesInOrder(const std::string& name)
+    {
+        use(name);
+        setColors(blueVector);
+        const glm::mat4 model = glm::translate(glm::mat4(1.0f), {3.0f, -1.0f, -2.0f}) *
+                                glm::scale(glm::mat4(1.0f), {2.0f, 0.5f, 3.0f});
+        const glm::mat4 view = glm::lookAt(glm::vec3(1, -8, 2), glm::vec3(2, 0, -1), glm::vec3(0, 0, 1));
+        const glm::mat4 projection = glm::perspective(1.2f, 1.0f, 1.0f, 50.0f);
+        set("model", model);
+        set("view", view);
+        set("projection", projection);
+        for (const glm::dvec3& point :
+             {glm::dvec3(0.2, 0.1, 0.3), glm::dvec3(-1.5, 4.0, -0.4), glm::dvec3(0, 0, 0)}) {
+            attribute(0, 3, {float(point.x), float(point.y), float(point.z)});
+            draw(GL_POINTS, 1);
+            const glm::dvec4 world(3.0 + 2.0 * point.x, -1.0 + 0.5 * point.y, -2.0 + 3.0 * point.z, 1.0);
+            const glm::dvec4 clip = glm::dmat4(projection) * (glm::dmat4(view) * world);
+            const int x = static_cast<int>(std::floor((clip.x / clip.w + 1.0) * 32.0));
+            const int y = static_cast<int>(std::floor((1.0 - clip.y / clip.w) * 32.0));
+            ASSERT_TRUE(x >= 0 && x < Size && y >= 0 && y < Size);
+            EXPECT_EQ(pixel(x, y), blue);
+            EXPECT_NEAR(double(depths[static_cast<std::size_t>(y * Size + x)]), (clip.z / clip.w + 1.0) / 2.0,
+                        1e-5);
+            EXPECT_EQ(touchedCount(), 1);
+        }
+    }
 };
 
 TEST_F(PlainDrawingTest, SurfaceCoversItsPixelsAndNoOther)
@@ -27,29 +55,8 @@ TEST_F(PlainDrawingTest, SurfaceCoversItsPixelsAndNoOther)
 
 TEST_F(PlainDrawingTest, MatricesApplyInTheirOrder)
 {
-    use("Mono");
-    setColors(blueVector);
-    const glm::mat4 model = glm::translate(glm::mat4(1.0f), {3.0f, -1.0f, -2.0f}) *
-                            glm::scale(glm::mat4(1.0f), {2.0f, 0.5f, 3.0f});
-    const glm::mat4 view = glm::lookAt(glm::vec3(1, -8, 2), glm::vec3(2, 0, -1), glm::vec3(0, 0, 1));
-    const glm::mat4 projection = glm::perspective(1.2f, 1.0f, 1.0f, 50.0f);
-    set("model", model);
-    set("view", view);
-    set("projection", projection);
-    for (const glm::dvec3& point :
-         {glm::dvec3(0.2, 0.1, 0.3), glm::dvec3(-1.5, 4.0, -0.4), glm::dvec3(0, 0, 0)}) {
-        attribute(0, 3, {float(point.x), float(point.y), float(point.z)});
-        draw(GL_POINTS, 1);
-        const glm::dvec4 world(3.0 + 2.0 * point.x, -1.0 + 0.5 * point.y, -2.0 + 3.0 * point.z, 1.0);
-        const glm::dvec4 clip = glm::dmat4(projection) * (glm::dmat4(view) * world);
-        const int x = static_cast<int>(std::floor((clip.x / clip.w + 1.0) * 32.0));
-        const int y = static_cast<int>(std::floor((1.0 - clip.y / clip.w) * 32.0));
-        ASSERT_TRUE(x >= 0 && x < Size && y >= 0 && y < Size);
-        EXPECT_EQ(pixel(x, y), blue);
-        EXPECT_NEAR(double(depths[static_cast<std::size_t>(y * Size + x)]), (clip.z / clip.w + 1.0) / 2.0,
-                    1e-5);
-        EXPECT_EQ(touchedCount(), 1);
-    }
+    expectMatricesInOrder("Mono");
+    expectMatricesInOrder("DashedLines");
 }
 
 TEST_F(PlainDrawingTest, PointIsAsWideAsThePen)
@@ -180,9 +187,8 @@ protected:
 
     /// A point at pixel (32, 32), at depth z, with a texture of Width x Height whose pixel (x, y) is (x, y,
     /// 0).
-    void SetUp() override
+    void prepare() override
     {
-        ShaderDrawing::SetUp();
         use("Caption");
         setColors(blueVector);
         set("uTexture", 0);

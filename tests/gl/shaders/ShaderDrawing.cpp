@@ -17,11 +17,13 @@ void ShaderDrawing::SetUp()
     gl->glBindVertexArray(vao);
     gl->glGenBuffers(2, m_selection);
     beginSelection();
+    prepare();
 }
 
 void ShaderDrawing::TearDown()
 {
     if (!gl) return;
+    makeCurrent();
     gl->glDeleteBuffers(2, m_selection);
     gl->glDeleteBuffers(static_cast<GLsizei>(m_buffers.size()), m_buffers.data());
     gl->glDeleteTextures(static_cast<GLsizei>(m_textures.size()), m_textures.data());

@@ -25,8 +25,10 @@ protected:
     /// shows.
     static constexpr std::array<int, 4> Untouched = {10, 20, 30, 40};
 
-    void SetUp() override;
-    void TearDown() override;
+    void SetUp() final;
+    void TearDown() final;
+    /// What a fixture does before each test, the context being current.
+    virtual void prepare() {}
 
     /// Builds and binds the default program of this name and sets "viewport" and "viewport_inverted".
     void use(const std::string& name);

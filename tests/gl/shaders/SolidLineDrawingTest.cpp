@@ -1,4 +1,7 @@
 #include "ShaderDrawing.h"
+#include "SweepReference.h"
+
+#include <glm/gtc/matrix_transform.hpp>
 
 #include <algorithm>
 #include <cmath>
@@ -6,70 +9,12 @@
 
 namespace {
 
-const double pi = std::acos(-1.0);
-
-using Vector = glm::dvec3;
-
-Vector unit(const Vector& v)
-{
-    return v / std::sqrt(glm::dot(v, v));
-}
-
-/// A section and the path that it follows.
-struct Sweep
-{
-    std::vector<glm::dvec2> section;
-    std::vector<glm::dvec2> normals;
-    std::vector<Vector> path;
-    Vector up{0, 0, 1};
-    Vector reservedUp{0, 1, 0};
-};
-
-/// The section's corners at a point of the path, by cross products: x to the right of the mean direction, y
-/// upwards, lengthened across the joint so that both segments keep their width.
-std::vector<Vector> ringAt(const Sweep& sweep, std::size_t i)
-{
-    const std::vector<Vector>& p = sweep.path;
-    const Vector in = unit(i > 0 ? p[i] - p[i - 1] : p[1] - p[0]);
-    const Vector out = unit(i + 1 < p.size() ? p[i + 1] - p[i] : p[i] - p[i - 1]);
-    const Vector tangent = unit(in + out);
-    Vector right = glm::cross(tangent, sweep.up);
-    if (glm::dot(right, right) < 1e-6) right = glm::cross(tangent, sweep.reservedUp);
-    right = unit(right);
-    const Vector up = glm::cross(right, tangent);
-    const Vector change = out - in;
-    std::vector<Vector> ring;
-    for (const glm::dvec2& s : sweep.section) {
-        Vector arm = s.x * right + s.y * up;
-        const double bent = glm::dot(change, change);
-        if (bent > 1e-12) {
-            const Vector across = change / std::sqrt(bent);
-            const double cosine = glm::dot(tangent, in);
-            arm += across * glm::dot(arm, across) * (1.0 / cosine - 1.0);
-        }
-        ring.push_back(p[i] + arm);
-    }
-    return ring;
-}
-
-std::vector<glm::dvec2> circle(int points, double radius)
-{
-    std::vector<glm::dvec2> section;
-    for (int i = 0; i < points; ++i) {
-        const double angle = 2.0 * pi * i / (points - 1);
-        section.emplace_back(radius * std::cos(angle), radius * std::sin(angle));
-    }
-    return section;
-}
+using namespace sweep_reference;
 
 class SolidLineDrawingTest : public ShaderDrawing
 {
 protected:
-    void SetUp() override
-    {
-        ShaderDrawing::SetUp();
-        useProgram({});
-    }
+    void prepare() override { useProgram({}); }
     void useProgram(const std::vector<std::string>& varyings, const std::vector<std::string>& defines = {})
     {
         ProgramRecipe recipe = defaultPrograms()[5];
@@ -301,6 +246,66 @@ TEST_F(SolidLineDrawingTest, NormalsStandAcrossTheirSegment)
     EXPECT_NEAR(double(values[1]), -1.0, 1e-5);
 }
 
+TEST_F(SolidLineDrawingTest, NormalsStandAcrossTheirSegmentAtJointsToo)
+{
+    useProgram({"view_normal"});
+    Sweep sweep;
+    sweep.section = circle(9, 0.2);
+    sweep.normals = circle(9, 1.0);
+    sweep.path = {{-0.5, 0, 0}, {0.3, 0, 0}, {0.3, 0.6, 0.3}};
+    const std::vector<float> values = capture(sweep, 3);
+    ASSERT_EQ(values.size(), 2u * 8 * 2 * 3 * 3);
+    for (std::size_t i = 0; i < values.size(); i += 3) {
+        const std::size_t segment = i < values.size() / 2 ? 0 : 1;
+        const Vector direction = unit(sweep.path[segment + 1] - sweep.path[segment]);
+        const Vector normal(values[i], values[i + 1], values[i + 2]);
+        EXPECT_NEAR(glm::dot(normal, direction), 0.0, 1e-5);
+        EXPECT_GT(glm::length(normal), 0.5);
+    }
+}
+
+TEST_F(SolidLineDrawingTest, LongMitresAreCutOff)
+{
+    useProgram({"gl_Position"});
+    Sweep sweep;
+    sweep.section = {{-0.1, 0}, {0.1, 0}};
+    const Vector joint(0.5, 0, 0);
+    sweep.path = {{0, 0, 0}, joint, {0, 0.05, 0}};
+    const std::vector<float> values = capture(sweep, 4);
+    double farthest = 0.0;
+    for (std::size_t i = 0; i < values.size(); i += 4)
+        farthest = std::max(farthest, double(values[i]) - joint.x);
+    EXPECT_NEAR(farthest, 0.4, 0.01) << "four times the section; without a limit it were 2.0";
+}
+
+TEST_F(SolidLineDrawingTest, ViewAndProjectionApplyToPositionsAndTheViewToNormals)
+{
+    Sweep sweep;
+    sweep.section = circle(5, 0.2);
+    sweep.normals = circle(5, 1.0);
+    sweep.path = {{-0.5, 0.1, 0}, {0.3, 0, 0.2}};
+    useProgram({"gl_Position", "view_normal", "view_position"});
+    const std::vector<float> plain = capture(sweep, 10);
+    const glm::mat4 view = glm::lookAt(glm::vec3(3, -4, 2), glm::vec3(0), glm::vec3(0, 0, 1));
+    const glm::mat4 projection = glm::perspective(1.0f, 1.0f, 1.0f, 20.0f);
+    set("view", view);
+    set("projection", projection);
+    const std::vector<float> seen = capture(sweep, 10);
+    ASSERT_EQ(seen.size(), plain.size());
+    ASSERT_FALSE(seen.empty());
+    for (std::size_t i = 0; i < seen.size(); i += 10) {
+        const glm::dvec4 eye = glm::dmat4(view) * glm::dvec4(plain[i], plain[i + 1], plain[i + 2], 1.0);
+        const glm::dvec4 clip = glm::dmat4(projection) * eye;
+        const glm::dvec3 normal = glm::dmat3(view) * glm::dvec3(plain[i + 4], plain[i + 5], plain[i + 6]);
+        for (int k = 0; k < 4; ++k)
+            EXPECT_NEAR(double(seen[i + std::size_t(k)]), clip[k], 1e-5);
+        for (int k = 0; k < 3; ++k) {
+            EXPECT_NEAR(double(seen[i + 4 + std::size_t(k)]), normal[k], 1e-5);
+            EXPECT_NEAR(double(seen[i + 7 + std::size_t(k)]), eye[k], 1e-5);
+        }
+    }
+}
+
 TEST_F(SolidLineDrawingTest, TextureRunsAlongThePathByItsPeriod)
 {
     useProgram({"texture_coords"}, {"RX_USE_PER_VERTEX_TEX_COORDS"});
@@ -352,39 +357,6 @@ TEST_F(SolidLineDrawingTest, AdjacencyIsEmulatedByInstances)
     draw(GL_LINES_ADJACENCY, 4); // clears; the first segment
     gl->glDrawArraysInstanced(GL_LINES_ADJACENCY, 0, 4, segments);
     EXPECT_EQ(target->image(), plain);
-}
-
-class GeometryCaptureTest : public ShaderDrawing
-{
-};
-
-TEST_F(GeometryCaptureTest, PointsComeOutInSceneCoordinates)
-{
-    use({"capture", {shaderPath("dummy.vertex")}, {}}, {"gl_Position"});
-    glm::mat4 model(1.0f);
-    model[0] = {0, 2, 0, 0};
-    model[1] = {-3, 0, 0, 0};
-    model[2] = {0, 0, 0.5f, 0};
-    model[3] = {100, -20, 3, 1};
-    set("model", model);
-    const std::vector<float> points = {1, 2, 3, -4, 5.5f, -6, 0, 0, 0};
-    attribute(0, 3, points);
-    unsigned buffer = 0;
-    gl->glGenBuffers(1, &buffer);
-    gl->glBindBufferBase(GL_TRANSFORM_FEEDBACK_BUFFER, 0, buffer);
-    gl->glBufferData(GL_TRANSFORM_FEEDBACK_BUFFER, 3 * 16, nullptr, GL_STATIC_READ);
-    gl->glEnable(GL_RASTERIZER_DISCARD);
-    gl->glBeginTransformFeedback(GL_POINTS);
-    gl->glDrawArrays(GL_POINTS, 0, 3);
-    gl->glEndTransformFeedback();
-    gl->glDisable(GL_RASTERIZER_DISCARD);
-    glm::vec4 captured[3];
-    gl->glGetBufferSubData(GL_TRANSFORM_FEEDBACK_BUFFER, 0, sizeof captured, captured);
-    gl->glDeleteBuffers(1, &buffer);
-    for (std::size_t i = 0; i < 3; ++i) {
-        const glm::dvec3 p(points[3 * i], points[3 * i + 1], points[3 * i + 2]);
-        EXPECT_EQ(captured[i], glm::vec4(100 - 3 * p.y, -20 + 2 * p.x, 3 + 0.5 * p.z, 1));
-    }
 }
 
 } // namespace
