@@ -77,14 +77,15 @@ TEST_F(PolyPolyline3dItemTest, NothingConnectsThePolylines)
 
 TEST_F(PolyPolyline3dItemTest, DrawsOnlyWithTheLinesBit)
 {
-    makeRows();
+    // A corner, which would make a triangle, and a point.
+    makeRows().setPoints({{-1, 0.375f, 0}, {1, 0.375f, 0}, {1, -1, 0}, {-0.5f, -0.5f, 0}}, {3, 1});
     PaintContext context = paintContext(8, 8);
     for (const int kinds : {0, 1, 4, 5, 8, 12}) {
         context.primitives = kinds;
         EXPECT_EQ(countPixels(drawFrame(context), red), 0) << kinds;
     }
     context.primitives = 2;
-    EXPECT_EQ(countPixels(drawFrame(context), red), 16);
+    EXPECT_GE(countPixels(drawFrame(context), red), 8);
 }
 
 TEST_F(PolyPolyline3dItemTest, APolylineOfOneVertexIsAPointOfThePensWidth)

@@ -16,6 +16,13 @@ uniform float pen_width;
 void main() { gl_Position = vec4(point, 1.0) * (item_color + vec4(pen_width)); }
 )";
 
+/// The item with its upload in the open.
+struct OpenItem : Polyline3dForegroundItem
+{
+    using Polyline3dForegroundItem::Polyline3dForegroundItem;
+    using Polyline3dForegroundItem::update;
+};
+
 class Polyline3dForegroundItemTest : public CaptureTest
 {
 protected:
@@ -23,8 +30,8 @@ protected:
     {
         CaptureTest::SetUp();
         before = buffers();
-        item = std::make_unique<Polyline3dForegroundItem>(
-            DrawerType::Mono, std::vector<glm::dvec3>{{1, 0, 0}, {2, 0, 0}, {2, 5, 0}});
+        item = std::make_unique<OpenItem>(DrawerType::Mono,
+                                          std::vector<glm::dvec3>{{1, 0, 0}, {2, 0, 0}, {2, 5, 0}});
     }
     void TearDown() override
     {
@@ -58,7 +65,7 @@ protected:
         gl->glBufferSubData(GL_ARRAY_BUFFER, 0, sizeof vertex, &vertex.x);
     }
 
-    std::unique_ptr<Polyline3dForegroundItem> item;
+    std::unique_ptr<OpenItem> item;
     std::set<unsigned> before;
 };
 
@@ -129,6 +136,7 @@ TEST_F(Polyline3dForegroundItemTest, ADrawWithNothingCurrentIsMadeUpFor)
 {
     context.doneCurrent();
     item->drawElement(pass(2));
+    item->update(pass(2));
     makeCurrent();
     EXPECT_EQ(lines().size(), 4u);
 }

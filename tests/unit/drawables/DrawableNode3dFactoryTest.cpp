@@ -192,6 +192,22 @@ TEST_F(DrawableNode3dFactoryTest, EachTrialIsAStageOfTheProgress)
     EXPECT_NEAR(percentages[3], 99.2, 1e-9);
 }
 
+TEST_F(DrawableNode3dFactoryTest, ATrialsStageEndsWithIt)
+{
+    std::vector<ksp::StagedProgress> kept;
+    factory.registerNodeCreator(
+        {extension},
+        [&kept](QString, ksp::StagedProgress progress) -> std::unique_ptr<IDrawableNode3d> {
+            kept.push_back(progress);
+            return std::make_unique<TestNode>();
+        },
+        0);
+    ksp::StagedProgress whole = ksp::StagedProgress::dummy();
+    factory.createDrawableNode3d("x." + extension, whole);
+    ASSERT_EQ(kept.size(), 1u);
+    EXPECT_NEAR(whole.getPercentage(), 90.0, 1e-9) << "although somebody holds the stage";
+}
+
 TEST_F(DrawableNode3dFactoryTest, WhatACreatorThrowsPassesThrough)
 {
     factory.registerNodeCreator(

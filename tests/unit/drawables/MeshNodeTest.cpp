@@ -113,12 +113,13 @@ TEST(MeshNode3d, TellsWhatItIs)
 TEST(MeshNode3d, BoundsAreInModelCoordinatesInDoubles)
 {
     MeshData data;
-    data.origin = {2.7e6, 1.2e6, 400};
+    const glm::dvec3 origin(2700000.3, 1200000.7, 400.1); // no floats
+    data.origin = origin;
     data.positions = {{0.001f, 0, -1}, {-2, 0.5f, 1}, {notANumber, 100, 100}};
     const MeshNode3d node(std::move(data));
     const gmx::BoundingBox bounds = node.getBounds();
-    EXPECT_EQ(bounds.getMin(), glm::dvec3(2.7e6 - 2.0, 1.2e6, 399));
-    EXPECT_EQ(bounds.getMax(), glm::dvec3(2.7e6 + double(0.001f), 1.2e6 + 0.5, 401));
+    EXPECT_EQ(bounds.getMin(), origin + glm::dvec3(-2, 0, -1));
+    EXPECT_EQ(bounds.getMax(), origin + glm::dvec3(double(0.001f), 0.5, 1));
 }
 
 TEST(MeshNode3d, AnEmptyMeshHasNoBounds)
