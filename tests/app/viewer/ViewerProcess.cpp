@@ -1,0 +1,54 @@
+#include "ViewerProcess.h"
+
+#include <QtCore/QElapsedTimer>
+#include <QtCore/QFile>
+#include <QtCore/QProcess>
+
+QStringList ViewerRun::errorLines() const
+{
+    QStringList lines = QString::fromLocal8Bit(error).split('\n', Qt::SkipEmptyParts);
+    return lines.filter(QRegularExpression("^(?!QStandardPaths: )"));
+}
+
+ViewerRun runViewer(const QStringList& arguments)
+{
+    QProcess process;
+    QElapsedTimer timer;
+    timer.start();
+    process.start(QStringLiteral(V3D_BINARY_DIR "/bin/viewer3d"), arguments);
+    ViewerRun run;
+    if (process.waitForFinished(30'000) && process.exitStatus() == QProcess::NormalExit)
+        run.status = process.exitCode();
+    run.seconds = static_cast<double>(timer.elapsed()) / 1000.0;
+    run.out = process.readAllStandardOutput();
+    run.error = process.readAllStandardError();
+    return run;
+}
+
+QStringList sampleFiles()
+{
+    const QDir folder(QStringLiteral(V3D_SOURCE_DIR "/samples/town"));
+    QStringList files;
+    for (const QString& name : folder.entryList({"*.ply", "*.obj", "*.geojson"}, QDir::Files, QDir::Name))
+        files.append(folder.filePath(name));
+    return files;
+}
+
+void ViewerTest::SetUp()
+{
+    ASSERT_TRUE(m_folder.isValid());
+}
+
+QString ViewerTest::write(const QString& name, const QByteArray& content) const
+{
+    QFile file(path(name));
+    EXPECT_TRUE(file.open(QIODevice::WriteOnly)) << qPrintable(name);
+    file.write(content);
+    return path(name);
+}
+
+QByteArray ViewerTest::read(const QString& name) const
+{
+    QFile file(path(name));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QtCore/QByteArray>
+#include <QtCore/QDir>
+#include <QtCore/QStringList>
+#include <QtCore/QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+/// What the program viewer3d did with its arguments.
+struct ViewerRun
+{
+    int status = -1; ///< exit status; -1 when it crashed or did not end in time
+    QByteArray out;
+    QByteArray error;
+    double seconds = 0.0;
+
+    /// Standard error, line by line, without what Qt itself says about the machine.
+    QStringList errorLines() const;
+};
+
+/// Starts the built program and waits for its end, half a minute at most.
+ViewerRun runViewer(const QStringList& arguments);
+
+/// The files of the sample project, in the order in which the README opens them.
+QStringList sampleFiles();
+
+/// A test with a folder of its own.
+class ViewerTest : public ::testing::Test
+{
+protected:
+    void SetUp() override;
+    QString path(const QString& name) const { return QDir(m_folder.path()).filePath(name); }
+    /// Writes a file of the folder and gives its path.
+    QString write(const QString& name, const QByteArray& content) const;
+    QByteArray read(const QString& name) const;
+
+private:
+    QTemporaryDir m_folder;
+};
