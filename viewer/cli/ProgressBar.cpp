@@ -60,6 +60,12 @@ ksp::StagedProgress ProgressBar::progress() const
     return *m_private->progress;
 }
 
+void ProgressBar::throwIfInterrupted() const
+{
+    if (interrupted) m_private->progress->cancel();
+    m_private->progress->throwIfCanceled();
+}
+
 void ProgressBar::wipe()
 {
     if (!m_private->isDrawn) return;

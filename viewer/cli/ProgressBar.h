@@ -16,6 +16,8 @@ public:
     ProgressBar& operator=(const ProgressBar&) = delete;
 
     ksp::StagedProgress progress() const;
+    /// Throws ksp::Canceled after Ctrl-C, also where the work did not report meanwhile.
+    void throwIfInterrupted() const;
     /// Wipes the bar, so that a message has the line to itself.
     void wipe();
 

@@ -8,7 +8,6 @@
 
 #include <Viewer3dModule/host/View3dSettings.h>
 #include <Viewer3dModule/scene/Scene3d.h>
-#include <framework/ksp/CommonError.h>
 #include <framework/model/CProject.h>
 
 namespace {
@@ -45,6 +44,8 @@ void commands::render(const RenderOptions& options)
                                   ? options.background
                                   : View3dSettings::getInstance()->getBackgroundColor();
     const Viewpoint viewpoint = makeViewpoint(options.camera, *scene, renderer, options.size);
-    PictureFile::write(options.output, renderer.picture(viewpoint, options.size, background));
-    bar.progress().setPercentage(100.0);
+    bar.throwIfInterrupted();
+    const QImage picture = renderer.picture(viewpoint, options.size, background);
+    bar.throwIfInterrupted();
+    PictureFile::write(options.output, picture);
 }

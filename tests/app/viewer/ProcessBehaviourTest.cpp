@@ -1,0 +1,137 @@
+#include "ViewerProcess.h"
+
+#include <QtCore/QFileInfo>
+#include <QtCore/QProcess>
+#include <QtCore/QThread>
+
+#include <cmath>
+#include <csignal>
+
+#include <fcntl.h>
+#include <pty.h>
+#include <unistd.h>
+
+// What the program does as a process: progress on terminals, Ctrl-C, memory.
+
+namespace {
+
+/// A field of squares, two triangles each, a side of n squares.
+QByteArray field(int n)
+{
+    QByteArray obj;
+    for (int j = 0; j <= n; ++j)
+        for (int i = 0; i <= n; ++i)
+            obj += QByteArray("v ") + QByteArray::number(2.7e6 + i * 0.5, 'f', 2) + ' ' +
+                   QByteArray::number(1.2e6 + j * 0.5, 'f', 2) + ' ' + QByteArray::number((i * j) % 7) + '\n';
+    for (int j = 0; j < n; ++j)
+        for (int i = 0; i < n; ++i) {
+            const int a = j * (n + 1) + i + 1;
+            for (const int b : {0, 1}) {
+                const int second = b == 0 ? a + 1 : a + n + 2, third = b == 0 ? a + n + 2 : a + n + 1;
+                obj += "f " + QByteArray::number(a) + ' ' + QByteArray::number(second) + ' ' +
+                       QByteArray::number(third) + '\n';
+            }
+        }
+    return obj;
+}
+
+/// The program with standard error on a terminal of its own.
+class TerminalProcess : public QProcess
+{
+public:
+    TerminalProcess()
+    {
+        EXPECT_EQ(openpty(&m_master, &m_slave, nullptr, nullptr, nullptr), 0);
+        fcntl(m_master, F_SETFL, O_NONBLOCK);
+    }
+    ~TerminalProcess() override
+    {
+        ::close(m_master);
+        ::close(m_slave);
+    }
+    QByteArray terminalOutput() const
+    {
+        QByteArray all;
+        char bytes[4096];
+        for (ssize_t count; (count = ::read(m_master, bytes, sizeof bytes)) > 0;)
+            all.append(bytes, static_cast<int>(count));
+        return all;
+    }
+
+protected:
+    void setupChildProcess() override { dup2(m_slave, STDERR_FILENO); }
+
+private:
+    int m_master = -1;
+    int m_slave = -1;
+};
+
+const QString program = QStringLiteral(V3D_BINARY_DIR "/bin/viewer3d");
+
+/// The most memory that a run of the program had, bytes; -1 when it failed. Asked through a small process,
+/// because the system counts what the one that starts a program holds until then, too.
+double peakMemory(const QStringList& arguments)
+{
+    const QString script = QStringLiteral("import os, sys\n"
+                                          "null = [(os.POSIX_SPAWN_OPEN, 1, '/dev/null', os.O_WRONLY, 0)]\n"
+                                          "child = os.posix_spawn(sys.argv[1], sys.argv[1:], os.environ, "
+                                          "file_actions=null)\n"
+                                          "_, status, usage = os.wait4(child, 0)\n"
+                                          "print(usage.ru_maxrss if status == 0 else -1)\n");
+    QProcess process;
+    process.start("python3", QStringList{"-c", script, program} + arguments);
+    if (!process.waitForFinished()) return -1.0;
+    return process.readAllStandardOutput().trimmed().toDouble() * 1024.0;
+}
+
+} // namespace
+
+class ProcessBehaviour : public ViewerTest
+{
+};
+
+TEST_F(ProcessBehaviour, BarOnATerminalAndNoneInAPipe)
+{
+    const QString file = write("field.obj", field(100));
+    EXPECT_EQ(runViewer({"info", file}).error, "");
+    TerminalProcess process;
+    process.start(program, {"info", file});
+    ASSERT_TRUE(process.waitForFinished());
+    const QByteArray shown = process.terminalOutput();
+    EXPECT_TRUE(shown.contains("field.obj")) << shown.constData();
+    EXPECT_TRUE(shown.contains("[#")) << shown.constData();
+    EXPECT_TRUE(shown.endsWith(" \r")) << "the bar is wiped at the end";
+    EXPECT_TRUE(process.readAllStandardOutput().contains("20000 triangles"));
+}
+
+TEST_F(ProcessBehaviour, ControlCCancelsAndWritesNothing)
+{
+    const QString file = write("field.obj", field(700));
+    write("out.png", "old");
+    QProcess process;
+    process.start(program, {"render", file, "-o", path("out.png")});
+    ASSERT_TRUE(process.waitForStarted());
+    QThread::msleep(250);
+    ASSERT_EQ(process.state(), QProcess::Running);
+    ::kill(static_cast<pid_t>(process.processId()), SIGINT);
+    ASSERT_TRUE(process.waitForFinished());
+    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(process.exitCode(), 1);
+    EXPECT_TRUE(process.readAllStandardError().endsWith("viewer3d: cancelled\n"));
+    EXPECT_EQ(read("out.png"), "old");
+}
+
+// Of what the program itself keeps; a software driver adds a copy of every triangle of a frame to it.
+TEST_F(ProcessBehaviour, MemoryStaysBelowFourTimesTheVertexData)
+{
+    const int n = 224; // 100,352 triangles
+    const double vertices = (n + 1) * (n + 1), triangles = 2.0 * n * n;
+    const double vertexData = vertices * 2 * 3 * sizeof(float) + triangles * 3 * sizeof(std::uint32_t);
+    const double empty = peakMemory({"info", write("one.obj", field(1))});
+    const double full = peakMemory({"info", write("field.obj", field(n))});
+    ASSERT_GT(empty, 0.0);
+    ASSERT_GT(full, 0.0);
+    RecordProperty("times", std::to_string((full - empty) / vertexData));
+    EXPECT_GT(full - empty, 0.5 * vertexData) << "this measures nothing";
+    EXPECT_LT(full - empty, 4.0 * vertexData);
+}
