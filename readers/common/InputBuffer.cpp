@@ -75,6 +75,8 @@ bool InputBuffer::readLine(std::string_view& line)
         length = static_cast<std::size_t>(stop - begin);
         // a CR at the window's end may have its LF still to come
         const bool whole = stop != end && (*stop == '\n' || stop + 1 != end);
+        if (length > longestLine)
+            throw ksp::CommonError(QStringLiteral("line %1 is longer than 4 MiB").arg(m_lineNumber + 1));
         if (!whole && fetchMore()) continue;
         if (begin == end) return false;
         begin = m_window.data() + m_begin;
@@ -101,6 +103,7 @@ bool InputBuffer::readToken(std::string_view& token)
     for (;;) {
         while (m_begin + length < m_end && !isBlank(m_window[m_begin + length]))
             ++length;
+        if (length > longestLine) throw ksp::CommonError(QStringLiteral("holds a word longer than 4 MiB"));
         if (m_begin + length < m_end || !fetchMore()) break;
     }
     token = {m_window.data() + m_begin, length};

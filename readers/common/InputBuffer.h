@@ -20,6 +20,9 @@ class InputBuffer
 public:
     InputBuffer(QIODevice& device, ksp::StagedProgress progress);
 
+    /// The longest line and run of characters that are read, in bytes; longer ones throw ksp::CommonError.
+    static constexpr std::size_t longestLine = 4 * 1024 * 1024;
+
     /// The next line without its end (LF, CR LF or CR); false at the end of the data.
     bool readLine(std::string_view& line);
     /// The number of the last line read, from 1.

@@ -11,6 +11,7 @@ namespace readers {
 namespace {
 
 constexpr double largestCoordinate = 1e15;
+constexpr std::size_t mostCorners = 100'000; // of a polygon that is divided properly
 constexpr std::size_t noRun = std::numeric_limits<std::size_t>::max();
 constexpr float unusable = std::numeric_limits<float>::quiet_NaN();
 
@@ -157,12 +158,18 @@ void MeshAssembler::addPolygon(const std::vector<std::uint32_t>& corners)
         ++m_leftOutCount;
         return;
     }
+    std::vector<std::uint32_t>& indices = getIndices(MeshData::Part::Triangles);
+    if (corners.size() > mostCorners) {
+        m_triangulator.countFan();
+        for (std::size_t i = 1; i + 1 < corners.size(); ++i)
+            indices.insert(indices.end(), {corners[0], corners[i], corners[i + 1]});
+        return;
+    }
     m_polygon.clear();
     for (std::uint32_t corner : corners)
         m_polygon.emplace_back(m_data.positions[corner]);
     m_triangles.clear();
     m_triangulator.triangulate(m_polygon, m_triangles);
-    std::vector<std::uint32_t>& indices = getIndices(MeshData::Part::Triangles);
     for (std::uint32_t corner : m_triangles)
         indices.push_back(corners[corner]);
 }

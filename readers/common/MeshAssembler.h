@@ -44,7 +44,7 @@ public:
     void addPoint(std::uint32_t a);
     void addLine(std::uint32_t a, std::uint32_t b);
     void addTriangle(std::uint32_t a, std::uint32_t b, std::uint32_t c);
-    /// Three corners or more.
+    /// Three corners or more; with more than 100,000 it becomes a fan, which the triangulator counts.
     void addPolygon(const std::vector<std::uint32_t>& corners);
     void addPointsOfAllVertices();
 

@@ -103,8 +103,8 @@ bool PolygonTriangulator::isEar(std::uint32_t corner)
     const glm::dvec2 a = m_corners[m_corners[corner].previous].point;
     const glm::dvec2 b = m_corners[corner].point;
     const glm::dvec2 c = m_corners[m_corners[corner].next].point;
-    m_stepsLeft -= static_cast<std::int64_t>(m_reflex.size());
     for (std::uint32_t other : m_reflex) {
+        --m_stepsLeft;
         const glm::dvec2 p = m_corners[other].point;
         if (p == a || p == b || p == c) continue; // where a polygon touches itself
         if (cross(b - a, p - a) >= 0.0 && cross(c - b, p - b) >= 0.0 && cross(a - c, p - c) >= 0.0) {

@@ -16,8 +16,10 @@ public:
     /// the polygon does. The points are finite, the plane is the one that fits the polygon best; nothing
     /// happens for fewer than three points.
     void triangulate(const std::vector<glm::dvec3>& points, std::vector<std::uint32_t>& triangles);
-    /// Polygons that were fanned although they are not convex.
+    /// Polygons that became fans because dividing them would take too long.
     std::size_t getFannedCount() const { return m_fannedCount; }
+    /// Counts one that somebody else made a fan of.
+    void countFan() { ++m_fannedCount; }
 
 private:
     struct Corner
@@ -36,7 +38,7 @@ private:
 
     std::vector<Corner> m_corners;
     std::vector<std::uint32_t> m_reflex; // corners that turned inwards at first; only these can lie in an ear
-    std::int64_t m_stepsLeft = 200'000'000;
+    std::int64_t m_stepsLeft = 100'000'000;
     std::size_t m_fannedCount = 0;
 };
 

@@ -64,7 +64,7 @@ std::vector<MeshData> readMeshFile(const QString& path, const MeshParser& parse,
     return meshes;
 }
 
-QString quoted(std::string_view text)
+QString inQuotes(std::string_view text)
 {
     constexpr std::size_t longest = 60;
     const bool cut = text.size() > longest;

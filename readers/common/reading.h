@@ -30,7 +30,7 @@ std::vector<MeshData> readMeshFile(const QString& path, const MeshParser& parse,
                                    ksp::StagedProgress progress);
 
 /// Text of a file as it may stand in a message: printable, on one line, not longer than a line.
-QString quoted(std::string_view text);
+QString inQuotes(std::string_view text);
 
 /// What a reader had to leave out of a file that it read otherwise, told in one line of the log a kind.
 struct LeftOut

@@ -11,7 +11,7 @@ namespace readers {
 
 namespace {
 
-constexpr int largestSide = 16384;
+constexpr int largestSide = 16384; // pixels
 
 } // namespace
 
@@ -22,8 +22,7 @@ QImage TextureLoader::load(const QString& name, const QStringList& folders)
     QImage image;
     const QString file = find(name, folders);
     if (file.isEmpty()) {
-        ksp::Log::warning(QStringLiteral("%1: the texture %2 is missing, the plain colour is used")
-                              .arg(m_path, quoted(name.toUtf8().constData())));
+        warn(name, QStringLiteral("is missing"));
     } else {
         QImageReader reader(file);
         image = read(reader, name);
@@ -53,7 +52,7 @@ QString TextureLoader::find(const QString& name, const QStringList& folders) con
     return {};
 }
 
-QImage TextureLoader::read(QImageReader& reader, const QString& name) const
+QImage TextureLoader::read(QImageReader& reader, const QString& name)
 {
     const QSize size = reader.size();
     QString reason;
@@ -64,9 +63,16 @@ QImage TextureLoader::read(QImageReader& reader, const QString& name) const
         if (!image.isNull()) return image;
         reason = reader.errorString();
     }
-    ksp::Log::warning(QStringLiteral("%1: the texture %2 cannot be read (%3), the plain colour is used")
-                          .arg(m_path, quoted(name.toUtf8().constData()), reason));
+    warn(name, QStringLiteral("cannot be read (%1)").arg(reason));
     return {};
+}
+
+void TextureLoader::warn(const QString& name, const QString& trouble)
+{
+    constexpr int most = 10;
+    if (++m_warnings > most) return;
+    ksp::Log::warning(QStringLiteral("%1: the texture %2 %3, the plain colour is used")
+                          .arg(m_path, inQuotes(name.toUtf8().constData()), trouble));
 }
 
 } // namespace readers

@@ -9,7 +9,7 @@
 namespace readers {
 
 /// Loads the pictures that a file names, each once. A picture that is missing, damaged or larger than 16384
-/// pixels a side gives one warning in the log and a null image.
+/// pixels a side gives one warning in the log, ten a file at most, and a null image.
 class TextureLoader
 {
 public:
@@ -27,10 +27,12 @@ public:
 
 private:
     QString find(const QString& name, const QStringList& folders) const;
-    QImage read(QImageReader& reader, const QString& name) const;
+    QImage read(QImageReader& reader, const QString& name);
+    void warn(const QString& name, const QString& trouble);
 
     QString m_path;
     QHash<QString, QImage> m_images;
+    int m_warnings = 0;
 };
 
 } // namespace readers

@@ -17,7 +17,7 @@ constexpr double largestCoordinate = 1e15;
 
 QString quotedText(const QString& text)
 {
-    return quoted(text.toUtf8().constData());
+    return inQuotes(text.toUtf8().constData());
 }
 
 int getDepth(const QJsonValue& value, int limit)
@@ -62,6 +62,7 @@ GeoJsonParser::GeoJsonParser(ksp::StagedProgress progress)
 
 std::vector<std::unique_ptr<FeatureElement>> GeoJsonParser::parse(const QByteArray& bytes)
 {
+    m_progress.throwIfCanceled();
     QJsonParseError error;
     const QJsonDocument document = QJsonDocument::fromJson(bytes, &error);
     if (error.error != QJsonParseError::NoError)
@@ -87,6 +88,7 @@ std::vector<std::unique_ptr<FeatureElement>> GeoJsonParser::parse(const QByteArr
     } else {
         addFeature({{QLatin1String("geometry"), root}});
     }
+    m_progress.setPercentage(100.0);
     if (!m_hasParts) throw ksp::CommonError(QStringLiteral("has nothing to draw"));
     return std::move(m_features);
 }

@@ -31,7 +31,7 @@ constexpr quint32 binaryChunk = 0x004e4942;
 
 QString quotedText(const QString& text)
 {
-    return quoted(text.toUtf8().constData());
+    return inQuotes(text.toUtf8().constData());
 }
 
 std::uint64_t sizeOf(int componentType)

@@ -26,6 +26,8 @@ public:
     const QString& getFolder() const { return m_folder; }
     /// Bytes of the file.
     std::uint64_t getSize() const { return static_cast<std::uint64_t>(m_bytes.size()); }
+    /// The number of members that one of the root's lists has.
+    int getCountOf(const char* list) const { return m_root.value(QLatin1String(list)).toArray().size(); }
     /// The numbered member of one of the root's lists.
     QJsonObject getMember(const char* list, const QJsonValue& index) const;
 

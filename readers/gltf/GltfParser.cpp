@@ -18,6 +18,7 @@ enum Mode { Points, Lines, LineLoop, LineStrip, Triangles, TriangleStrip, Triang
 // name one mesh in very many nodes.
 constexpr std::uint64_t freeEntries = 8'000'000;
 constexpr std::uint64_t entriesPerByte = 2;
+constexpr std::uint64_t entriesPerPrimitive = 64; // the time that finding it takes, in the same measure
 
 glm::dvec4 readVector(const QJsonObject& object, const char* name, const glm::dvec4& defaultValue, int size)
 {
@@ -78,17 +79,17 @@ GltfParser::GltfParser(QIODevice& device, const QString& path, ksp::StagedProgre
 
 std::vector<MeshData> GltfParser::parse()
 {
-    const int nodeCount = m_document.getRoot().value(QLatin1String("nodes")).toArray().size();
-    std::vector<Visit> open;
-    const QJsonArray roots = getRootNodes();
-    for (int i = roots.size() - 1; i >= 0; --i)
-        open.push_back({static_cast<int>(toWhole(roots.at(i), 0, "a node of the scene")), glm::dmat4(1.0)});
-    while (!open.empty()) {
-        m_progress.throwIfCanceled();
-        m_progress.setDone(static_cast<double>(m_visited.size()), nodeCount);
-        const Visit visit = open.back();
-        open.pop_back();
-        addNode(visit, open);
+    m_visited.resize(static_cast<std::size_t>(m_document.getCountOf("nodes")));
+    std::vector<Walk> walks(1);
+    walks[0].nodes = getRootNodes();
+    while (!walks.empty()) {
+        Walk& walk = walks.back();
+        if (walk.next == walk.nodes.size()) {
+            walks.pop_back();
+            continue;
+        }
+        Walk children = addNode(walk.nodes.at(walk.next++), walk.transform);
+        if (!children.nodes.isEmpty()) walks.push_back(std::move(children));
     }
     takeMesh();
     m_leftOut.fanned = m_triangulator.getFannedCount();
@@ -108,37 +109,45 @@ QJsonArray GltfParser::getRootNodes() const
             .toArray();
     }
     const QJsonArray nodes = root.value(QLatin1String("nodes")).toArray();
-    std::set<int> children;
+    std::vector<bool> isChild(static_cast<std::size_t>(nodes.size()), false);
     for (const QJsonValue& node : nodes) {
         const QJsonArray list = node.toObject().value(QLatin1String("children")).toArray();
-        for (const QJsonValue& child : list)
-            children.insert(child.toInt(-1));
+        for (const QJsonValue& child : list) {
+            const int number = child.toInt(-1);
+            if (number >= 0 && number < nodes.size()) isChild[static_cast<std::size_t>(number)] = true;
+        }
     }
     QJsonArray roots;
     for (int i = 0; i < nodes.size(); ++i) {
-        if (children.count(i) == 0) roots.append(i);
+        if (!isChild[static_cast<std::size_t>(i)]) roots.append(i);
     }
     return roots;
 }
 
-void GltfParser::addNode(const Visit& visit, std::vector<Visit>& open)
+// Adds what the node itself draws; gives its children.
+GltfParser::Walk GltfParser::addNode(const QJsonValue& index, const glm::dmat4& parent)
 {
-    const QJsonObject node = m_document.getMember("nodes", visit.node);
-    if (!m_visited.insert(visit.node).second)
-        throw ksp::CommonError(
-            QStringLiteral("node %1 stands in two places or within itself").arg(visit.node));
-    const glm::dmat4 transform = visit.parent * readTransform(node);
-    if (!isFinite(transform))
-        throw ksp::CommonError(QStringLiteral("the transform of node %1 is not finite").arg(visit.node));
+    const QJsonObject node = m_document.getMember("nodes", index);
+    const auto number = static_cast<std::size_t>(index.toInt());
+    if (m_visited[number])
+        throw ksp::CommonError(QStringLiteral("node %1 stands in two places or within itself").arg(number));
+    m_visited[number] = true;
+    m_progress.throwIfCanceled();
+    m_progress.setDone(static_cast<double>(++m_visitCount), static_cast<double>(m_visited.size()));
+
+    Walk children;
+    children.nodes = node.value(QLatin1String("children")).toArray();
+    children.transform = parent * readTransform(node);
+    if (!isFinite(children.transform))
+        throw ksp::CommonError(QStringLiteral("the transform of node %1 is not finite").arg(number));
     const QJsonValue meshIndex = node.value(QLatin1String("mesh"));
     if (!meshIndex.isUndefined()) {
         const QJsonObject mesh = m_document.getMember("meshes", meshIndex);
         const QString name = node.value(QLatin1String("name")).toString();
-        addMesh(mesh, name.isEmpty() ? mesh.value(QLatin1String("name")).toString() : name, transform);
+        addMesh(mesh, name.isEmpty() ? mesh.value(QLatin1String("name")).toString() : name,
+                children.transform);
     }
-    const QJsonArray children = node.value(QLatin1String("children")).toArray();
-    for (int i = children.size() - 1; i >= 0; --i)
-        open.push_back({static_cast<int>(toWhole(children.at(i), 0, "a child of a node")), transform});
+    return children;
 }
 
 void GltfParser::addMesh(const QJsonObject& mesh, const QString& name, const glm::dmat4& transform)
@@ -178,6 +187,7 @@ void GltfParser::addPrimitive(const QJsonObject& primitive, const glm::dmat4& tr
     const int mode = primitive.value(QLatin1String("mode")).toInt(Triangles);
     if (mode < Points || mode > TriangleFan)
         throw ksp::CommonError(QStringLiteral("a primitive has the unknown mode %1").arg(mode));
+    charge(entriesPerPrimitive);
     const GltfMaterials::Entry& look = m_materials.get(primitive.value(QLatin1String("material")));
     const auto first = static_cast<std::uint32_t>(m_mesh->getVertexCount());
     addVertices(attributes, look, transform, colored);

@@ -6,7 +6,6 @@
 #include <readers/gltf/GltfMaterials.h>
 
 #include <memory>
-#include <set>
 
 namespace readers {
 
@@ -22,14 +21,16 @@ public:
     std::vector<MeshData> parse();
 
 private:
-    struct Visit
+    /// Nodes that are being walked through, in a transform that they share.
+    struct Walk
     {
-        int node;
-        glm::dmat4 parent; ///< the transform that it stands in
+        QJsonArray nodes;
+        int next = 0;
+        glm::dmat4 transform = glm::dmat4(1.0);
     };
 
     QJsonArray getRootNodes() const;
-    void addNode(const Visit& visit, std::vector<Visit>& open);
+    Walk addNode(const QJsonValue& index, const glm::dmat4& parent);
     void addMesh(const QJsonObject& mesh, const QString& name, const glm::dmat4& transform);
     void addPrimitive(const QJsonObject& primitive, const glm::dmat4& transform, bool colored);
     void addVertices(const QJsonObject& attributes, const GltfMaterials::Entry& look,
@@ -49,7 +50,8 @@ private:
     PolygonTriangulator m_triangulator;
     std::unique_ptr<MeshAssembler> m_mesh; // under way
     std::vector<MeshData> m_meshes;
-    std::set<int> m_visited;
+    std::vector<bool> m_visited; // nodes
+    std::size_t m_visitCount = 0;
     std::uint64_t m_entriesLeft;
     LeftOut m_leftOut;
 };

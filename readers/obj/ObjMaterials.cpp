@@ -38,9 +38,10 @@ void ObjMaterials::addLibraries(std::string_view text)
         if (name.empty()) break;
         if (addLibrary(QString::fromUtf8(name.data(), static_cast<int>(name.size())))) found = true;
     }
-    if (!found)
-        ksp::Log::warning(QStringLiteral("%1: the material library %2 is missing, the default colour is used")
-                              .arg(m_path, quoted(text)));
+    if (found || m_hasWarned) return;
+    m_hasWarned = true;
+    ksp::Log::warning(QStringLiteral("%1: the material library %2 is missing, the default colour is used")
+                          .arg(m_path, inQuotes(text)));
 }
 
 bool ObjMaterials::addLibrary(const QString& name)

@@ -17,8 +17,8 @@ public:
     /// path: the OBJ file.
     explicit ObjMaterials(const QString& path);
 
-    /// Reads a library, named relative to the OBJ file; one that is missing gives a warning in the log. text:
-    /// the rest of the statement, one name with blanks in it or several names.
+    /// Reads a library, named relative to the OBJ file; the first that is missing gives a warning in the log.
+    /// text: the rest of the statement, one name with blanks in it or several names.
     void addLibraries(std::string_view text);
     /// The material, its texture loaded at the first call, or null. The first definition of a name counts.
     /// Lives as long as this.
@@ -36,6 +36,7 @@ private:
     QString m_path;
     QString m_folder;
     TextureLoader m_textures;
+    bool m_hasWarned = false;
     std::set<QString> m_libraries;
     std::map<std::string, Entry, std::less<>> m_entries;
 };

@@ -50,6 +50,8 @@ bool ObjParser::readStatement(InputBuffer& input, std::string_view& keyword, std
             goesOn = !rest.empty() && rest.back() == '\\';
             m_statement.append(rest.substr(0, rest.size() - (goesOn ? 1 : 0)));
             m_statement.push_back(' ');
+            if (m_statement.size() > InputBuffer::longestLine)
+                fail(QStringLiteral("a statement longer than 4 MiB"));
             goesOn = goesOn && input.readLine(rest);
         }
         rest = m_statement;
@@ -110,7 +112,7 @@ int ObjParser::readNumbers(std::string_view rest, double* numbers, int most, int
     while (count < most) {
         const std::string_view token = takeToken(rest);
         if (token.empty() || token[0] == '#') break;
-        if (!toDouble(token, numbers[count])) fail(quoted(token) + QStringLiteral(" is not a number"));
+        if (!toDouble(token, numbers[count])) fail(inQuotes(token) + QStringLiteral(" is not a number"));
         ++count;
     }
     if (count < least) fail(QStringLiteral("%1 numbers where %2 are needed").arg(count).arg(least));
@@ -203,7 +205,7 @@ std::int32_t ObjParser::readIndex(std::string_view text, std::int64_t countSoFar
                                   std::size_t countInAll) const
 {
     std::int64_t index = 0;
-    if (!toInteger(text, index)) fail(quoted(text) + QStringLiteral(" is not an index"));
+    if (!toInteger(text, index)) fail(inQuotes(text) + QStringLiteral(" is not an index"));
     const std::int64_t number = index > 0 ? index - 1 : index < 0 ? index + countSoFar : -1;
     if (number < 0 || number >= static_cast<std::int64_t>(countInAll))
         fail(QStringLiteral("index %1 is out of range, there are %2").arg(index).arg(countInAll));

@@ -91,7 +91,7 @@ double OffParser::readNumber()
     const std::string_view token = takeToken(m_line);
     double value = 0.0;
     if (token.empty()) fail(QStringLiteral("a number is missing"));
-    if (!toDouble(token, value)) fail(quoted(token) + QStringLiteral(" is not a number"));
+    if (!toDouble(token, value)) fail(inQuotes(token) + QStringLiteral(" is not a number"));
     return value;
 }
 
@@ -99,7 +99,7 @@ std::uint64_t OffParser::readCount()
 {
     const std::string_view token = takeToken(m_line);
     std::int64_t value = 0;
-    if (!toInteger(token, value) || value < 0) fail(quoted(token) + QStringLiteral(" is not a count"));
+    if (!toInteger(token, value) || value < 0) fail(inQuotes(token) + QStringLiteral(" is not a count"));
     return static_cast<std::uint64_t>(value);
 }
 

@@ -11,6 +11,7 @@ namespace readers {
 namespace {
 
 constexpr std::uint64_t longestHead = 1024 * 1024; // bytes
+constexpr std::size_t mostElements = 1000;
 
 [[noreturn]] void fail(const InputBuffer& input, const QString& reason)
 {
@@ -43,7 +44,7 @@ PlyHeader::Type readType(const InputBuffer& input, std::string_view name)
     for (const Name& entry : names) {
         if (entry.name == name) return entry.type;
     }
-    fail(input, quoted(name) + QStringLiteral(" is not a type of property"));
+    fail(input, inQuotes(name) + QStringLiteral(" is not a type of property"));
 }
 
 PlyHeader::Format readFormat(const InputBuffer& input, std::string_view name)
@@ -51,7 +52,7 @@ PlyHeader::Format readFormat(const InputBuffer& input, std::string_view name)
     if (name == "ascii") return PlyHeader::Ascii;
     if (name == "binary_little_endian") return PlyHeader::LittleEndian;
     if (name == "binary_big_endian") return PlyHeader::BigEndian;
-    fail(input, quoted(name) + QStringLiteral(" is not a format"));
+    fail(input, inQuotes(name) + QStringLiteral(" is not a format"));
 }
 
 void addElement(const InputBuffer& input, std::string_view rest, PlyHeader& header)
@@ -60,8 +61,10 @@ void addElement(const InputBuffer& input, std::string_view rest, PlyHeader& head
     element.name = takeToken(rest);
     const std::string_view text = takeToken(rest);
     std::int64_t count = 0;
-    if (!toInteger(text, count) || count < 0) fail(input, quoted(text) + QStringLiteral(" is not a count"));
+    if (!toInteger(text, count) || count < 0) fail(input, inQuotes(text) + QStringLiteral(" is not a count"));
     element.count = static_cast<std::uint64_t>(count);
+    if (header.elements.size() >= mostElements)
+        fail(input, QStringLiteral("more than %1 elements").arg(mostElements));
     for (const PlyHeader::Element& other : header.elements) {
         if (other.name == element.name) fail(input, QStringLiteral("an element is declared twice"));
     }
@@ -92,7 +95,7 @@ void checkCounts(const InputBuffer& input, const PlyHeader& header)
         if (element.count > left / record)
             throw ksp::CommonError(QStringLiteral("is too short: %1 records of %2 do not fit into %3 bytes")
                                        .arg(element.count)
-                                       .arg(quoted(element.name))
+                                       .arg(inQuotes(element.name))
                                        .arg(left - 1));
         left -= element.count * record;
     }
@@ -149,7 +152,7 @@ PlyHeader PlyHeader::read(InputBuffer& input)
         } else if (keyword == "property") {
             addProperty(input, line, header);
         } else if (!keyword.empty() && keyword != "ply" && keyword != "comment" && keyword != "obj_info") {
-            fail(input, quoted(keyword) + QStringLiteral(" is not a statement of a head"));
+            fail(input, inQuotes(keyword) + QStringLiteral(" is not a statement of a head"));
         }
     }
     throw ksp::CommonError(QStringLiteral("ends within its head"));

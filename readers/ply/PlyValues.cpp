@@ -13,7 +13,7 @@ namespace readers {
 void PlyValues::fail(const QString& reason) const
 {
     throw ksp::CommonError(QStringLiteral("element %1, record %2: %3")
-                               .arg(quoted(m_element->name))
+                               .arg(inQuotes(m_element->name))
                                .arg(m_record + 1)
                                .arg(reason));
 }
@@ -32,7 +32,7 @@ double PlyValues::readText()
     std::string_view token;
     if (!m_input.readToken(token)) fail(QStringLiteral("the file ends here"));
     double value = 0.0;
-    if (!toDouble(token, value)) fail(quoted(token) + QStringLiteral(" is not a number"));
+    if (!toDouble(token, value)) fail(inQuotes(token) + QStringLiteral(" is not a number"));
     return value;
 }
 

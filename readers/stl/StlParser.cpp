@@ -106,7 +106,7 @@ void StlParser::readText()
         const std::string_view keyword = takeToken(line);
         if (keyword.empty()) continue;
         if (!isKeyword(keyword, "solid"))
-            fail(quoted(keyword) + QStringLiteral(" where a solid should begin"));
+            fail(inQuotes(keyword) + QStringLiteral(" where a solid should begin"));
         const std::string_view name = trimmed(line);
         readSolid(QString::fromUtf8(name.data(), static_cast<int>(name.size())));
     }
@@ -119,7 +119,7 @@ void StlParser::readSolid(const QString& name)
         const std::string_view keyword = next();
         if (isKeyword(keyword, "endsolid")) break;
         if (!isKeyword(keyword, "facet"))
-            fail(quoted(keyword) + QStringLiteral(" where a facet should begin"));
+            fail(inQuotes(keyword) + QStringLiteral(" where a facet should begin"));
         readFacet(mesh);
     }
     std::string_view restOfLine; // the name once more
@@ -139,7 +139,7 @@ void StlParser::readFacet(MeshAssembler& mesh)
         const std::string_view keyword = next();
         if (isKeyword(keyword, "endloop")) break;
         if (!isKeyword(keyword, "vertex"))
-            fail(quoted(keyword) + QStringLiteral(" where a vertex should be"));
+            fail(inQuotes(keyword) + QStringLiteral(" where a vertex should be"));
         const double x = readNumber();
         const double y = readNumber();
         m_corners.push_back(mesh.addVertex({x, y, readNumber()}));
@@ -162,14 +162,14 @@ void StlParser::expect(const char* keyword)
 {
     const std::string_view token = next();
     if (!isKeyword(token, keyword))
-        fail(quoted(token) + QStringLiteral(" where \"%1\" should be").arg(QLatin1String(keyword)));
+        fail(inQuotes(token) + QStringLiteral(" where \"%1\" should be").arg(QLatin1String(keyword)));
 }
 
 double StlParser::readNumber()
 {
     const std::string_view token = next();
     double value = 0.0;
-    if (!toDouble(token, value)) fail(quoted(token) + QStringLiteral(" is not a number"));
+    if (!toDouble(token, value)) fail(inQuotes(token) + QStringLiteral(" is not a number"));
     return value;
 }
 
