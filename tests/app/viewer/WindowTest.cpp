@@ -145,6 +145,7 @@ TEST_F(Window, ShowsTheSamples)
     saveTestImage("window_town", image);
     EXPECT_GT(drawn(image), image.width() * image.height() / 4);
     EXPECT_EQ(m_window->messages().text(), "");
+    saveTestImage("window_whole", m_window->grab().toImage());
 }
 
 TEST_F(Window, WheelZoomsToTheCursorInBothProjections)

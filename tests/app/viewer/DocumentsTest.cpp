@@ -1,0 +1,75 @@
+#include "ViewerProcess.h"
+
+#include <viewer/cli/CommandLine.h>
+#include <viewer/cli/UsageError.h>
+
+#include <QtCore/QFile>
+#include <QtCore/QFileInfo>
+#include <QtGui/QImage>
+
+// The documents tell what is so.
+
+namespace {
+
+QString document(const QString& name)
+{
+    QFile file(QStringLiteral(V3D_SOURCE_DIR "/") + name);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << qPrintable(name);
+    return QString::fromUtf8(file.readAll());
+}
+
+} // namespace
+
+TEST(Documents, ReadmeListsThePackagesOfTheOneList)
+{
+    const QString readme = document("README.md");
+    int packages = 0;
+    for (const QString& line : document("cmake/dependencies.txt").split('\n', Qt::SkipEmptyParts)) {
+        if (line.startsWith('#')) continue;
+        const QString package = line.section(' ', 1, 1, QString::SectionSkipEmpty);
+        const QString purpose = line.section(' ', 2, -1, QString::SectionSkipEmpty);
+        const QString use = line.startsWith("run") ? "build and run" : "tests";
+        const QString row = QStringLiteral("| `%1` | %2 | %3 |\n").arg(package, use, purpose);
+        EXPECT_TRUE(readme.contains(row)) << qPrintable(row);
+        ++packages;
+    }
+    EXPECT_EQ(readme.count(QRegularExpression("^\\| `[a-z0-9+.-]+` \\| (build and run|tests) \\|",
+                                              QRegularExpression::MultilineOption)),
+              packages);
+}
+
+TEST(Documents, LinksLeadSomewhere)
+{
+    for (const QString name :
+         {"README.md", "docs/user-guide.md", "docs/architecture.md", "docs/extending.md"}) {
+        const QDir folder = QFileInfo(QStringLiteral(V3D_SOURCE_DIR "/") + name).dir();
+        auto links = QRegularExpression("\\]\\(([^)#]+)\\)").globalMatch(document(name));
+        EXPECT_TRUE(links.hasNext() || name == "docs/architecture.md") << qPrintable(name);
+        while (links.hasNext()) {
+            const QString target = links.next().captured(1);
+            EXPECT_TRUE(QFileInfo::exists(folder.filePath(target))) << qPrintable(name + ": " + target);
+        }
+    }
+}
+
+TEST(Documents, CommandOfTheReadmePictureIsRight)
+{
+    const QRegularExpression pattern("^    \\./run\\.sh (render .*)$", QRegularExpression::MultilineOption);
+    const QRegularExpressionMatch match = pattern.match(document("README.md"));
+    ASSERT_TRUE(match.hasMatch());
+    const QStringList arguments = match.captured(1).remove('\'').split(' ', Qt::SkipEmptyParts);
+    const RenderOptions options = std::get<RenderOptions>(parseCommandLine(arguments));
+    EXPECT_EQ(QImage(QStringLiteral(V3D_SOURCE_DIR "/docs/images/town.png")).size(), options.size);
+}
+
+TEST(Documents, UserGuideNamesEveryOptionOfRender)
+{
+    const QString guide = document("docs/user-guide.md");
+    const QString help = std::get<HelpRequest>(parseCommandLine({"render", "--help"})).text;
+    auto options = QRegularExpression("--[a-z]+").globalMatch(help);
+    while (options.hasNext()) {
+        const QString option = options.next().captured();
+        EXPECT_TRUE(option == "--help" || option == "--output" || guide.contains(option + ' '))
+            << qPrintable(option);
+    }
+}
