@@ -10,6 +10,7 @@
 
 class CProject;
 class Host;
+class MeshElement;
 class Scene3d;
 
 /// Brings files into a project: files of geometry as mesh elements, what model readers read as their
@@ -42,7 +43,7 @@ public:
 
 private:
     Elements readNodes(const QString& path, ksp::StagedProgress progress) const;
-    void readMeshes(const QString& path, const std::vector<class MeshElement*>& elements,
+    void readMeshes(const QString& path, const std::vector<MeshElement*>& elements,
                     ksp::StagedProgress progress) const;
 
     const Host& m_host;
