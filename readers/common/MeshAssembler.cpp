@@ -22,6 +22,17 @@ bool isUsablePoint(const glm::dvec3& p)
            std::abs(p.z) <= largestCoordinate;
 }
 
+// All coordinates to the digits that a float has of the largest: then whole and other short numbers in the
+// neighbourhood come out of the subtraction unrounded, and nothing is lost, since the origin is not far.
+glm::dvec3 roundedToFloat(const glm::dvec3& p)
+{
+    constexpr int digits = std::numeric_limits<float>::digits;
+    const double largest = std::max({std::abs(p.x), std::abs(p.y), std::abs(p.z)});
+    if (largest < std::numeric_limits<float>::min()) return glm::dvec3(0.0);
+    const double step = std::ldexp(1.0, std::ilogb(largest) + 1 - digits);
+    return glm::round(p / step) * step;
+}
+
 double toUnit(double value)
 {
     return value > 0.0 ? std::min(value, 1.0) : 0.0; // NaN becomes 0
@@ -67,7 +78,7 @@ std::uint32_t MeshAssembler::addVertex(const glm::dvec3& position)
         throw ksp::CommonError(QStringLiteral("has more vertices than one mesh can hold"));
     const bool usable = isUsablePoint(position);
     if (usable && !m_hasOrigin) {
-        m_data.origin = position;
+        m_data.origin = roundedToFloat(position);
         m_hasOrigin = true;
     }
     m_data.positions.push_back(usable ? glm::vec3(position - m_data.origin) : glm::vec3(unusable));

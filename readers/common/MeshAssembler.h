@@ -19,9 +19,9 @@ struct Material
 
 /// Puts one MeshData together from vertices in doubles and primitives that name them.
 ///
-/// The first usable vertex becomes the origin. A vertex is usable when its coordinates are finite and not
-/// beyond 1e15; primitives with another are left out and counted. Vertices that no primitive uses are
-/// dropped.
+/// The first usable vertex, rounded to a float's digits, becomes the origin. A vertex is usable when its
+/// coordinates are finite and not beyond 1e15; primitives with another are left out and counted. Vertices
+/// that no primitive uses are dropped.
 class MeshAssembler
 {
 public:

@@ -36,9 +36,22 @@ TEST_F(ObjTest, MillimetresLastAtGeodeticCoordinates)
     const auto meshes = readObj("v 2700000.123 1200000.456 400.789\nv 2700000.124 1200000.456 400.789\n"
                                 "v 2700000.123 1200000.457 400.789\nf 1 2 3\n");
     const auto corners = cornersOf(meshes.at(0));
-    EXPECT_NEAR(corners[1].x - corners[0].x, 0.001, 1e-9);
-    EXPECT_NEAR(corners[2].y - corners[0].y, 0.001, 1e-9);
-    EXPECT_EQ(corners[0], glm::dvec3(2700000.123, 1200000.456, 400.789));
+    EXPECT_NEAR(corners[1].x - corners[0].x, 0.001, 1e-8);
+    EXPECT_NEAR(corners[2].y - corners[0].y, 0.001, 1e-8);
+    EXPECT_NEAR(corners[0].x, 2700000.123, 1e-8);
+    EXPECT_NEAR(corners[0].y, 1200000.456, 1e-8);
+    EXPECT_NEAR(corners[0].z, 400.789, 1e-8);
+}
+
+TEST_F(ObjTest, ShortNumbersComeBackExactly)
+{
+    const auto large =
+        cornersOf(readObj("v 0.1 -2.9916 7000000.3\nv -3 4 7000001\nv 0 -0.5 7000256\nf 1 2 3\n").at(0));
+    EXPECT_EQ(large[1], glm::dvec3(-3, 4, 7000001));
+    EXPECT_EQ(large[2], glm::dvec3(0, -0.5, 7000256));
+    const auto small = cornersOf(readObj("v 0.1 -2.9916 0\nv -3 4 0.5\nv 0 -0.25 1\nf 1 2 3\n").at(0));
+    EXPECT_EQ(small[1], glm::dvec3(-3, 4, 0.5));
+    EXPECT_EQ(small[2], glm::dvec3(0, -0.25, 1));
 }
 
 TEST_F(ObjTest, LinesAndPointsAreRead)

@@ -41,7 +41,7 @@ TEST_F(StlTest, MillimetresLastAtGeodeticCoordinates)
         cornersOf(readStl("solid\nfacet normal 0 0 0 outer loop vertex 2700000.123 0 0 "
                           "vertex 2700000.124 0 0 vertex 2700000.123 1 0 endloop endfacet\nendsolid")
                       .at(0));
-    EXPECT_NEAR(corners[1].x - corners[0].x, 0.001, 1e-9);
+    EXPECT_NEAR(corners[1].x - corners[0].x, 0.001, 1e-8);
 }
 
 TEST_F(StlTest, SolidsAreMeshesOfTheirOwnAndKeywordsOfAnyCase)
