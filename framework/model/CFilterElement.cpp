@@ -9,6 +9,7 @@ bool setRejected(std::set<Key>& rejected, Key key, bool reject)
     return reject ? rejected.insert(key).second : rejected.erase(key) > 0;
 }
 
+// Loading adds to the set.
 template <typename Key>
 void serializeSet(CQtArchive& archive, std::set<Key>& keys)
 {
@@ -18,14 +19,12 @@ void serializeSet(CQtArchive& archive, std::set<Key>& keys)
             archive.value(key);
         return;
     }
-    std::set<Key> loaded;
     const std::uint32_t count = archive.readCount(sizeof(Key));
     for (std::uint32_t i = 0; i < count; ++i) {
         Key key = 0;
         archive.value(key);
-        loaded.insert(key);
+        keys.insert(key);
     }
-    keys.swap(loaded);
 }
 
 } // namespace
@@ -39,7 +38,7 @@ CFilterElement::~CFilterElement() = default;
 
 int CFilterElement::getType() const
 {
-    return 0x36FF9100;
+    return Type;
 }
 
 bool CFilterElement::isTypeAccepted(int type) const
@@ -70,6 +69,19 @@ void CFilterElement::setCondition(std::function<bool(const CModelElement&)> cond
 }
 
 void CFilterElement::serialize(CQtArchive& archive)
+{
+    if (!archive.isLoading()) {
+        serializeFields(archive);
+        return;
+    }
+    CFilterElement loaded;
+    loaded.serializeFields(archive);
+    takeStored(loaded);
+    m_rejectedTypes.swap(loaded.m_rejectedTypes);
+    m_rejectedElements.swap(loaded.m_rejectedElements);
+}
+
+void CFilterElement::serializeFields(CQtArchive& archive)
 {
     CModelElement::serialize(archive);
     archive.beginObject();

@@ -11,10 +11,12 @@
 class HOSTFRAMEWORK_EXPORT CFilterElement : public CModelElement, public IElementFilter
 {
 public:
+    /// The scene filter.
+    static constexpr int Type = 0x36FF9100;
+
     explicit CFilterElement(CModelElement* owner = nullptr);
     ~CFilterElement() override;
 
-    /// 0x36FF9100, the scene filter.
     int getType() const override;
 
     bool isTypeAccepted(int type) const override;
@@ -28,6 +30,8 @@ public:
     void serialize(CQtArchive& archive) override;
 
 private:
+    void serializeFields(CQtArchive& archive);
+
     std::set<int> m_rejectedTypes;
     std::set<LONGID> m_rejectedElements;
     std::function<bool(const CModelElement&)> m_condition;

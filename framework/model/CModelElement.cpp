@@ -38,6 +38,28 @@ PropertyList withoutDoubles(PropertyList properties)
     return result;
 }
 
+void storeProperties(CQtArchive& archive, PropertyList& properties)
+{
+    archive.writeUInt(static_cast<std::uint32_t>(properties.size()));
+    for (auto& property : properties) {
+        archive.value(property.first);
+        archive.value(property.second);
+    }
+}
+
+PropertyList loadProperties(CQtArchive& archive)
+{
+    constexpr std::size_t smallestProperty = 8; // the length of the name and the kind of the value
+    PropertyList properties(archive.readCount(smallestProperty));
+    for (auto& property : properties) {
+        archive.value(property.first);
+        archive.value(property.second);
+        if (!property.second.isValid()) // a null that somebody set on purpose, as JSON has it
+            property.second = QVariant::fromValue(nullptr);
+    }
+    return withoutDoubles(std::move(properties));
+}
+
 } // namespace
 
 CModelElement::CModelElement(CModelElement* owner)
@@ -129,53 +151,29 @@ void CModelElement::setProperties(std::vector<std::pair<QString, QVariant>> prop
 
 void CModelElement::serialize(CQtArchive& archive)
 {
+    QString name = m_name;
+    bool visible = m_visible;
+    PropertyList loaded;
     archive.beginObject();
-    archive.value(m_name);
-    archive.value(m_visible);
-    serializeProperties(archive);
+    archive.value(name);
+    archive.value(visible);
+    if (archive.isLoading())
+        loaded = loadProperties(archive);
+    else
+        storeProperties(archive, m_properties);
     archive.endObject(1);
     archive.finish();
+    if (!archive.isLoading()) return;
+    m_name = name;
+    m_visible = visible;
+    m_properties.swap(loaded);
 }
 
-void CModelElement::serializeProperties(CQtArchive& archive)
+void CModelElement::takeStored(CModelElement& loaded)
 {
-    if (!archive.isLoading()) {
-        archive.writeUInt(static_cast<std::uint32_t>(m_properties.size()));
-        for (auto& property : m_properties) {
-            archive.value(property.first);
-            archive.value(property.second);
-        }
-        return;
-    }
-    constexpr std::size_t smallestProperty = 8; // the length of the name and the kind of the value
-    PropertyList properties(archive.readCount(smallestProperty));
-    for (auto& property : properties) {
-        archive.value(property.first);
-        archive.value(property.second);
-        if (!property.second.isValid()) // a null that somebody set on purpose, as JSON has it
-            property.second = QVariant::fromValue(nullptr);
-    }
-    m_properties = withoutDoubles(std::move(properties));
+    m_name = loaded.m_name;
+    m_visible = loaded.m_visible;
+    m_properties.swap(loaded.m_properties);
 }
 
-void CModelElement::updateData(ISubject*)
-{
-    if (m_passingOn) return;
-    struct Mark
-    {
-        explicit Mark(CModelElement* of)
-            : element(of)
-        {
-            of->m_passingOn = true;
-        }
-        ~Mark()
-        {
-            if (element) element.get()->m_passingOn = false;
-        }
-        Mark(const Mark&) = delete;
-        Mark& operator=(const Mark&) = delete;
-        ksp::GuardedPtr<CModelElement> element; // an observer may destroy it
-    };
-    const Mark mark(this);
-    notifyObservers();
-}
+void CModelElement::updateData(ISubject*) {}

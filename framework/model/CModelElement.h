@@ -16,8 +16,10 @@ class CModelElementManager;
 /// One element of a project model: what the user sees, names and edits.
 ///
 /// An element gets its identifier from the manager that it is added to. It is a subject (its scene items and
-/// the elements that depend on it observe it) and an observer of the elements that it depends on; the base
-/// passes a change of those on to its own observers. Elements may depend on each other in circles.
+/// the elements that depend on it observe it) and an observer of the elements that it depends on. A change is
+/// not passed on from element to element: whoever shows elements asks the model for everything that depends
+/// on the one that changed (CProjectModel::getAllChildDependencies). So elements may depend on each other in
+/// circles, along many paths and in long chains.
 class HOSTFRAMEWORK_EXPORT CModelElement : public ISubject,
                                            public IObserver,
                                            public ksp::CGuardedObject,
@@ -63,17 +65,22 @@ public:
 
     /// Reads or writes the element: name, visibility and properties. An override serialises its base first,
     /// then its own fields in a frame of its own. Tells no observer; whoever loads into an element in use
-    /// notifies.
+    /// notifies. When loading throws, the element is as it was; an override keeps that for its own part by
+    /// reading into locals, and for the base's part by takeStored.
     virtual void serialize(CQtArchive& archive);
 
-    /// An element that this one depends on has changed: notifies the observers of this one. A change that
-    /// comes back while it is being passed on (a circle) ends here.
+    /// An element that this one depends on has changed. Does nothing; an element that keeps data derived from
+    /// it makes them anew here, and notifies.
     void updateData(ISubject* subject) override;
+
+protected:
+    /// Takes name, visibility and properties, what this class stores, over from an element that was loaded in
+    /// place of this one. Tells nobody.
+    void takeStored(CModelElement& loaded);
 
 private:
     friend class CModelElementManager;
     friend class ProjectFile;
-    void serializeProperties(CQtArchive& archive);
     LONGID m_id = 0;
     ksp::GuardedPtr<CModelElement> m_owner;
     CModelElementManager* m_manager = nullptr;
@@ -81,6 +88,5 @@ private:
     QString m_name;
     bool m_visible = true;
     bool m_highlighted = false;
-    bool m_passingOn = false;
     std::vector<std::pair<QString, QVariant>> m_properties;
 };

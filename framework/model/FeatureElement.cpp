@@ -39,6 +39,19 @@ gmx::BoundingBox FeatureElement::getBounds() const
 
 void FeatureElement::serialize(CQtArchive& archive)
 {
+    if (!archive.isLoading()) {
+        serializeFields(archive);
+        return;
+    }
+    FeatureElement loaded;
+    loaded.serializeFields(archive);
+    takeStored(loaded);
+    m_sourceId = loaded.m_sourceId;
+    m_parts.swap(loaded.m_parts);
+}
+
+void FeatureElement::serializeFields(CQtArchive& archive)
+{
     CModelElement::serialize(archive);
     archive.beginObject();
     archive.value(m_sourceId);
@@ -65,8 +78,8 @@ void FeatureElement::storeParts(CQtArchive& archive)
 void FeatureElement::loadParts(CQtArchive& archive)
 {
     constexpr std::size_t smallestPart = 9; // kind, hole, number of points
-    std::vector<Part> parts(archive.readCount(smallestPart));
-    for (Part& part : parts) {
+    m_parts.resize(archive.readCount(smallestPart));
+    for (Part& part : m_parts) {
         const std::uint32_t kind = archive.readUInt();
         if (kind > Part::Ring)
             throw ksp::CFileException(
@@ -78,5 +91,4 @@ void FeatureElement::loadParts(CQtArchive& archive)
         for (glm::dvec3& point : part.points)
             archive.block(&point, sizeof point);
     }
-    m_parts.swap(parts);
 }

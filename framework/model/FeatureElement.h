@@ -45,6 +45,7 @@ public:
     void serialize(CQtArchive& archive) override;
 
 private:
+    void serializeFields(CQtArchive& archive);
     void loadParts(CQtArchive& archive);
     void storeParts(CQtArchive& archive);
 

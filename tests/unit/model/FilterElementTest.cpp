@@ -1,5 +1,6 @@
 #include "ModelFixtures.h"
 
+#include <framework/ksp/CFileException.h>
 #include <framework/model/CFilterElement.h>
 #include <framework/model/CProjectModel.h>
 
@@ -19,6 +20,7 @@ protected:
 TEST_F(FilterElement, AcceptsEverythingAtFirst)
 {
     EXPECT_EQ(filter.getType(), 0x36FF9100);
+    EXPECT_EQ(CFilterElement::Type, 0x36FF9100);
     EXPECT_TRUE(filter.isTypeAccepted(0x101));
     EXPECT_TRUE(filter.isAccepted(*first));
 }
@@ -95,4 +97,39 @@ TEST_F(FilterElement, ArchiveRoundTripWithoutTheCondition)
     EXPECT_TRUE(loaded.isTypeAccepted(1));
     EXPECT_TRUE(loaded.isAccepted(*first));
     EXPECT_FALSE(loaded.isAccepted(*second));
+}
+
+TEST_F(FilterElement, FailedLoadingLeavesItAsItWas)
+{
+    CFilterElement other;
+    other.setName("new");
+    CQtArchive out; // the part of every element, then types, then more elements than there is room for
+    other.CModelElement::serialize(out);
+    out.beginObject();
+    out.writeUInt(1);
+    out.writeInt(7);
+    out.writeUInt(1000);
+    out.endObject(1);
+    out.finish();
+
+    filter.setName("old");
+    filter.setTypeAccepted(5, false);
+    CQtArchive in(out.data());
+    EXPECT_THROW(filter.serialize(in), ksp::CFileException);
+    EXPECT_EQ(filter.getName(), "old");
+    EXPECT_FALSE(filter.isTypeAccepted(5));
+    EXPECT_TRUE(filter.isTypeAccepted(7));
+}
+
+TEST_F(FilterElement, LoadingLeavesWhatIsNotStored)
+{
+    CFilterElement other;
+    CQtArchive out;
+    other.serialize(out);
+    filter.setHighlighted(true);
+    filter.setCondition([](const CModelElement&) { return false; });
+    CQtArchive in(out.data());
+    filter.serialize(in);
+    EXPECT_TRUE(filter.isHighlighted());
+    EXPECT_FALSE(filter.isAccepted(*first));
 }
