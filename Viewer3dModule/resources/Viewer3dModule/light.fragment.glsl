@@ -5,19 +5,20 @@ in vec3 view_position;
 
 uniform vec3 uLightDirection = vec3(1.0, 1.0, 1.0); // towards the light
 
-// The colour of the surface under the light, with a colour of its own for each term. Only a normal that is not zero
-// has a diffuse and a specular term. May exceed 1.
+// The colour of the surface under the light, with a colour of its own for each term. Where the diffuse term cannot be
+// told (the normal or the direction of the light is zero or not a number) there is the ambient one only. May exceed 1.
 vec3 lightColor(vec3 ambient_color, vec3 diffuse_color, vec3 specular_color)
 {
     const float ambient = 0.3;
-    float normal_length = length(view_normal);
-    if (!(normal_length > 0.0)) return ambient * ambient_color;
-
-    vec3 n = view_normal / normal_length;
-    vec3 l = normalize(uLightDirection);
-    vec3 v = normalize(-view_position);
+    vec3 n = view_normal / length(view_normal);
+    vec3 l = uLightDirection / length(uLightDirection);
     float diffuse = abs(dot(n, l));
-    float specular = 0.25 * pow(max(dot(v, reflect(-l, n)), 0.0), 32.0);
+    // drivers may make something else than a NaN of 0 / 0
+    bool has_directions = length(view_normal) > 0.0 && length(uLightDirection) > 0.0;
+    if (!has_directions || isnan(diffuse)) return ambient * ambient_color;
+
+    float mirrored = dot(normalize(-view_position), reflect(-l, n));
+    float specular = mirrored > 0.0 ? 0.25 * pow(mirrored, 32.0) : 0.0;
     return ambient * ambient_color + diffuse * diffuse_color + specular * specular_color;
 }
 

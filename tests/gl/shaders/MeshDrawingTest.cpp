@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace {
 
@@ -146,6 +147,44 @@ TEST_F(MeshDrawingTest, SurfaceWithoutNormalsHasTheAmbientTermOnly)
     draw(GL_TRIANGLE_STRIP, 4);
     for (int i = 0; i < Size; i += 9)
         expectColor(i, i, 0.3 * Vector(m_color));
+}
+
+TEST_F(MeshDrawingTest, SurfaceInLightWithoutADirectionHasTheAmbientTermOnly)
+{
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    setNormals({0, 0, 1});
+    for (const glm::vec3& direction : {glm::vec3(0.0f), glm::vec3(nan, 0.0f, 1.0f), glm::vec3(nan)}) {
+        set("uLightDirection", direction);
+        draw(GL_TRIANGLE_STRIP, 4);
+        for (int i = 0; i < Size; i += 9)
+            expectColor(i, i, 0.3 * Vector(m_color));
+    }
+}
+
+TEST_F(MeshDrawingTest, SurfaceWithNormalsThatAreNoNumbersHasTheAmbientTermOnly)
+{
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    for (const Vector& normal : {Vector(nan, 0.0, 1.0), Vector(nan)}) {
+        setNormals(normal);
+        draw(GL_TRIANGLE_STRIP, 4);
+        for (int i = 0; i < Size; i += 9)
+            expectColor(i, i, 0.3 * Vector(m_color));
+    }
+}
+
+// At the eye the direction to it is not known: there is no highlight, and the other terms stay.
+TEST_F(MeshDrawingTest, SurfaceAtTheEyeIsLit)
+{
+    glm::mat4 view(0.0f);
+    view[3][3] = 1.0f; // everything is at the eye
+    rectangle(0, 0, 0, 0);
+    setNormals({0, 0, 1});
+    set("uLightDirection", glm::vec3(0, 0, 1));
+    set("view", view);
+    set("pen_width", 8.0f);
+    draw(GL_POINTS, 1);
+    EXPECT_EQ(touchedCount(), 64);
+    expectColor(32, 32, 1.3 * Vector(m_color));
 }
 
 TEST_F(MeshDrawingTest, LightOffShowsTheColourItself)
