@@ -14,9 +14,33 @@ const int item_invisible_flag = -3;
 // What is handed on about the item from the vertex stage through all others, in the block "Item": the same fields in
 // every program, so that any two stages fit. Uniforms that change with every item are read by the vertex stage only:
 // a fragment stage that reads them costs a frame of many items twice the time.
-//   color  the item's colour after its flags
-//   index  the instance's index within its draw call, 0 in programs that draw no instances
-#define ITEM_FIELDS flat vec4 color; flat uvec2 id; flat int flags; flat int index;
+//   color         the item's colour after its flags
+//   index         the instance's index within its draw call, 0 in programs that draw no instances
+//   color_mode    the uniform uColorMode, see mesh.fragment
+//   is_lit        1 when the uniform uLightMode is set; only surfaces with normals look at it
+//   vertex_color  with RX_USE_PER_VERTEX_COLOR: the colour of the vertex, the one field that is interpolated
+#ifdef RX_USE_PER_VERTEX_COLOR
+#define VERTEX_COLOR_FIELD vec4 vertex_color;
+#define COPY_VERTEX_COLOR(from) item.vertex_color = from.vertex_color;
+#else
+#define VERTEX_COLOR_FIELD
+#define COPY_VERTEX_COLOR(from)
+#endif
+#define ITEM_FIELDS flat vec4 color; flat uvec2 id; flat int flags; flat int index; flat int color_mode; \
+    flat int is_lit; VERTEX_COLOR_FIELD
+
+// What every vertex stage is told about the item, and how it fills the block (all but vertex_color) with it.
+#define ITEM_UNIFORMS uniform vec4 item_color; uniform vec4 selection_color; uniform int uColorMode = 0; \
+    uniform bool uLightMode = true;
+#define FILL_ITEM(own_flags, own_id, own_index) \
+    item.color = colorFromFlags(own_flags, item_color, selection_color); \
+    item.id = own_id; item.flags = own_flags; item.index = own_index; \
+    item.color_mode = uColorMode; item.is_lit = uLightMode ? 1 : 0;
+
+// How a geometry stage hands the block on, before each vertex that it emits.
+#define COPY_ITEM(from) \
+    item.color = from.color; item.id = from.id; item.flags = from.flags; item.index = from.index; \
+    item.color_mode = from.color_mode; item.is_lit = from.is_lit; COPY_VERTEX_COLOR(from)
 
 // The colour of an item: nothing when it is hidden, the selection colour when it is highlighted, else its own.
 vec4 colorFromFlags(int flags, vec4 own_color, vec4 highlight_color)

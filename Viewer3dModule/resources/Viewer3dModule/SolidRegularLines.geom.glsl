@@ -105,7 +105,8 @@ vec3 fromSection(Joint joint, vec2 v)
     return quaternion_rotate(joint.rotation, vec3(v.x, 0.0, v.y));
 }
 
-void emitPoint(Joint joint, int i, vec3 direction, float along)
+// Emits point i of the section at the joint of this corner of the segment.
+void emitPoint(Joint joint, int corner, int i, vec3 direction, float along)
 {
     vec3 arm = fromSection(joint, section[i]);
     arm += joint.bend * (dot(arm, joint.bend) * (joint.stretch - 1.0));
@@ -119,10 +120,7 @@ void emitPoint(Joint joint, int i, vec3 direction, float along)
 #ifdef RX_USE_PER_VERTEX_TEX_COORDS
     texture_coords = vec2(along, float(i) / float(section_points_count - 1));
 #endif
-    item.color = item_in[1].color;
-    item.id = item_in[1].id;
-    item.flags = item_in[1].flags;
-    item.index = item_in[1].index;
+    COPY_ITEM(item_in[corner])
     EmitVertex();
 }
 
@@ -150,8 +148,8 @@ void main()
     float along_start = positionAlong(1);
     float along_end = positionAlong(2);
     for (int i = first; i <= last; ++i) {
-        emitPoint(start, i, direction, along_start);
-        emitPoint(end, i, direction, along_end);
+        emitPoint(start, 1, i, direction, along_start);
+        emitPoint(end, 2, i, direction, along_end);
     }
     EndPrimitive();
 }

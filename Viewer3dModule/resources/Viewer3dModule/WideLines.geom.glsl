@@ -34,13 +34,22 @@ vec4 nearCrossing(vec4 visible, vec4 hidden)
     return visible - v * (dot(visible, vec4(0.0, 0.0, 1.0, 1.0)) / dot(v.xyz, vec3(0.0, 0.0, 1.0)));
 }
 
-void emitCorner(vec4 end, vec2 shift)
+// The share of the segment that lies in front of the crossing, counted from the first end: where the colours of the
+// vertices are to be mixed.
+float nearShare(vec4 clip0, vec4 clip1)
+{
+    float depth0 = clip0.z + clip0.w;
+    return depth0 / (depth0 - (clip1.z + clip1.w));
+}
+
+// A corner around an end in pixels, which lies at this share of the segment.
+void emitCorner(vec4 end, float share, vec2 shift)
 {
     gl_Position = viewport_inverted * (end + vec4(shift, 0.0, 0.0));
-    item.color = item_in[0].color;
-    item.id = item_in[0].id;
-    item.flags = item_in[0].flags;
-    item.index = item_in[0].index;
+    COPY_ITEM(item_in[0])
+#ifdef RX_USE_PER_VERTEX_COLOR
+    item.vertex_color = mix(item_in[0].vertex_color, item_in[1].vertex_color, share);
+#endif
     EmitVertex();
 }
 
@@ -56,10 +65,14 @@ void main()
 
     vec4 ndc0 = clip0 / clip0.w;
     vec4 ndc1 = clip1 / clip1.w;
+    float share0 = 0.0;
+    float share1 = 1.0;
     if (behind0) {
         ndc0 = nearCrossing(ndc1, ndc0);
+        share0 = nearShare(clip0, clip1);
     } else if (behind1) {
         ndc1 = nearCrossing(ndc0, ndc1);
+        share1 = nearShare(clip0, clip1);
     }
 
     vec4 p0 = viewport * ndc0;
@@ -69,11 +82,11 @@ void main()
     vec2 dir = pixels < 1.0 ? vec2(0.0, 1.0) : along / pixels;
     vec2 perp = vec2(-dir.y, dir.x);
     float half_width = 0.5 * pen_width;
-    emitCorner(p0, -dir * half_width);
-    emitCorner(p0, perp * half_width);
-    emitCorner(p0, -perp * half_width);
-    emitCorner(p1, perp * half_width);
-    emitCorner(p1, -perp * half_width);
-    emitCorner(p1, dir * half_width);
+    emitCorner(p0, share0, -dir * half_width);
+    emitCorner(p0, share0, perp * half_width);
+    emitCorner(p0, share0, -perp * half_width);
+    emitCorner(p1, share1, perp * half_width);
+    emitCorner(p1, share1, -perp * half_width);
+    emitCorner(p1, share1, dir * half_width);
     EndPrimitive();
 }

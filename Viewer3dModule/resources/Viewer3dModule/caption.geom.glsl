@@ -34,10 +34,7 @@ void emitCorner(vec4 pixel, float s, float t)
 {
     gl_Position = viewport_inverted * pixel;
     texture_coords = vec2(s, t);
-    item.color = item_in[0].color;
-    item.id = item_in[0].id;
-    item.flags = item_in[0].flags;
-    item.index = item_in[0].index;
+    COPY_ITEM(item_in[0])
     EmitVertex();
 }
 

@@ -10,7 +10,6 @@ layout(location = 0) in vec3 point_coords;
 
 #ifdef RX_USE_PER_VERTEX_COLOR
 layout(location = 1) in vec4 point_color;
-out vec4 vertex_color;
 #endif
 
 #ifdef RX_USE_PER_VERTEX_NORMAL
@@ -44,8 +43,7 @@ uniform mat4 projection = mat4(1.0);
 uniform mat4 view = mat4(1.0);
 uniform mat4 model = mat4(1.0);
 uniform float pen_width = 1.0;
-uniform vec4 item_color;
-uniform vec4 selection_color;
+ITEM_UNIFORMS
 
 out Item
 {
@@ -72,9 +70,6 @@ void main()
     gl_Position = projection * eye;
     gl_PointSize = pen_width;
 
-#ifdef RX_USE_PER_VERTEX_COLOR
-    vertex_color = point_color;
-#endif
 #ifdef RX_USE_PER_VERTEX_NORMAL
     view_normal = normalMatrix * normal_coords;
     view_position = eye.xyz;
@@ -83,12 +78,12 @@ void main()
     texture_coords = tex_coords;
 #endif
 
-    item.color = colorFromFlags(item_flags, item_color, selection_color);
-    item.id = item_id;
-    item.flags = item_flags;
 #ifdef RX_USE_INSTANCED_DRAW
-    item.index = gl_InstanceID;
+    FILL_ITEM(item_flags, item_id, gl_InstanceID)
 #else
-    item.index = 0;
+    FILL_ITEM(item_flags, item_id, 0)
+#endif
+#ifdef RX_USE_PER_VERTEX_COLOR
+    item.vertex_color = point_color;
 #endif
 }

@@ -1,6 +1,7 @@
 #version 430 core
-// Dashes and gaps of fixed lengths in pixels, anew from the start of each segment. Only colours are dashed: a line is
-// selected in its gaps too. Dashed lines take no part in glue masks.
+// Dashes and gaps of fixed lengths in pixels, anew from the start of each segment, or from where it comes into sight
+// through the near plane. Only colours are dashed: a line is selected in its gaps too. Dashed lines take no part in
+// glue masks.
 //#include "shader:Viewer3dModule/DrawModes.glsl"
 //#include "shader:Viewer3dModule/SelectionMode.glsl"
 
@@ -11,19 +12,30 @@ in Item
 item;
 
 in vec4 vertPos;
-flat in vec3 startPos;
+flat in vec4 startPos;
+flat in vec2 dashes;
 
-uniform vec2 u_resolution;     // size of the viewport, pixels
-uniform float u_dashSize = 0.0; // pixels; below 1 the line is solid
-uniform float u_gapSize = 0.0;  // pixels
+uniform vec2 u_resolution; // size of the viewport, pixels
+
+// Where the segment starts on screen, normalised device coordinates. A start behind the camera has no such place: it is
+// moved along the segment, which this fragment is a point of, to the near plane.
+vec2 startOnScreen()
+{
+    float depth_of_start = startPos.z + startPos.w; // from the near plane on, where z = -w
+    vec4 start = startPos;
+    if (depth_of_start < 0.0)
+        start = mix(startPos, vertPos, depth_of_start / (depth_of_start - (vertPos.z + vertPos.w)));
+    return start.xy / start.w;
+}
 
 bool isInGap()
 {
-    if (u_dashSize < 1.0) return false;
-    vec2 from_start = vertPos.xy / vertPos.w - startPos.xy;
+    float dash = dashes.x;
+    if (dash < 1.0) return false;
+    vec2 from_start = vertPos.xy / vertPos.w - startOnScreen();
     float distance_in_pixels = length(from_start * u_resolution / 2.0);
-    float period = u_dashSize + u_gapSize;
-    return fract(distance_in_pixels / period) > u_dashSize / period;
+    float period = dash + dashes.y;
+    return fract(distance_in_pixels / period) > dash / period;
 }
 
 void main()

@@ -11,8 +11,9 @@ uniform mat4 model = mat4(1.0);
 uniform float pen_width = 1.0;
 uniform int item_flags = item_normal_flag;
 uniform uvec2 item_id = uvec2(0u, 0u);
-uniform vec4 item_color;
-uniform vec4 selection_color;
+uniform float u_dashSize = 0.0; // pixels; below 1 the line is solid
+uniform float u_gapSize = 0.0;  // pixels
+ITEM_UNIFORMS
 
 out Item
 {
@@ -20,21 +21,19 @@ out Item
 }
 item;
 
-// Where the fragment lies: clip coordinates, divided by w only in the fragment stage. This gives the exact place on
-// screen, without perspective, also for segments with an end behind the camera, which a position divided here would
-// not survive.
+// Where the fragment and its segment's start lie: clip coordinates, divided by w only in the fragment stage. This gives
+// the exact place on screen, without perspective, also for segments with an end behind the camera, which a position
+// divided here would not survive.
 out vec4 vertPos;
-flat out vec3 startPos; // normalised device coordinates of the segment's start
+flat out vec4 startPos; // clip coordinates of the segment's start
+flat out vec2 dashes;   // u_dashSize, u_gapSize
 
 void main()
 {
-    gl_Position = projection * view * model * vec4(point_coords, 1.0);
+    gl_Position = projection * (view * (model * vec4(point_coords, 1.0)));
     gl_PointSize = pen_width;
     vertPos = gl_Position;
-    startPos = gl_Position.xyz / gl_Position.w;
-
-    item.color = colorFromFlags(item_flags, item_color, selection_color);
-    item.id = item_id;
-    item.flags = item_flags;
-    item.index = 0;
+    startPos = gl_Position;
+    dashes = vec2(u_dashSize, u_gapSize);
+    FILL_ITEM(item_flags, item_id, 0)
 }

@@ -12,11 +12,18 @@ layout(location = 0) in vec3 point_coords[4];
 layout(location = 0) in vec3 point_coords;
 #endif
 
+#ifdef RX_USE_PER_VERTEX_COLOR
+#ifdef RX_USE_ADJACENCY_EMULATION
+layout(location = 4) in vec4 point_color[4]; // fed as the points are
+#else
+layout(location = 1) in vec4 point_color;
+#endif
+#endif
+
 uniform mat4 model = mat4(1.0);
 uniform int item_flags = item_normal_flag;
 uniform uvec2 item_id = uvec2(0u, 0u);
-uniform vec4 item_color;
-uniform vec4 selection_color;
+ITEM_UNIFORMS
 
 flat out int path_index; // the point's place in the buffer it comes from
 
@@ -32,12 +39,15 @@ void main()
     int corner = gl_VertexID % 4;
     gl_Position = model * vec4(point_coords[corner], 1.0);
     path_index = gl_InstanceID + corner;
+#ifdef RX_USE_PER_VERTEX_COLOR
+    item.vertex_color = point_color[corner];
+#endif
 #else
     gl_Position = model * vec4(point_coords, 1.0);
     path_index = gl_VertexID;
+#ifdef RX_USE_PER_VERTEX_COLOR
+    item.vertex_color = point_color;
 #endif
-    item.color = colorFromFlags(item_flags, item_color, selection_color);
-    item.id = item_id;
-    item.flags = item_flags;
-    item.index = 0;
+#endif
+    FILL_ITEM(item_flags, item_id, 0)
 }

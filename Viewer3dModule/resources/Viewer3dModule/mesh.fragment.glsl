@@ -10,19 +10,16 @@ in Item
 }
 item;
 
-// 0: the item's colour; 1: the vertices' colours; 2: the texture. A source that the program was built without is
-// replaced by the item's colour.
-uniform int uColorMode = 0;
+// Values of uColorMode, which comes with the item. A source that the program was built without is replaced by the
+// item's colour, as it is by any other value.
+const int vertex_color_mode = 1;
+const int texture_color_mode = 2;
 
 // 1: the colour is multiplied by the material's, one for each term of the light; without light by the diffuse one.
 uniform int uMaterialMode = 0;
 uniform vec3 uMaterialAmbient = vec3(1.0, 1.0, 1.0);
 uniform vec3 uMaterialDiffuse = vec3(1.0, 1.0, 1.0);
 uniform vec3 uMaterialSpecular = vec3(1.0, 1.0, 1.0);
-
-#ifdef RX_USE_PER_VERTEX_COLOR
-in vec4 vertex_color;
-#endif
 
 #ifdef RX_USE_PER_VERTEX_TEX_COORDS
 in vec2 texture_coords;
@@ -31,17 +28,16 @@ uniform int filled_texture_back = 0; // 1: the item's colour shows behind transp
 #endif
 
 #ifdef RX_USE_PER_VERTEX_NORMAL
-uniform bool uLightMode = true;
 //#include "shader:Viewer3dModule/light.fragment.glsl"
 #endif
 
 vec4 ownColor()
 {
 #ifdef RX_USE_PER_VERTEX_COLOR
-    if (uColorMode == 1) return vertex_color;
+    if (item.color_mode == vertex_color_mode) return item.vertex_color;
 #endif
 #ifdef RX_USE_PER_VERTEX_TEX_COORDS
-    if (uColorMode == 2) {
+    if (item.color_mode == texture_color_mode) {
         vec4 texel = texture(uTexture0, texture_coords);
         if (filled_texture_back == 0) return texel;
         return vec4(mix(item.color.rgb, texel.rgb, texel.a), mix(item.color.a, 1.0, texel.a));
@@ -54,7 +50,7 @@ vec3 litColor(vec3 surface_color)
 {
     bool has_material = uMaterialMode == 1;
 #ifdef RX_USE_PER_VERTEX_NORMAL
-    if (uLightMode) {
+    if (item.is_lit != 0) {
         if (!has_material) return lightColor(surface_color);
         return lightColor(surface_color * uMaterialAmbient, surface_color * uMaterialDiffuse,
                           surface_color * uMaterialSpecular);

@@ -10,14 +10,10 @@ in Item
 }
 item;
 
-#ifdef RX_USE_PER_VERTEX_COLOR
-in vec4 vertex_color;
-#endif
-
 void main()
 {
 #ifdef RX_USE_PER_VERTEX_COLOR
-    vec4 shown = colorFromFlags(item.flags, vertex_color, item.color);
+    vec4 shown = colorFromFlags(item.flags, item.vertex_color, item.color);
 #else
     vec4 shown = item.color;
 #endif

@@ -396,4 +396,56 @@ TEST_F(DashedLineDrawingTest, DashesAreEvenWhereTheEndLiesBehindTheCamera)
     EXPECT_GE(expectDashes(start, end, 8.0, 4.0), 4);
 }
 
+TEST_F(DashedLineDrawingTest, DashesBeginAtTheNearPlaneWhereTheStartLiesBehindIt)
+{
+    const glm::mat4 projection = glm::perspective(glm::radians(70.0f), 1.0f, 1.0f, 50.0f);
+    set("projection", projection);
+    setDashes(8.0f, 4.0f);
+    const glm::dvec3 to(-7.0, -6.0, -12.0);
+    const Point end = toPixels(glm::dmat4(projection) * glm::dvec4(to, 1.0));
+    // behind the camera, in the plane of the eye, and between the eye and the near plane
+    for (const glm::dvec3& from :
+         {glm::dvec3(2.5, 2.0, 3.0), glm::dvec3(1.0, 1.0, 0.0), glm::dvec3(0.3, 0.2, -0.4)}) {
+        const glm::dvec3 cut = from + (to - from) * ((-1.0 - from.z) / (to.z - from.z));
+        line(glm::vec3(from), glm::vec3(to));
+        draw(GL_LINES, 2);
+        const Point start = toPixels(glm::dmat4(projection) * glm::dvec4(cut, 1.0));
+        EXPECT_GE(expectDashes(start, end, 8.0, 4.0), 2) << from.z;
+    }
+}
+
+TEST_F(DashedLineDrawingTest, SegmentBehindTheCameraShowsNothing)
+{
+    set("projection", glm::perspective(glm::radians(70.0f), 1.0f, 1.0f, 50.0f));
+    setDashes(8.0f, 4.0f);
+    line({-1, 0, 1}, {1, 0, 4});
+    draw(GL_LINES, 2);
+    EXPECT_EQ(touchedCount(), 0);
+}
+
+// What lies in one place is at one depth, whichever program drew it, to the last bit.
+TEST_F(DashedLineDrawingTest, DepthsAreThoseOfPlainLines)
+{
+    const glm::mat4 model =
+        glm::rotate(glm::scale(glm::mat4(1.0f), glm::vec3(0.3f)), 0.7f, glm::vec3(1, 2, 3));
+    const glm::mat4 view =
+        glm::lookAt(glm::vec3(1.1f, -2.3f, 0.7f), glm::vec3(0.1f, 0, 0), glm::vec3(0, 0, 1));
+    const glm::mat4 projection = glm::perspective(0.9f, 1.0f, 0.1f, 37.0f);
+    std::vector<float> first;
+    for (const char* name : {"Mono", "DashedLines"}) {
+        use(name);
+        setColors(orange);
+        set("model", model);
+        set("view", view);
+        set("projection", projection);
+        attribute(0, 3, {-1.3f, -0.7f, 0.9f, 1.1f, 0.9f, -0.3f, 0.2f, -1.7f, 0.6f, -0.4f, 1.9f, -1.1f});
+        draw(GL_LINES, 4);
+        EXPECT_GT(touchedCount(), 20);
+        if (first.empty())
+            first = depths;
+        else
+            EXPECT_EQ(depths, first);
+    }
+}
+
 } // namespace

@@ -59,16 +59,46 @@ void ShaderDrawing::setColors(const glm::vec4& item, const glm::vec4& selection)
     set("selection_color", selection);
 }
 
-void ShaderDrawing::attribute(unsigned location, int components, const std::vector<float>& values)
+void ShaderDrawing::upload(const void* bytes, std::size_t size)
 {
     unsigned buffer = 0;
     gl->glGenBuffers(1, &buffer);
     m_buffers.push_back(buffer);
     gl->glBindBuffer(GL_ARRAY_BUFFER, buffer);
-    gl->glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(values.size() * sizeof(float)), values.data(),
-                     GL_STATIC_DRAW);
+    gl->glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(size), bytes, GL_STATIC_DRAW);
+}
+
+void ShaderDrawing::attribute(unsigned location, int components, const std::vector<float>& values)
+{
+    upload(values.data(), values.size() * sizeof(float));
     gl->glEnableVertexAttribArray(location);
     gl->glVertexAttribPointer(location, components, GL_FLOAT, GL_FALSE, 0, nullptr);
+}
+
+void ShaderDrawing::instanceFloats(unsigned location, int components, const std::vector<float>& values)
+{
+    attribute(location, components, values);
+    gl->glVertexAttribDivisor(location, 1);
+}
+
+void ShaderDrawing::instanceMatrices(unsigned location, const std::vector<glm::mat4>& values)
+{
+    upload(values.data(), values.size() * sizeof(glm::mat4));
+    for (unsigned column = 0; column < 4; ++column) {
+        gl->glEnableVertexAttribArray(location + column);
+        gl->glVertexAttribPointer(location + column, 4, GL_FLOAT, GL_FALSE, sizeof(glm::mat4),
+                                  reinterpret_cast<const void*>(column * sizeof(glm::vec4)));
+        gl->glVertexAttribDivisor(location + column, 1);
+    }
+}
+
+void ShaderDrawing::instanceIntegers(unsigned location, int components, unsigned type,
+                                     const std::vector<std::uint32_t>& values)
+{
+    upload(values.data(), values.size() * sizeof(std::uint32_t));
+    gl->glEnableVertexAttribArray(location);
+    gl->glVertexAttribIPointer(location, components, type, 0, nullptr);
+    gl->glVertexAttribDivisor(location, 1);
 }
 
 void ShaderDrawing::rectangle(float left, float bottom, float right, float top, float z)
@@ -93,7 +123,7 @@ void ShaderDrawing::texture(int width, int height, const std::vector<std::uint32
     gl->glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, width, height, 0, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
 }
 
-void ShaderDrawing::draw(unsigned mode, int count)
+void ShaderDrawing::draw(unsigned mode, int count, int instances)
 {
     target->bind();
     for (std::size_t i = 0; i < Untouched.size(); ++i) {
@@ -103,7 +133,7 @@ void ShaderDrawing::draw(unsigned mode, int count)
     }
     const float far = 1.0f;
     gl->glClearBufferfv(GL_DEPTH, 0, &far);
-    gl->glDrawArrays(mode, 0, count);
+    gl->glDrawArraysInstanced(mode, 0, count, instances);
     images.clear();
     for (int i = 0; i < 4; ++i)
         images.push_back(target->image(i));

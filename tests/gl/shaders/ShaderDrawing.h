@@ -48,6 +48,13 @@ protected:
 
     /// Feeds an attribute with floats.
     void attribute(unsigned location, int components, const std::vector<float>& values);
+    /// Feeds a matrix at this location and the three after it, one an instance.
+    void instanceMatrices(unsigned location, const std::vector<glm::mat4>& values);
+    /// Feeds an attribute with floats, one value an instance.
+    void instanceFloats(unsigned location, int components, const std::vector<float>& values);
+    /// Feeds an attribute with integers of this type (GL_INT, GL_UNSIGNED_INT), one value an instance.
+    void instanceIntegers(unsigned location, int components, unsigned type,
+                          const std::vector<std::uint32_t>& values);
     /// Positions of a rectangle in normalised device coordinates, for a strip of four vertices.
     void rectangle(float left, float bottom, float right, float top, float z = 0.0f);
     /// Two positions for a line.
@@ -56,7 +63,7 @@ protected:
     void texture(int width, int height, const std::vector<std::uint32_t>& pixels);
 
     /// Clears the target and draws.
-    void draw(unsigned mode, int count);
+    void draw(unsigned mode, int count, int instances = 1);
 
     QColor pixel(int x, int y, int attachment = 0) const;
     /// The 32-bit word whose bytes an attachment holds at the pixel.
@@ -79,6 +86,9 @@ protected:
     static constexpr int SelectionWords = 8;
 
 private:
+    /// Puts the bytes into a buffer of their own, which stays bound.
+    void upload(const void* bytes, std::size_t size);
+
     std::vector<unsigned> m_buffers;
     std::vector<unsigned> m_textures;
     unsigned m_selection[2] = {0, 0};
