@@ -1,11 +1,12 @@
 #include "ShaderDrawing.h"
 
-#include <functional>
+#include <cmath>
 
 // What holds for every program that draws items, in every mode. Each program draws a shape of its own that
 // covers the pixel (32, 31), in the item's colour unless the program takes its colours from elsewhere.
 namespace {
 
+const glm::vec4 wholeView(0.0f, 0.0f, 64.0f, 64.0f);
 constexpr int X = 32;
 constexpr int Y = 31;
 const glm::vec4 itemColor(0.2f, 0.4f, 0.6f, 0.8f);
@@ -119,8 +120,6 @@ private:
     int m_count = 4;
 };
 
-const glm::vec4 wholeView(0.0f, 0.0f, 64.0f, 64.0f);
-
 TEST_P(ItemModesTest, OrdinaryPassWritesTheColour)
 {
     drawIn(Ordinal);
@@ -203,6 +202,41 @@ TEST_P(ItemModesTest, SelectionMaskTakesHalfOpaqueItemsAndNoLess)
     setAlpha(0.51f);
     drawIn(SelectionMask);
     EXPECT_FALSE(isUntouched(X, Y));
+}
+
+// A highlighted item has the alpha of the selection colour, which alone is exact in every program.
+TEST_P(ItemModesTest, SelectionModesTakeItemsOfAlphaOneHalf)
+{
+    if (is("Texture") || is("Caption")) setTextureAlpha(1.0f);
+    const auto highlightWith = [this](float alpha) {
+        setColors(itemColor, glm::vec4(glm::vec3(selectionColor), alpha));
+        set("item_flags", -2);
+    };
+    highlightWith(0.5f);
+    drawIn(SelectionMask);
+    EXPECT_FALSE(isUntouched(X, Y));
+    select(wholeView, 3);
+    EXPECT_EQ(selectedWords(), only(3));
+
+    highlightWith(std::nextafter(0.5f, 0.0f));
+    drawIn(SelectionMask);
+    EXPECT_EQ(touchedCount(), 0);
+    beginSelection();
+    select(wholeView, 3);
+    EXPECT_EQ(selectedWords(), only(-1));
+}
+
+TEST_P(ItemModesTest, GlueMaskTakesItemsThatSelectionIsNotTold)
+{
+    set("item_id", glm::uvec2(5u, 6u));
+    for (const float alpha : {0.01f, 0.25f, 0.49f}) {
+        setAlpha(alpha);
+        drawIn(GlueMask);
+        if (is("DashedLines"))
+            EXPECT_EQ(touchedCount(), 0);
+        else
+            EXPECT_EQ(word(X, Y, 1), 5u) << alpha;
+    }
 }
 
 TEST_P(ItemModesTest, GlueMaskHoldsTheIdAndForSinglePointsTheirMark)
