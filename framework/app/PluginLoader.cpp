@@ -1,6 +1,7 @@
 #include <framework/app/PluginLoader.h>
 
 #include <framework/ksp/Log.h>
+#include <framework/ksp/isOtherThanFile.h>
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QDir>
@@ -100,8 +101,13 @@ void PluginLoader::loadFile(const QString& path)
             return;
     Plugin plugin;
     plugin.path = path;
-    QPluginLoader loader(path);
-    plugin.error = readMetaData(loader.metaData(), plugin);
+    QPluginLoader loader;
+    if (ksp::isOtherThanFile(path)) {
+        plugin.error = ksp::otherThanFileReason(); // to open a pipe would be to wait for its writer
+    } else {
+        loader.setFileName(path);
+        plugin.error = readMetaData(loader.metaData(), plugin);
+    }
     const QString first = plugin.error.isEmpty() ? findLoaded(plugin.className) : QString();
     if (!first.isEmpty()) {
         // usual where an installed copy lies next to one that was just built: nothing to warn of

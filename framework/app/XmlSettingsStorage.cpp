@@ -1,6 +1,7 @@
 #include <framework/app/XmlSettingsStorage.h>
 
 #include <framework/ksp/Log.h>
+#include <framework/ksp/isOtherThanFile.h>
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
@@ -9,6 +10,8 @@
 #include <QtCore/QSaveFile>
 #include <QtCore/QTextStream>
 #include <QtCore/QXmlStreamReader>
+
+#include <cstdio>
 
 namespace {
 
@@ -45,6 +48,7 @@ QString findFault(const QByteArray& bytes)
 /// Reads the file into the document; returns why it could not, or an empty text.
 QString readDocument(const QString& path, QDomDocument& document)
 {
+    if (ksp::isOtherThanFile(path)) return ksp::otherThanFileReason();
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) return file.errorString();
     if (file.size() > largestFile) return QStringLiteral("the file is too large");
@@ -73,8 +77,10 @@ bool isElementName(const QString& key)
     return pattern.match(key).hasMatch();
 }
 
-bool writeDocument(const QString& path, const QDomDocument& document, QString* reason)
+/// Writes the document to the file; returns why it could not, or an empty text.
+QString writeDocument(const QString& path, const QDomDocument& document)
 {
+    if (ksp::isOtherThanFile(path)) return ksp::otherThanFileReason();
     QDir().mkpath(QFileInfo(path).absolutePath());
     QSaveFile file(path);
     if (file.open(QIODevice::WriteOnly)) {
@@ -82,10 +88,27 @@ bool writeDocument(const QString& path, const QDomDocument& document, QString* r
         stream.setCodec("UTF-8");
         document.save(stream, 2, QDomNode::EncodingFromTextStream);
         stream.flush();
-        if (stream.status() == QTextStream::Ok && file.commit()) return true;
+        if (stream.status() == QTextStream::Ok && file.commit()) return {};
     }
-    *reason = file.errorString();
-    return false;
+    return file.errorString();
+}
+
+/// Gives the file another name. A file of that name is replaced in the same step, or stays.
+bool moveFile(const QString& from, const QString& to)
+{
+    return std::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) == 0;
+}
+
+/// Writes the document in place of a file that is kept under another name. When that fails, the file is back
+/// where it was.
+QString replaceDamaged(const QString& path, const QDomDocument& document)
+{
+    const QString kept = path + QStringLiteral(".damaged");
+    if (!moveFile(path, kept)) return QStringLiteral("the damaged file cannot be kept as %1").arg(kept);
+    const QString reason = writeDocument(path, document);
+    if (!reason.isEmpty() && !moveFile(kept, path))
+        return QStringLiteral("%1; the damaged file is %2 now").arg(reason, kept);
+    return reason;
 }
 
 } // namespace
@@ -135,14 +158,9 @@ void XmlSettingsStorage::remove(const QString& key)
 bool XmlSettingsStorage::save()
 {
     if (m_path.isEmpty()) return true;
-    QString reason;
-    if (m_damaged && QFileInfo(m_path).isFile()) {
-        const QString kept = m_path + QStringLiteral(".damaged");
-        QFile::remove(kept);
-        if (!QFile::rename(m_path, kept))
-            reason = QStringLiteral("the damaged file cannot be kept as %1").arg(kept);
-    }
-    if (reason.isEmpty() && writeDocument(m_path, m_document, &reason)) {
+    const bool replaces = m_damaged && QFileInfo(m_path).isFile();
+    const QString reason = replaces ? replaceDamaged(m_path, m_document) : writeDocument(m_path, m_document);
+    if (reason.isEmpty()) {
         m_damaged = false;
         return true;
     }

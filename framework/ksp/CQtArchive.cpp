@@ -1,15 +1,16 @@
 #include <framework/ksp/CQtArchive.h>
 
 #include <framework/ksp/CFileException.h>
+#include <framework/ksp/isOtherThanFile.h>
 
 #include <QtCore/QFile>
-#include <QtCore/QFileInfo>
 #include <QtCore/QSaveFile>
 #include <QtCore/QtEndian>
 
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <new>
 #include <type_traits>
 
 namespace ksp {
@@ -129,18 +130,25 @@ QByteArray CQtArchive::readFile(const QString& path)
     const auto refuse = [&](int code, const QString& reason) {
         throw CFileException(code, QStringLiteral("%1: %2").arg(path, reason));
     };
-    if (QFileInfo::exists(path) && !QFileInfo(path).isFile()) // a device might never end
-        refuse(CFileException::Access, QStringLiteral("not a regular file"));
+    if (isOtherThanFile(path)) refuse(CFileException::Access, otherThanFileReason());
     if (!file.open(QIODevice::ReadOnly)) refuse(CFileException::Access, file.errorString());
     if (file.size() > static_cast<qint64>(sizeLimit))
         refuse(CFileException::Limit, QStringLiteral("the file is larger than 2 GiB"));
-    const QByteArray bytes = file.readAll();
+    QByteArray bytes;
+    try {
+        bytes = file.readAll();
+    } catch (const std::bad_alloc&) {
+        refuse(CFileException::Limit, QStringLiteral("there is not enough memory"));
+    }
     if (file.error() != QFileDevice::NoError) refuse(CFileException::Access, file.errorString());
     return bytes;
 }
 
 void CQtArchive::writeFile(const QString& path, const QByteArray& bytes)
 {
+    if (isOtherThanFile(path))
+        throw CFileException(CFileException::Access,
+                             QStringLiteral("%1: %2").arg(path, otherThanFileReason()));
     QSaveFile file(path);
     const bool written =
         file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit();

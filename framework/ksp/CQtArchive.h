@@ -36,10 +36,11 @@ public:
     /// What was stored, the archive's mark and version first. Throws CommonError while a frame is open.
     QByteArray data() const;
 
-    /// Reads a whole file. Throws CFileException with the file's name and the reason (Access; Limit for a
-    /// file of 2 GiB or more).
+    /// Reads a whole file. Throws CFileException with the file's name and the reason (Access, also for what
+    /// is no regular file; Limit for a file of 2 GiB or more, or one that memory cannot hold).
     static QByteArray readFile(const QString& path);
-    /// Writes the bytes to a file that appears whole or not at all; throws CFileException (Access).
+    /// Writes the bytes to a file that appears whole or not at all; throws CFileException (Access, also
+    /// where something is that is no regular file).
     static void writeFile(const QString& path, const QByteArray& bytes);
 
     bool isLoading() const override;

@@ -12,7 +12,10 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <csignal>
 #include <limits>
+#include <sys/resource.h>
+#include <sys/stat.h>
 
 namespace {
 
@@ -247,6 +250,112 @@ TEST(XmlSettingsStorage, pathThatCannotBeWrittenIsReported)
     ASSERT_EQ(log.size(), 1);
     EXPECT_TRUE(log[0].startsWith(folder.path() + ": settings cannot be written: ")) << qPrintable(log[0]);
     EXPECT_TRUE(QFileInfo(folder.path()).isDir());
+}
+
+TEST(XmlSettingsStorage, whatIsNoRegularFileIsNeitherReadNorWritten)
+{
+    const QTemporaryDir folder;
+    const QString pipe = folder.filePath("pipe");
+    ASSERT_EQ(mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+    for (const QString& path : {pipe, folder.path()}) {
+        XmlSettingsStorage storage(path);
+        EXPECT_EQ(LogTrap::take(),
+                  QStringList{path + ": settings cannot be read, the defaults are used: not a regular file"});
+        EXPECT_FALSE(storage.save());
+        EXPECT_EQ(LogTrap::take(), QStringList{path + ": settings cannot be written: not a regular file"});
+    }
+}
+
+TEST(XmlSettingsStorage, fileAboveSixteenMebibytesIsRefused)
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("settings.xml");
+    const int limit = 16 * 1024 * 1024;
+    const QByteArray begin = "<settings><k value=\"1\"/><!--";
+    const QByteArray end = "--></settings>";
+    for (const int size : {limit, limit + 1}) {
+        writeFile(path, begin + QByteArray(size - begin.size() - end.size(), 'x') + end);
+        const XmlSettingsStorage storage(path);
+        EXPECT_EQ(storage.getElement("k").isNull(), size > limit);
+        QStringList expected;
+        if (size > limit)
+            expected << path + ": settings cannot be read, the defaults are used: the file is too large";
+        EXPECT_EQ(LogTrap::take(), expected);
+    }
+}
+
+TEST(XmlSettingsStorage, damagedFileReplacesTheOneKeptEarlier)
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("settings.xml");
+    writeFile(path + ".damaged", "older");
+    writeFile(path, "damaged");
+    XmlSettingsStorage storage(path);
+    LogTrap::take();
+    EXPECT_TRUE(storage.save());
+    EXPECT_EQ(readFile(path + ".damaged"), "damaged");
+}
+
+TEST(XmlSettingsStorage, damagedFileThatCannotBeKeptStays)
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("settings.xml");
+    ASSERT_TRUE(QDir().mkdir(path + ".damaged"));
+    writeFile(path, "damaged");
+    XmlSettingsStorage storage(path);
+    LogTrap::take();
+    EXPECT_FALSE(storage.save());
+    EXPECT_EQ(LogTrap::take(),
+              QStringList{path + ": settings cannot be written: the damaged file cannot be kept as " + path +
+                          ".damaged"});
+    EXPECT_EQ(readFile(path), "damaged");
+}
+
+namespace {
+
+/// No file can be written beyond so many bytes while one of these lives, as if the disk were full.
+class FullDisk
+{
+public:
+    explicit FullDisk(rlim_t bytes)
+        : m_handler(std::signal(SIGXFSZ, SIG_IGN))
+    {
+        getrlimit(RLIMIT_FSIZE, &m_before);
+        const rlimit limit{bytes, m_before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FullDisk()
+    {
+        setrlimit(RLIMIT_FSIZE, &m_before);
+        std::signal(SIGXFSZ, m_handler);
+    }
+    FullDisk(const FullDisk&) = delete;
+    FullDisk& operator=(const FullDisk&) = delete;
+
+private:
+    rlimit m_before{};
+    void (*m_handler)(int);
+};
+
+} // namespace
+
+TEST(XmlSettingsStorage, damagedFileIsBackWhenTheNewOneCannotBeWritten)
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("settings.xml");
+    writeFile(path, "damaged");
+    XmlSettingsStorage storage(path);
+    LogTrap::take();
+    storage.getCreateElement("key").setAttribute("value", QString(10000, 'x'));
+    {
+        const FullDisk full(100);
+        EXPECT_FALSE(storage.save());
+    }
+    EXPECT_EQ(LogTrap::take().size(), 1);
+    EXPECT_EQ(readFile(path), "damaged");
+    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files), QStringList{"settings.xml"});
+    EXPECT_TRUE(storage.save());
+    EXPECT_EQ(readFile(path + ".damaged"), "damaged");
 }
 
 // --- CSettings and CSettingsManager ---

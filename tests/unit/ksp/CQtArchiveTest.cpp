@@ -5,12 +5,15 @@
 #include <QtCore/QDate>
 #include <QtCore/QDir>
 #include <QtCore/QFile>
+#include <QtCore/QFileInfo>
 #include <QtCore/QPointF>
 #include <QtCore/QTemporaryDir>
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <functional>
 #include <limits>
+#include <sys/stat.h>
 
 using ksp::CFileException;
 
@@ -304,7 +307,63 @@ TEST(CQtArchiveFile, failureNamesTheFile)
     EXPECT_TRUE(QDir(folder.path()).isEmpty());
 }
 
+TEST(CQtArchiveFile, whatIsNoRegularFileIsNeitherReadNorWritten)
+{
+    const QTemporaryDir folder;
+    const QString pipe = folder.filePath("pipe");
+    ASSERT_EQ(mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+    const QString link = folder.filePath("link");
+    ASSERT_TRUE(QFile::link(pipe, link));
+    for (const QString& path : {pipe, link, folder.path()}) {
+        for (const auto& work : {std::function<void()>([&] { CQtArchive::readFile(path); }),
+                                 std::function<void()>([&] { CQtArchive::writeFile(path, "x"); })}) {
+            try {
+                work();
+                ADD_FAILURE() << qPrintable(path);
+            } catch (const CFileException& error) {
+                EXPECT_EQ(error.code(), CFileException::Access);
+                EXPECT_EQ(error.text(), path + ": not a regular file");
+            }
+        }
+    }
+    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files | QDir::System | QDir::NoDotAndDotDot),
+              (QStringList{"link", "pipe"}));
+}
+
 TEST(CQtArchiveFile, deviceThatNeverEndsIsRefused)
 {
     EXPECT_EQ(thrownCode([] { CQtArchive::readFile("/dev/zero"); }), CFileException::Access);
+}
+
+TEST(CQtArchiveFile, linkToAFileIsWrittenThrough)
+{
+    const QTemporaryDir folder;
+    CQtArchive::writeFile(folder.filePath("file"), "old");
+    ASSERT_TRUE(QFile::link(folder.filePath("file"), folder.filePath("link")));
+    CQtArchive::writeFile(folder.filePath("link"), "new");
+    EXPECT_EQ(CQtArchive::readFile(folder.filePath("file")), "new");
+}
+
+TEST(CQtArchiveFile, fileOfTwoGibibytesIsRefusedUnread)
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("huge");
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    ASSERT_TRUE(file.resize(qint64(1) << 31)); // sparse
+    EXPECT_EQ(thrownCode([&] { CQtArchive::readFile(path); }), CFileException::Limit);
+}
+
+TEST(CQtArchiveFile, errorWhileReadingIsReported)
+{
+    // a regular file of the system that opens and that nobody may read from its beginning
+    const QString path = "/proc/self/mem";
+    if (!QFileInfo(path).isFile()) GTEST_SKIP() << "there is no " << qPrintable(path);
+    try {
+        CQtArchive::readFile(path);
+        FAIL() << "read";
+    } catch (const CFileException& error) {
+        EXPECT_EQ(error.code(), CFileException::Access);
+        EXPECT_TRUE(error.text().startsWith(path + ": ")) << qPrintable(error.text());
+    }
 }
