@@ -6,10 +6,14 @@
 #include <framework/app/IModelExtension.h>
 #include <framework/app/ProjectGUI.h>
 #include <framework/ksp/Log.h>
+#include <framework/ksp/runGuarded.h>
 #include <framework/model/CProject.h>
 #include <framework/model/CProjectModel.h>
 
+#include <QtCore/QPointer>
+
 #include <algorithm>
+#include <functional>
 
 namespace {
 
@@ -24,34 +28,23 @@ Interface* interfaceOf(QObject* object, const char* name)
     return static_cast<Interface*>(object->qt_metacast(name));
 }
 
-IAppExtension* appExtension(QObject* object)
-{
-    return interfaceOf<IAppExtension>(object, "IAppExtension");
-}
+constexpr const char* appInterface = "IAppExtension";
 
-/// Runs foreign code; returns what it threw as text, or an empty text.
-template <typename Work>
-QString runGuarded(const Work& work)
+/// Lets each extension that has the interface do a step; one that throws goes to the log. Any of them may
+/// destroy others, or itself.
+template <typename Interface>
+void forEach(const std::vector<QObject*>& extensions, const char* interfaceName, const char* step,
+             const std::function<void(Interface*)>& work)
 {
-    try {
-        work();
-        return {};
-    } catch (const std::exception& error) {
-        const QString text = QString::fromUtf8(error.what()).simplified();
-        return text.isEmpty() ? QStringLiteral("exception without text") : text;
-    } catch (...) {
-        return QStringLiteral("unknown exception");
+    const std::vector<QPointer<QObject>> all(extensions.begin(), extensions.end());
+    for (const QPointer<QObject>& extension : all) {
+        Interface* found = extension ? interfaceOf<Interface>(extension, interfaceName) : nullptr;
+        if (!found) continue;
+        const QString name = QLatin1String(extension->metaObject()->className());
+        const QString error = ksp::runGuarded([&] { work(found); });
+        if (!error.isEmpty())
+            ksp::Log::error(QStringLiteral("%1: %2 failed: %3").arg(name, QLatin1String(step), error));
     }
-}
-
-template <typename Work>
-void runLogged(const QObject* extension, const char* step, const Work& work)
-{
-    const QString error = runGuarded(work);
-    if (!error.isEmpty())
-        ksp::Log::error(
-            QStringLiteral("%1: %2 failed: %3")
-                .arg(QLatin1String(extension->metaObject()->className()), QLatin1String(step), error));
 }
 
 } // namespace
@@ -68,10 +61,10 @@ Application::Application(QObject* parent)
 Application::~Application()
 {
     while (!m_extensions.empty()) {
-        QObject* extension = m_extensions.back();
+        const std::vector<QObject*> last = {m_extensions.back()};
         m_extensions.pop_back();
-        if (IAppExtension* app = appExtension(extension))
-            runLogged(extension, "unextendApplication", [&] { app->unextendApplication(this); });
+        forEach<IAppExtension>(last, appInterface, "unextendApplication",
+                               [this](IAppExtension* app) { app->unextendApplication(this); });
     }
     m_managers.clear();
     if (theApplication == this) theApplication = nullptr;
@@ -140,9 +133,10 @@ bool Application::addExtension(QObject* extension)
 QString Application::extend(QObject* extension)
 {
     if (std::find(m_extensions.begin(), m_extensions.end(), extension) != m_extensions.end()) return {};
-    if (IAppExtension* app = appExtension(extension)) {
+    if (auto* app = interfaceOf<IAppExtension>(extension, appInterface)) {
         bool serves = false;
-        const QString error = runGuarded([&] { serves = app->extendApplication(this, getExtensionIds()); });
+        const QString error =
+            ksp::runGuarded([&] { serves = app->extendApplication(this, getExtensionIds()); });
         if (!error.isEmpty()) return QStringLiteral("extendApplication failed: %1").arg(error);
         if (!serves) return QStringLiteral("extendApplication refused");
     }
@@ -164,20 +158,16 @@ std::vector<int> Application::getExtensionIds() const
 
 void Application::extendGUI(ProjectGUI* gui)
 {
-    const std::vector<QObject*> extensions = m_extensions;
-    for (QObject* extension : extensions)
-        if (auto* extender = interfaceOf<ProjectGUI::IExtender>(extension, "ProjectGUI::IExtender"))
-            runLogged(extension, "extendGUI", [&] { extender->extendGUI(gui); });
+    forEach<ProjectGUI::IExtender>(m_extensions, "ProjectGUI::IExtender", "extendGUI",
+                                   [gui](ProjectGUI::IExtender* extender) { extender->extendGUI(gui); });
 }
 
 std::unique_ptr<CProject> Application::createProject()
 {
     auto project = std::make_unique<CProject>();
     CProjectModel* model = project->getModel();
-    const std::vector<QObject*> extensions = m_extensions;
-    for (QObject* extension : extensions)
-        if (auto* extender = interfaceOf<IModelExtension>(extension, "IModelExtension"))
-            runLogged(extension, "extendModel", [&] { extender->extendModel(model); });
-    runLogged(model, "initialize", [&] { model->initialize(); });
+    forEach<IModelExtension>(m_extensions, "IModelExtension", "extendModel",
+                             [model](IModelExtension* extender) { extender->extendModel(model); });
+    model->initialize();
     return project;
 }

@@ -1,6 +1,8 @@
 #include <framework/ksp/StagedProgress.h>
 
 #include <framework/ksp/Canceled.h>
+#include <framework/ksp/Log.h>
+#include <framework/ksp/runGuarded.h>
 
 #include <algorithm>
 #include <cmath>
@@ -22,14 +24,18 @@ struct Tree
     double shownPercentage = 0.0;
     QString shownTitle;
     bool canceled = false;
+    bool broken = false; ///< the sink threw
 
     void show(double percentage, const QString& title)
     {
         const bool moved = tenths(percentage) > tenths(shownPercentage);
-        if (!sink || (!moved && title == shownTitle)) return;
+        if (!sink || broken || (!moved && title == shownTitle)) return;
         shownPercentage = percentage;
         shownTitle = title;
-        sink(percentage, title);
+        const QString error = runGuarded([&] { sink(percentage, title); });
+        if (error.isEmpty() || broken) return;
+        broken = true;
+        Log::error(QStringLiteral("Progress is shown no more: %1").arg(error));
     }
 };
 
@@ -47,12 +53,7 @@ struct StagedProgress::Node
 
     ~Node()
     {
-        if (!parent) return;
-        try {
-            close();
-        } catch (...) {
-            // a sink that throws must not end the program while handles go out of scope
-        }
+        if (parent) close();
     }
 
     bool isOpen() const { return !closed && (!parent || parent->isOpen()); }

@@ -19,7 +19,9 @@ class HOSTFRAMEWORK_EXPORT StagedProgress
 {
 public:
     /// Receives the percentage of the whole and the title of the stage that reported (its nearest parent's
-    /// when it has none), each time either changes by what a person could see (a tenth of a percent).
+    /// when it has none), each time either changes by what a person could see (a tenth of a percent). What a
+    /// sink throws goes to the log and not to the work that reports; the sink is not called any more then. To
+    /// stop the work it calls cancel().
     using Sink = std::function<void(double percentage, const QString& title)>;
 
     explicit StagedProgress(Sink sink, const QString& title = {});

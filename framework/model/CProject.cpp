@@ -7,6 +7,7 @@
 #include <framework/model/CProjectModel.h>
 #include <framework/model/ProjectFile.h>
 
+#include <new>
 #include <unordered_map>
 
 struct CProject::Private
@@ -55,6 +56,8 @@ auto withFileName(const QString& path, Work work)
         throw ksp::CFileException(error.code(), text(error.text()));
     } catch (const ksp::CommonError& error) {
         throw ksp::CFileException(ksp::CFileException::Generic, text(error.text()));
+    } catch (const std::bad_alloc&) {
+        throw ksp::CFileException(ksp::CFileException::Limit, text("there is not enough memory"));
     } catch (const std::exception& error) {
         throw ksp::CFileException(ksp::CFileException::Generic, text(QString::fromUtf8(error.what())));
     }
@@ -95,6 +98,12 @@ CModelElement* CProject::getProjectSettings(int type) const
 {
     const auto found = m_private->settings.find(type);
     return found == m_private->settings.end() ? nullptr : found->second.element.get();
+}
+
+int CProject::getProjectSettingsFlags(int type) const
+{
+    const auto found = m_private->settings.find(type);
+    return found == m_private->settings.end() ? 0 : found->second.flags;
 }
 
 std::vector<CModelElement*> CProject::getAllProjectSettings() const

@@ -39,6 +39,8 @@ public:
     void addProjectSettings(ModelElementCreator* creator, int flags);
     /// The project's first settings element of the type, or null. Does not search: O(1).
     CModelElement* getProjectSettings(int type) const;
+    /// The flags that the settings element of the type was added with; 0 when there is none.
+    int getProjectSettingsFlags(int type) const;
     std::vector<CModelElement*> getAllProjectSettings() const;
 
     /// Writes everything to a file, which appears whole or not at all. Throws ksp::CFileException, which
@@ -48,7 +50,8 @@ public:
     /// here knows are kept as they are and written again by save. Settings that the file does not hold are
     /// fresh ones afterwards. Elements keep the identifiers that they had in the file; each type's come to
     /// its manager in one batch, after the settings. Throws ksp::CFileException, which names the file, or
-    /// ksp::Canceled, and then nothing has changed.
+    /// ksp::Canceled, and then nothing has changed: all is read before anything is replaced. Once replacing
+    /// has begun it goes through; cancelling comes too late, and those who are told of it must not throw.
     void open(const QString& path, ksp::StagedProgress progress = ksp::StagedProgress::dummy());
     /// Makes it a new project: no elements, fresh settings elements, no path.
     void clear();

@@ -1,5 +1,7 @@
 #include <framework/model/CProjectModel.h>
 
+#include <framework/ksp/Log.h>
+#include <framework/ksp/runGuarded.h>
 #include <framework/model/CModelElement.h>
 #include <framework/model/CModelElementManager.h>
 
@@ -104,8 +106,16 @@ ModelInitializer* CProjectModel::getInitializer(int id) const
 void CProjectModel::initialize()
 {
     m_private->initialized = true;
-    while (m_private->initializersRun < m_private->initializers.size())
-        m_private->initializers[m_private->initializersRun++].second->initialize();
+    while (m_private->initializersRun < m_private->initializers.size()) {
+        const auto& entry = m_private->initializers[m_private->initializersRun++];
+        const int id = entry.first;
+        ModelInitializer* initializer = entry.second.get(); // the list may grow meanwhile
+        const QString error = ksp::runGuarded([initializer] { initializer->initialize(); });
+        if (!error.isEmpty())
+            ksp::Log::error(QStringLiteral("Model initializer 0x%1 (%2) failed: %3")
+                                .arg(static_cast<unsigned>(id), 8, 16, QLatin1Char('0'))
+                                .arg(QLatin1String(initializer->metaObject()->className()), error));
+    }
 }
 
 void CProjectModel::registerCreator(std::unique_ptr<ModelElementCreator> creator)

@@ -54,7 +54,8 @@ public:
     /// the model is initialised already, it runs at once.
     void addInitializer(int id, std::unique_ptr<ModelInitializer> initializer);
     ModelInitializer* getInitializer(int id) const;
-    /// Runs every initializer once, in the order in which they were added.
+    /// Runs every initializer once, in the order in which they were added. What one throws goes to the log,
+    /// and the others go on.
     void initialize();
 
     /// The creator by which elements of its type are loaded; replaces an earlier one of that type.

@@ -5,6 +5,8 @@
 #include <framework/app/CSettingsManager.h>
 #include <framework/app/EnumData.h>
 #include <framework/app/IAppExtension.h>
+#include <framework/app/IModelExtension.h>
+#include <framework/app/ProjectGUI.h>
 #include <framework/app/XmlSettingsStorage.h>
 #include <framework/model/CProject.h>
 #include <framework/model/CProjectModel.h>
@@ -16,6 +18,10 @@
 #include <QtCore/QTemporaryDir>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <functional>
+#include <stdexcept>
+#include <sys/stat.h>
 
 namespace {
 
@@ -118,6 +124,25 @@ TEST_F(PluginTest, fileThatIsNoLibraryIsListed)
 TEST_F(PluginTest, emptyFileIsListed)
 {
     writeFile(folder.path("libx.so"), "");
+    EXPECT_EQ(loadOne(folder).error, "not a shared library");
+}
+
+TEST_F(PluginTest, pipesAndDevicesAreListedUnopened)
+{
+    ASSERT_EQ(mkfifo(QFile::encodeName(folder.path("liba.so")).constData(), 0600), 0);
+    ASSERT_TRUE(QFile::link("/dev/zero", folder.path("libb.so")));
+    ASSERT_TRUE(QFile::link(folder.path("liba.so"), folder.path("libc.so")));
+    PluginLoader loader;
+    loader.load({folder.path()});
+    ASSERT_EQ(loader.getPlugins().size(), 2u); // the last is the first by another name
+    for (const PluginLoader::Plugin& plugin : loader.getPlugins())
+        EXPECT_EQ(plugin.error, "not a regular file") << qPrintable(plugin.path);
+    EXPECT_EQ(LogTrap::take().size(), 2);
+}
+
+TEST_F(PluginTest, brokenLinkIsListed)
+{
+    ASSERT_TRUE(QFile::link(folder.path("nowhere"), folder.path("libx.so")));
     EXPECT_EQ(loadOne(folder).error, "not a shared library");
 }
 
@@ -306,6 +331,24 @@ struct OwnPart : QObject, IAppExtension
     int unextended = 0;
 };
 
+/// Extends models and windows by doing what the test says.
+struct Extender : QObject, IModelExtension, ProjectGUI::IExtender
+{
+    explicit Extender(std::function<void()> reaction)
+        : react(std::move(reaction))
+    {
+    }
+    void extendModel(CProjectModel*) override { react(); }
+    void extendGUI(ProjectGUI*) override { react(); }
+    void* qt_metacast(const char* name) override
+    {
+        if (qstrcmp(name, "IModelExtension") == 0) return static_cast<IModelExtension*>(this);
+        if (qstrcmp(name, "ProjectGUI::IExtender") == 0) return static_cast<ProjectGUI::IExtender*>(this);
+        return QObject::qt_metacast(name);
+    }
+    std::function<void()> react;
+};
+
 } // namespace
 
 TEST(Application, ownPartsExtendIt)
@@ -343,6 +386,34 @@ TEST(Application, partThatIsDestroyedIsLeftOut)
     }
     EXPECT_TRUE(application.getExtensions().empty());
     EXPECT_NE(application.createProject(), nullptr);
+}
+
+TEST(Application, extensionsThatGoWhileOthersExtendAreLeftOut)
+{
+    for (const bool model : {true, false}) {
+        std::string ran;
+        auto* third = new Extender([&] { ran += 'c'; });
+        auto* second = new Extender([&] { ran += 'b'; });
+        Extender* first = nullptr;
+        first = new Extender([&] {
+            ran += 'a';
+            delete second;
+            delete first;
+            throw std::runtime_error("gone");
+        });
+        Application application;
+        for (Extender* extender : {first, second, third})
+            ASSERT_TRUE(application.addExtension(extender));
+        if (model)
+            EXPECT_NE(application.createProject(), nullptr);
+        else
+            application.extendGUI(nullptr);
+        EXPECT_EQ(ran, "ac");
+        EXPECT_EQ(application.getExtensions(), std::vector<QObject*>{third});
+        const QString step = model ? "extendModel" : "extendGUI";
+        EXPECT_EQ(LogTrap::take(), QStringList{"QObject: " + step + " failed: gone"});
+        delete third;
+    }
 }
 
 TEST(Application, instanceIsTheOneThatLives)

@@ -1,3 +1,5 @@
+#include "tests/support/LogTrap.h"
+
 #include <framework/ksp/Canceled.h>
 #include <framework/ksp/StagedProgress.h>
 
@@ -202,16 +204,33 @@ TEST(StagedProgress, sinkMayCancel)
     EXPECT_TRUE(whole.isCanceled());
 }
 
+TEST(StagedProgress, sinkThatThrowsIsLoggedOnceAndNotCalledAgain)
+{
+    int calls = 0;
+    StagedProgress whole([&](double percentage, const QString&) {
+        ++calls;
+        if (percentage > 5.0) throw std::runtime_error("no window");
+    });
+    EXPECT_NO_THROW(whole.setPercentage(1));
+    EXPECT_NO_THROW(whole.startStage(10).close());
+    EXPECT_NO_THROW(whole.setPercentage(50));
+    EXPECT_EQ(calls, 2);
+    EXPECT_EQ(LogTrap::take(), QStringList{"Progress is shown no more: no window"});
+    EXPECT_DOUBLE_EQ(whole.getPercentage(), 50);
+    EXPECT_FALSE(whole.isCanceled());
+}
+
 TEST(StagedProgress, sinkThatThrowsDoesNotEndTheProgramWhenAHandleGoes)
 {
     bool thrown = false;
     StagedProgress whole([&](double, const QString&) {
         thrown = true;
-        throw std::runtime_error("no");
+        throw 5;
     });
     {
         StagedProgress stage = whole.startStage(10);
     }
     EXPECT_TRUE(thrown);
-    EXPECT_THROW(whole.setPercentage(50), std::runtime_error);
+    EXPECT_DOUBLE_EQ(whole.getPercentage(), 10);
+    EXPECT_EQ(LogTrap::take(), QStringList{"Progress is shown no more: unknown exception"});
 }

@@ -10,6 +10,9 @@
 #include <QtCore/QFile>
 #include <QtCore/QTemporaryDir>
 
+#include <stdexcept>
+#include <sys/resource.h>
+
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -528,6 +531,160 @@ TEST_F(ProjectFileTest, CancelledSavingLeavesTheOldFile)
     progress.cancel();
     EXPECT_THROW(project->save(path(), progress), ksp::Canceled);
     EXPECT_EQ(CQtArchive::readFile(path()), first);
+}
+
+TEST_F(ProjectFileTest, SavingCancelledAtTheVeryEndLeavesTheOldFile)
+{
+    auto project = makeProject();
+    fill(*project);
+    const QByteArray first = saved(*project);
+    addElement<LineElement>(*project, "more", 1);
+    std::unique_ptr<ksp::StagedProgress> progress;
+    progress = std::make_unique<ksp::StagedProgress>([&](double percentage, const QString&) {
+        if (percentage >= 90.0) progress->cancel(); // all elements are stored
+    });
+    EXPECT_THROW(project->save(path(), *progress), ksp::Canceled);
+    EXPECT_EQ(CQtArchive::readFile(path()), first);
+}
+
+TEST_F(ProjectFileTest, ProgressThatCannotBeShownDoesNotStopOpening)
+{
+    auto source = makeProject();
+    fill(*source);
+    source->save(path());
+    for (const double from : {0.0, 20.0, 65.0, 100.0}) {
+        auto project = makeProject();
+        addElement<LineElement>(*project, "mine", 1);
+        project->open(path(), ksp::StagedProgress([&](double percentage, const QString&) {
+                          if (percentage >= from) throw std::runtime_error("no window");
+                      }));
+        EXPECT_EQ(describe(*project), "1a10 3c30 | 2b20 | 7 0") << from;
+        EXPECT_EQ(project->getPath(), path());
+        EXPECT_EQ(LogTrap::take(), QStringList{"Progress is shown no more: no window"});
+    }
+}
+
+TEST_F(ProjectFileTest, FileThatMemoryCannotHoldIsRefusedByName)
+{
+#if defined(__SANITIZE_ADDRESS__)
+    GTEST_SKIP() << "the address sanitizer ends the program where memory does";
+#endif
+    QFile file(path());
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    ASSERT_TRUE(file.resize(qint64(1) << 30)); // sparse
+    auto project = makeProject();
+    fill(*project);
+    rlimit before{};
+    getrlimit(RLIMIT_AS, &before);
+    QFile pages("/proc/self/statm");
+    ASSERT_TRUE(pages.open(QIODevice::ReadOnly));
+    const rlim_t used = pages.readAll().split(' ')[0].toULongLong() * 4096;
+    const rlimit limit{used + (rlim_t(256) << 20), before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_AS, &limit), 0);
+    std::string said;
+    int code = -1;
+    try {
+        project->open(path());
+    } catch (const ksp::CFileException& error) {
+        said = error.what();
+        code = error.code();
+    } catch (const std::exception& error) {
+        said = error.what();
+    }
+    setrlimit(RLIMIT_AS, &before);
+    EXPECT_EQ(said, path().toStdString() + ": there is not enough memory");
+    EXPECT_EQ(code, ksp::CFileException::Limit);
+    EXPECT_EQ(describe(*project), "1a10 3c30 | 2b20 | 7 8");
+}
+
+TEST_F(ProjectFileTest, ErrorsKeepTheirCodes)
+{
+    auto project = makeProject();
+    const auto codeOf = [&](const QString& file) {
+        try {
+            project->open(file);
+        } catch (const ksp::CFileException& error) {
+            return error.code();
+        }
+        return -1;
+    };
+    auto source = makeProject();
+    const QByteArray whole = saved(*source);
+    EXPECT_EQ(codeOf(path("nowhere.project")), ksp::CFileException::Access);
+    write(whole.left(whole.size() - 1));
+    EXPECT_EQ(codeOf(path()), ksp::CFileException::Truncated);
+    write(whole + "x");
+    EXPECT_EQ(codeOf(path()), ksp::CFileException::Damaged);
+    QByteArray later = whole;
+    later[4] = 2; // the format of the archive
+    write(later);
+    EXPECT_EQ(codeOf(path()), ksp::CFileException::Version);
+    write(handMade(
+        1, [](CQtArchive&) {}, 0x12345678));
+    EXPECT_EQ(codeOf(path()), ksp::CFileException::Damaged);
+}
+
+TEST_F(ProjectFileTest, ErrorsOfElementsAreGenericAndNameTheFile)
+{
+    class Fussy : public PointElement
+    {
+    public:
+        void serialize(CQtArchive& archive) override
+        {
+            if (archive.isLoading()) throw ksp::CommonError("not so");
+            PointElement::serialize(archive);
+        }
+    };
+    write(fileWithPoints(1, {1}));
+    auto project = makeProject();
+    project->getModel()->registerCreator(std::make_unique<COrdinaryItemCreator<Fussy>>());
+    try {
+        project->open(path());
+        FAIL() << "opened";
+    } catch (const ksp::CFileException& error) {
+        EXPECT_EQ(error.code(), ksp::CFileException::Generic);
+        EXPECT_EQ(error.text(), path() + ": not so");
+    }
+}
+
+TEST_F(ProjectFileTest, UnknownElementsPutTheNextIdentifierBehindThem)
+{
+    write(fileWithPoints(1, {41})); // a next identifier that is too low
+    CProject ignorant;
+    ignorant.open(path());
+    EXPECT_EQ(addElement<LineElement>(ignorant, "n", 0)->getId(), 42);
+}
+
+TEST_F(ProjectFileTest, ProjectOfVersionZeroIsRefused)
+{
+    CQtArchive archive;
+    archive.beginObject();
+    archive.writeUInt(0x4A504D50);
+    archive.writeInt64(1);
+    archive.writeUInt(0);
+    archive.writeUInt(0);
+    archive.finish();
+    write(archive.data());
+    auto project = makeProject();
+    EXPECT_THAT(refusal(*project, path()), HasSubstr("version 0"));
+}
+
+TEST_F(ProjectFileTest, WhatANewerWriterAddedToTheProjectIsSkipped)
+{
+    CQtArchive archive;
+    archive.beginObject();
+    archive.writeUInt(0x4A504D50);
+    archive.writeInt64(17);
+    archive.writeUInt(0);
+    archive.writeUInt(0);
+    archive.endObject(1);
+    archive.checkVersion(2);
+    archive.writeBlock("something new", 13);
+    archive.finish();
+    write(archive.data());
+    auto project = makeProject();
+    project->open(path());
+    EXPECT_EQ(addElement<LineElement>(*project, "n", 0)->getId(), 17);
 }
 
 TEST_F(ProjectFileTest, ProgressRunsToTheEnd)

@@ -2,6 +2,9 @@
 
 #include <framework/model/COrdinaryItemCreator.h>
 #include <framework/model/CProjectModel.h>
+#include <tests/support/LogTrap.h>
+
+#include <stdexcept>
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -156,6 +159,24 @@ TEST(ProjectModel, InitializerMayAddAnotherOne)
                          }));
     model.initialize();
     EXPECT_EQ(ran, "ab");
+}
+
+TEST(ProjectModel, InitializersThatThrowAreLoggedAndStopNoOther)
+{
+    CProjectModel model(nullptr);
+    std::string ran;
+    model.addInitializer(0x11,
+                         std::make_unique<Initializer>(&model, [] { throw std::runtime_error("no room"); }));
+    model.addInitializer(0x12, std::make_unique<Initializer>(&model, [&] { ran += 'b'; }));
+    model.addInitializer(0x13, std::make_unique<Initializer>(&model, [] { throw 5; }));
+    model.addInitializer(0x14, std::make_unique<Initializer>(&model, [&] { ran += 'd'; }));
+    EXPECT_NO_THROW(model.initialize());
+    EXPECT_EQ(ran, "bd");
+    EXPECT_EQ(LogTrap::take(),
+              (QStringList{"Model initializer 0x00000011 (ModelInitializer) failed: no room",
+                           "Model initializer 0x00000013 (ModelInitializer) failed: unknown exception"}));
+    model.initialize();
+    EXPECT_EQ(ran, "bd");
 }
 
 TEST(ProjectModel, LaterCreatorOfATypeReplacesTheEarlier)
