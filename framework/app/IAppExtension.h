@@ -1,4 +1,5 @@
 #pragma once
+#include <framework/HostFramework_export.h>
 
 #include <QtCore/QtPlugin>
 
@@ -7,7 +8,7 @@
 class Application;
 
 /// A plug-in that extends the application.
-class IAppExtension
+class HOSTFRAMEWORK_EXPORT IAppExtension
 {
 public:
     virtual ~IAppExtension() = default;

@@ -1,11 +1,12 @@
 #pragma once
+#include <framework/HostFramework_export.h>
 
 #include <QtCore/QtPlugin>
 
 class CProjectModel;
 
 /// A plug-in that extends project models.
-class IModelExtension
+class HOSTFRAMEWORK_EXPORT IModelExtension
 {
 public:
     virtual ~IModelExtension() = default;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <framework/HostFramework_export.h>
 #include <framework/ksp/StagedProgress.h>
 #include <framework/model/CModelElement.h>
 
@@ -11,7 +12,7 @@
 
 /// A plug-in that reads files into model elements (features), found by qobject_cast among the plug-in
 /// objects.
-class IModelReader
+class HOSTFRAMEWORK_EXPORT IModelReader
 {
 public:
     virtual ~IModelReader() = default;

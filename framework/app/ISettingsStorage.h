@@ -1,9 +1,10 @@
 #pragma once
+#include <framework/HostFramework_export.h>
 
 #include <QtXml/QDomElement>
 
 /// A store of settings: one XML element a key.
-class ISettingsStorage
+class HOSTFRAMEWORK_EXPORT ISettingsStorage
 {
 public:
     virtual ~ISettingsStorage() = default;

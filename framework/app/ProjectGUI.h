@@ -1,14 +1,15 @@
 #pragma once
+#include <framework/HostFramework_export.h>
 
 #include <QtCore/QObject>
 #include <QtCore/QtPlugin>
 
 /// The host's window, as far as plug-ins may know it: a place to find menus and docks by object name.
-class ProjectGUI
+class HOSTFRAMEWORK_EXPORT ProjectGUI
 {
 public:
     /// A plug-in that extends the window.
-    class IExtender
+    class HOSTFRAMEWORK_EXPORT IExtender
     {
     public:
         virtual ~IExtender() = default;

@@ -1,12 +1,13 @@
 #pragma once
 
+#include <framework/HostFramework_export.h>
 #include <framework/ksp/LONGID.h>
 #include <framework/ksp/StagedProgress.h>
 
 class InteractiveGraphicsItem;
 
 /// A scene that shows model elements, whichever way it draws them.
-class InteractiveGraphicsScene
+class HOSTFRAMEWORK_EXPORT InteractiveGraphicsScene
 {
 public:
     enum SceneType { Scene3dType = 0, PlanType = 1, ImageType = 2 };

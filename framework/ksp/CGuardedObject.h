@@ -7,7 +7,9 @@
 namespace ksp {
 
 /// Base of objects that are watched without being owned and that are no QObject: a GuardedPtr to such an
-/// object reads null once the object is destroyed. A copy is an object of its own, with watchers of its own.
+/// object reads null once this base of it is destroyed. That is after the destructors of the derived classes:
+/// while these run, watchers still get the object, of which parts are gone already. A copy is an object of
+/// its own, with watchers of its own.
 class HOSTFRAMEWORK_EXPORT CGuardedObject
 {
 public:
@@ -16,7 +18,7 @@ public:
     CGuardedObject& operator=(const CGuardedObject&) { return *this; }
     virtual ~CGuardedObject() = default;
 
-    /// Expires when this object is destroyed.
+    /// Expires when this base of the object is destroyed.
     std::weak_ptr<const void> guard() const { return m_guard; }
 
 private:

@@ -19,7 +19,8 @@ namespace ksp {
 ///
 /// While loading, checkVersion tells whether the stored object has the part that came with that version, and
 /// finish skips what a newer writer added. Objects nest. Reading beyond the end of the frame, or anything
-/// else that the stored bytes do not allow, throws ksp::CFileException; so does every operation afterwards.
+/// else that the stored bytes do not allow, throws ksp::CFileException. An archive that found its bytes
+/// damaged is at an end: every later read and every later step on frames throws ksp::CFileException, too.
 class HOSTFRAMEWORK_EXPORT IArchive
 {
 public:

@@ -1,11 +1,12 @@
 #pragma once
 
+#include <framework/HostFramework_export.h>
 #include <framework/ksp/LONGID.h>
 
 namespace ksp {
 
 /// Something that is known by a LONGID.
-class IIdentifiable
+class HOSTFRAMEWORK_EXPORT IIdentifiable
 {
 public:
     virtual ~IIdentifiable() = default;

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <framework/HostFramework_export.h>
+
 class CModelElement;
 
 /// Decides which elements take part in something.
-class IElementFilter
+class HOSTFRAMEWORK_EXPORT IElementFilter
 {
 public:
     virtual ~IElementFilter() = default;

@@ -1,4 +1,5 @@
 #pragma once
+#include <framework/HostFramework_export.h>
 
 #include <QtCore/QString>
 #include <QtCore/QStringList>
@@ -7,7 +8,7 @@
 namespace Property {
 
 /// Something with named properties that a property window can show and change.
-class IPropertyHolder
+class HOSTFRAMEWORK_EXPORT IPropertyHolder
 {
 public:
     virtual ~IPropertyHolder() = default;

@@ -1,11 +1,12 @@
 #pragma once
 
+#include <framework/HostFramework_export.h>
 #include <framework/model/CModelElement.h>
 
 #include <memory>
 
 /// Makes elements of one type, for loading and for project settings.
-class ModelElementCreator
+class HOSTFRAMEWORK_EXPORT ModelElementCreator
 {
 public:
     virtual ~ModelElementCreator() = default;

@@ -73,6 +73,13 @@ TEST(BoundingBox, hugeBoxHasAFiniteCentre)
     EXPECT_EQ(BoundingBox(dvec3(big / 2), dvec3(big)).getCenter(), dvec3(big * 0.75));
 }
 
+TEST(BoundingBox, hugeBoxHasAFiniteDiagonal)
+{
+    // the squares of the sides are beyond the doubles
+    EXPECT_DOUBLE_EQ(BoundingBox(dvec3(0), dvec3(2e200, 3e200, 6e200)).getDiagonal(), 7e200);
+    EXPECT_DOUBLE_EQ(BoundingBox(dvec3(0), dvec3(1e200, 0, 0)).getDiagonal(), 1e200);
+}
+
 TEST(BoundingBox, unitesPoints)
 {
     BoundingBox box;
