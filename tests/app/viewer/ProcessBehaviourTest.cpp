@@ -133,5 +133,7 @@ TEST_F(ProcessBehaviour, MemoryStaysBelowFourTimesTheVertexData)
     ASSERT_GT(full, 0.0);
     RecordProperty("times", std::to_string((full - empty) / vertexData));
     EXPECT_GT(full - empty, 0.5 * vertexData) << "this measures nothing";
+#ifndef __SANITIZE_ADDRESS__ // which keeps back what was freed
     EXPECT_LT(full - empty, 4.0 * vertexData);
+#endif
 }
