@@ -1,7 +1,5 @@
 #include <Viewer3dModule/camera/CentralProjection.h>
 
-#include <framework/ksp/IArchive.h>
-
 #include <QtCore/QSizeF>
 
 #include <cmath>
@@ -48,12 +46,7 @@ double CentralProjection::getZoom() const
 
 void CentralProjection::serialize(ksp::IArchive& archive)
 {
-    double fov = m_fov;
-    archive.beginObject();
-    archive.value(fov);
-    archive.endObject(1);
-    archive.finish();
-    m_fov = fov;
+    serializeNumber(archive, m_fov);
 }
 
 std::unique_ptr<IProjection> CentralProjection::clone() const

@@ -40,6 +40,9 @@ public:
     virtual std::unique_ptr<IProjection> clone() const = 0;
 
 protected:
+    /// Reads or writes a zoom state that is one number, which is unchanged when reading throws.
+    static void serializeNumber(ksp::IArchive& archive, double& number);
+
     IProjection() = default;
     IProjection(const IProjection&) = default;
     IProjection& operator=(const IProjection&) = default;

@@ -1,7 +1,5 @@
 #include <Viewer3dModule/camera/ParallelProjection.h>
 
-#include <framework/ksp/IArchive.h>
-
 #include <QtCore/QSizeF>
 
 #include <glm/gtc/matrix_transform.hpp>
@@ -58,12 +56,7 @@ void ParallelProjection::zoomOut()
 
 void ParallelProjection::serialize(ksp::IArchive& archive)
 {
-    double ratio = m_ratio;
-    archive.beginObject();
-    archive.value(ratio);
-    archive.endObject(1);
-    archive.finish();
-    m_ratio = ratio;
+    serializeNumber(archive, m_ratio);
 }
 
 std::unique_ptr<IProjection> ParallelProjection::clone() const

@@ -72,12 +72,17 @@ TEST_F(PluginTest, ShaderSourcesAreFoundByTheirPrefix)
 {
     Application application;
     app->extendApplication(&application, {});
-    const QDir resource(":/Viewer3dModule");
-    ASSERT_TRUE(resource.exists());
-    const QStringList sources = resource.entryList({"*.glsl"});
-    EXPECT_FALSE(sources.isEmpty());
-    for (const QString& source : sources)
-        EXPECT_TRUE(QFile::exists("shader:Viewer3dModule/" + source)) << qPrintable(source);
+    // what the eight programs that every scene has are made of, with what these include
+    const QStringList sources = {"common.vertex",  "dashedLines.vertex",     "dummy.vertex",
+                                 "WideLines.geom", "SolidRegularLines.geom", "caption.geom",
+                                 "mono.fragment",  "texture.fragment",       "dashedLines.fragment",
+                                 "mesh.fragment",  "light.fragment",         "DrawModes",
+                                 "SelectionMode",  "GluePriority",           "Quaternion"};
+    for (const QString& source : sources) {
+        QFile file("shader:Viewer3dModule/" + source + ".glsl");
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << qPrintable(source);
+        EXPECT_GT(file.size(), 0) << qPrintable(source);
+    }
 }
 
 TEST_F(PluginTest, ModelGetsOneInitializer)
@@ -104,6 +109,15 @@ TEST_F(PluginTest, InitializerAddsTheLightingSettings)
     ASSERT_NE(lighting, nullptr);
     EXPECT_EQ(lighting, project.getProjectSettings(lightingSettingsId));
     EXPECT_TRUE(lighting->getViews().empty());
+}
+
+TEST_F(PluginTest, LightingSettingsAreStoredWithTheProject)
+{
+    CProject project;
+    model->extendModel(project.getModel());
+    project.getModel()->initialize();
+    EXPECT_EQ(project.getProjectSettingsFlags(lightingSettingsId), 4);
+    EXPECT_EQ(project.getProjectSettingsFlags(4711), 0);
 }
 
 TEST_F(PluginTest, ModelWithoutAProjectIsLeftAsItIs)
