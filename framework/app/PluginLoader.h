@@ -35,10 +35,10 @@ public:
     static QStringList defaultFolders();
 
     /// Reads the metadata of every library in the folders, folder by folder, by file name, and loads those
-    /// whose metadata is a plug-in's. A file of a class name that was loaded already is listed as a
-    /// duplicate; a file that is listed already (also by another path to it) is left out, and so are folders
-    /// that are not there. Libraries stay loaded to the end of the process. Each failure gives a warning in
-    /// the log, a duplicate a line of information.
+    /// whose metadata is a plug-in's. Pipes, devices and broken links are listed and not opened. A file of a
+    /// class name that was loaded already is listed as a duplicate; a file that is listed already (also by
+    /// another path to it) is left out, and so are folders that are not there. Libraries stay loaded to the
+    /// end of the process. Each failure gives a warning in the log, a duplicate a line of information.
     void load(const QStringList& folders);
 
     const std::vector<Plugin>& getPlugins() const { return m_plugins; }

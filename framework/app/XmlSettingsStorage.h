@@ -10,8 +10,9 @@ class HOSTFRAMEWORK_EXPORT XmlSettingsStorage : public ISettingsStorage
 {
 public:
     /// Reads the file when there is one. A file that cannot be read or parsed gives one line in the log and
-    /// an empty store, and is kept under the name path + ".damaged" before save replaces it. An empty path: a
-    /// store in memory.
+    /// an empty store, and is kept under the name path + ".damaged", in place of one kept earlier, when save
+    /// replaces it; when save fails it is where it was. What is no regular file is neither read nor replaced.
+    /// An empty path: a store in memory.
     explicit XmlSettingsStorage(const QString& path);
     ~XmlSettingsStorage() override;
 
