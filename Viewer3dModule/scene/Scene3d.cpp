@@ -83,7 +83,8 @@ QOpenGLShaderProgram* Scene3d::createProgram(const QStringList& files,
                                              const std::vector<std::string>& defines,
                                              const std::vector<std::string>& varyings)
 {
-    makeCurrent();
+    // Without a context there is nothing to compile with; the constructor has said so.
+    if (!makeCurrent()) return new QOpenGLShaderProgram(this);
     return buildShaderProgram(this, files, defines, varyings);
 }
 
