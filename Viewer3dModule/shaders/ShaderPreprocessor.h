@@ -17,10 +17,9 @@ class QTextStream;
 /// without a message.
 
 /// The source of a file with its includes in place, depth first, and "#define X" lines for all defines right
-/// after its
-/// "#version" line, in order. Included files get no defines. A file without a "#version" line receives none
-/// either. Lines end with a line feed. A define is the text after "#define ": a name, or a name, a blank and
-/// a value.
+/// after its "#version" line, in order. Included files get no defines. A file without a "#version" line
+/// receives none either. Lines end with a line feed. A define is the text after "#define ": a name, or a
+/// name, a blank and a value.
 VIEWER3DMODULE_EXPORT QString preprocessShader(const QString& fileName,
                                                const std::vector<std::string>& defines);
 

@@ -3,6 +3,7 @@
 #include <Viewer3dModule/shaders/DrawMode.h>
 #include <Viewer3dModule/shaders/OpenGLFunctions.h>
 #include <Viewer3dModule/shaders/ShaderPreprocessor.h>
+#include <Viewer3dModule/shaders/StorageLimits.h>
 #include <framework/ksp/Log.h>
 #include <framework/ksp/log_format.h>
 
@@ -91,6 +92,15 @@ void declareVaryings(const QOpenGLShaderProgram& program, const std::vector<std:
                                     GL_INTERLEAVED_ATTRIBS);
 }
 
+// Drivers differ in what they offer, and some link a program that needs more.
+void checkStorage(const QOpenGLShaderProgram& program, const QString& name)
+{
+    OpenGLFunctions* gl = currentGLFunctions();
+    if (!gl) return;
+    const QString missing = missingStorage(storageUsed(*gl, program.programId()), storageOffered(*gl));
+    if (!missing.isEmpty()) ksp::Log::error(QStringLiteral("%1 and others: %2").arg(name, missing));
+}
+
 } // namespace
 
 QOpenGLShaderProgram* buildShaderProgram(QObject* parent, const QStringList& files,
@@ -101,7 +111,9 @@ QOpenGLShaderProgram* buildShaderProgram(QObject* parent, const QStringList& fil
     // The stages that did compile might link without the missing one, and draw something else than was meant.
     if (!addStages(*program, files, defines)) return program;
     declareVaryings(*program, varyings);
-    if (!program->link()) {
+    if (program->link()) {
+        checkStorage(*program, files.value(0));
+    } else {
         ksp::log_format(ksp::Log::Error, "%s and others: link error", qUtf8Printable(files.value(0)));
         ksp::Log::error(program->log());
     }

@@ -12,15 +12,15 @@ class QOpenGLShaderProgram;
 
 /// Builds a program in the context that is current and gives it to the parent.
 /// @param files     paths of shader files, in the order in which they are compiled. The stage is told by the
-/// first of
-///                  these words that occurs in the path: vertex, fragment, geom, tesc, tese, comp
+///                  first of these words that occurs in the path: vertex, fragment, geom, tesc, tese, comp
 /// @param defines   for the preprocessor of every file; see preprocessShader
 /// @param varyings  names of outputs for transform feedback, written interleaved into one buffer in this
-/// order
+///                  order
 /// @return          always a new program. When a stage did not compile or the program did not link, this is
-/// logged as an
-///                  error and isLinked() is false. QOpenGLShaderProgram::bind() would try to link it again,
-///                  each time: whoever draws asks isLinked() first and leaves such a program alone.
+///                  logged as an error and isLinked() is false. QOpenGLShaderProgram::bind() would try to
+///                  link it again, each time: whoever draws asks isLinked() first and leaves such a program
+///                  alone. A program that uses more shader storage than the driver offers is logged as an
+///                  error too, and is linked all the same: only passes that touch the storage go wrong.
 ///
 /// The program's property "primitives" (int, see PrimitiveBit) names the kinds that its geometry stage takes;
 /// without a geometry stage, or where its input layout was not recognised, there is no such property.
