@@ -1,6 +1,7 @@
 #include <Viewer3dModule/drawables/MeshNode3d.h>
 
 #include <Viewer3dModule/drawables/GlBuffer.h>
+#include <Viewer3dModule/drawables/GlTexture.h>
 #include <Viewer3dModule/drawables/MeshNormals.h>
 #include <Viewer3dModule/drawables/VertexArrayBinding.h>
 #include <Viewer3dModule/drawers/DrawerType.h>
@@ -10,8 +11,6 @@
 #include <Viewer3dModule/shaders/Uniforms.h>
 #include <framework/ksp/Log.h>
 
-#include <QtGui/QOpenGLTexture>
-
 #include <algorithm>
 #include <limits>
 #include <utility>
@@ -19,6 +18,7 @@
 namespace {
 
 const QColor defaultColor(200, 200, 200);
+constexpr float lineWidth = 1.0f; // pixels
 
 // Where a fragment's colour comes from: the shaders' "uColorMode".
 enum ColorMode { ItemColor = 0, VertexColors = 1, TextureColor = 2 };
@@ -70,6 +70,9 @@ void dropWhatDoesNotFit(MeshData& data)
     data.parts.erase(misfits, data.parts.end());
     for (MeshData::Part& part : data.parts)
         part.indexCount -= part.indexCount % kindOf(part.kind).verticesPerPrimitive;
+    data.parts.erase(std::remove_if(data.parts.begin(), data.parts.end(),
+                                    [](const MeshData::Part& part) { return part.indexCount == 0; }),
+                     data.parts.end());
 }
 
 gmx::BoundingBox boundsOf(const MeshData& data)
@@ -103,19 +106,45 @@ void moveTo(GlBuffer& buffer, OpenGLFunctions& gl, std::vector<T>& values)
     values = std::vector<T>();
 }
 
-// Null for a null image.
-std::unique_ptr<QOpenGLTexture> makeTexture(const QImage& image, int maxSize)
+// The uniforms that the look of parts depends on, each set only where it changes: some drivers pay dearly for
+// a change. At the end they are as every item leaves them.
+class PartLook
 {
-    if (image.isNull()) return nullptr;
-    const bool fits = image.width() <= maxSize && image.height() <= maxSize;
-    const QImage scaled =
-        fits ? image : image.scaled(maxSize, maxSize, Qt::KeepAspectRatio, Qt::SmoothTransformation);
-    // OpenGL's first row is the lowest one.
-    auto texture = std::make_unique<QOpenGLTexture>(scaled.mirrored(), QOpenGLTexture::GenerateMipMaps);
-    texture->setMinMagFilters(QOpenGLTexture::LinearMipMapLinear, QOpenGLTexture::Linear);
-    texture->setWrapMode(QOpenGLTexture::Repeat);
-    return texture;
-}
+public:
+    PartLook(OpenGLFunctions& gl, const PaintContext& context)
+        : m_gl(gl)
+        , m_drawer(context.drawer)
+        , m_locations(Item3dDrawer::itemUniforms(context))
+    {
+        uniforms::set(m_gl, m_locations.texture0, 0);
+        uniforms::set(m_gl, m_locations.filledTextureBack, 0);
+        uniforms::set(m_gl, m_locations.materialMode, 0);
+        if (m_drawer) m_drawer->setShaderLightMode(true);
+    }
+    ~PartLook() { setColorMode(ItemColor); }
+    PartLook(const PartLook&) = delete;
+    PartLook& operator=(const PartLook&) = delete;
+
+    void setColorMode(ColorMode mode)
+    {
+        if (mode != m_colorMode) uniforms::set(m_gl, m_locations.colorMode, static_cast<int>(mode));
+        m_colorMode = mode;
+    }
+    void setColor(const QColor& color) { uniforms::set(m_gl, m_locations.itemColor, color); }
+    void setPenWidth(float width) { uniforms::set(m_gl, m_locations.penWidth, width); }
+    void setLit(bool lit)
+    {
+        if (m_drawer && m_lit != lit) m_drawer->setShaderLightMode(lit);
+        m_lit = lit;
+    }
+
+private:
+    OpenGLFunctions& m_gl;
+    Item3dDrawer* m_drawer;
+    ItemUniforms m_locations;
+    ColorMode m_colorMode = ItemColor;
+    bool m_lit = true;
+};
 
 } // namespace
 
@@ -124,9 +153,8 @@ struct MeshNode3d::Private
     explicit Private(MeshData meshData);
     void upload(OpenGLFunctions& gl);
     void bindAttributes(VertexArrayBinding& binding) const;
-    void drawPart(const MeshData::Part& part, const PaintContext& context, OpenGLFunctions& gl,
-                  const ItemUniforms& locations, int instances) const;
-    const QOpenGLTexture* textureOf(const MeshData::Part& part) const;
+    void drawPart(const MeshData::Part& part, OpenGLFunctions& gl, PartLook& look, int instances) const;
+    unsigned int textureOf(const MeshData::Part& part) const;
 
     MeshData data; // its arrays and images are empty after the upload
     gmx::BoundingBox bounds;
@@ -138,15 +166,15 @@ struct MeshNode3d::Private
     GlBuffer colors;
     GlBuffer texCoords;
     GlBuffer indices;
-    std::vector<std::unique_ptr<QOpenGLTexture>> textures; // one an image, null where the image is
+    std::vector<GlTexture> textures; // one an image, without a name where the image is null
 };
 
 MeshNode3d::Private::Private(MeshData meshData)
     : data(std::move(meshData))
 {
     dropWhatDoesNotFit(data);
-    completeNormals(data);
     bounds = boundsOf(data);
+    completeNormals(data);
     info = geometryInfoOf(data);
 }
 
@@ -158,11 +186,8 @@ void MeshNode3d::Private::upload(OpenGLFunctions& gl)
     moveTo(colors, gl, data.colors);
     moveTo(texCoords, gl, data.texCoords);
     moveTo(indices, gl, data.indices);
-    if (data.images.empty()) return;
-    GLint maxSize = 0;
-    gl.glGetIntegerv(GL_MAX_TEXTURE_SIZE, &maxSize);
     for (QImage& image : data.images) {
-        textures.push_back(makeTexture(image, maxSize));
+        textures.emplace_back().upload(gl, image);
         image = QImage();
     }
     data.images.clear();
@@ -177,28 +202,29 @@ void MeshNode3d::Private::bindAttributes(VertexArrayBinding& binding) const
     binding.setIndices(indices);
 }
 
-const QOpenGLTexture* MeshNode3d::Private::textureOf(const MeshData::Part& part) const
+// 0 for a part that shows none.
+unsigned int MeshNode3d::Private::textureOf(const MeshData::Part& part) const
 {
     if (texCoords.name() == 0 || part.image < 0 || static_cast<std::size_t>(part.image) >= textures.size())
-        return nullptr;
-    return textures[static_cast<std::size_t>(part.image)].get();
+        return 0;
+    return textures[static_cast<std::size_t>(part.image)].name();
 }
 
-void MeshNode3d::Private::drawPart(const MeshData::Part& part, const PaintContext& context,
-                                   OpenGLFunctions& gl, const ItemUniforms& locations, int instances) const
+void MeshNode3d::Private::drawPart(const MeshData::Part& part, OpenGLFunctions& gl, PartLook& look,
+                                   int instances) const
 {
-    const QOpenGLTexture* texture = textureOf(part);
-    const ColorMode colorMode = texture ? TextureColor : colors.name() != 0 ? VertexColors : ItemColor;
-    uniforms::set(gl, locations.colorMode, static_cast<int>(colorMode));
-    uniforms::set(gl, locations.itemColor, part.color.isValid() ? part.color : defaultColor);
-    if (part.kind == MeshData::Part::Points) uniforms::set(gl, locations.penWidth, part.pointSize);
-    if (context.drawer) context.drawer->setShaderLightMode(part.kind == MeshData::Part::Triangles);
-    if (texture) gl.glBindTexture(GL_TEXTURE_2D, texture->textureId());
+    const unsigned int texture = textureOf(part);
+    look.setColorMode(texture != 0 ? TextureColor : colors.name() != 0 ? VertexColors : ItemColor);
+    look.setColor(part.color.isValid() ? part.color : defaultColor);
+    look.setLit(part.kind == MeshData::Part::Triangles);
+    if (part.kind != MeshData::Part::Triangles)
+        look.setPenWidth(part.kind == MeshData::Part::Points ? part.pointSize : lineWidth);
+    if (texture != 0) gl.glBindTexture(GL_TEXTURE_2D, texture);
     gl.glDrawElementsInstanced(
         kindOf(part.kind).mode, static_cast<GLsizei>(part.indexCount), GL_UNSIGNED_INT,
         reinterpret_cast<const void*>(static_cast<std::uintptr_t>(part.firstIndex) * sizeof(std::uint32_t)),
         instances);
-    if (texture) gl.glBindTexture(GL_TEXTURE_2D, 0);
+    if (texture != 0) gl.glBindTexture(GL_TEXTURE_2D, 0);
 }
 
 MeshNode3d::MeshNode3d(MeshData data)
@@ -217,14 +243,13 @@ void MeshNode3d::draw(const PaintContext& context, int instances)
     const bool withAdjacency = (context.primitives & PrimitiveBit::Adjacency) != 0;
     VertexArrayBinding binding(*gl, context.vertexArray);
     m_private->bindAttributes(binding);
-    const ItemUniforms locations = Item3dDrawer::itemUniforms(context);
+    PartLook look(*gl, context);
     gl->glActiveTexture(GL_TEXTURE0);
     for (const MeshData::Part& part : m_private->data.parts) {
         const std::int32_t bit = kindOf(part.kind).bit;
         if ((context.primitives & bit) != 0 && (bit == PrimitiveBit::Points || !withAdjacency))
-            m_private->drawPart(part, context, *gl, locations, instances);
+            m_private->drawPart(part, *gl, look, instances);
     }
-    uniforms::set(*gl, locations.colorMode, static_cast<int>(ItemColor)); // what other items count on
 }
 
 glm::dvec3 MeshNode3d::getOrigin() const

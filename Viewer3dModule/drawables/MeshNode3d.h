@@ -3,8 +3,14 @@
 #include <Viewer3dModule/drawables/IDrawableNode3d.h>
 #include <Viewer3dModule/drawables/MeshData.h>
 
-/// A mesh, line set or point set of a file. Uploads at the first draw and then gives up the copy in memory;
-/// vertices without normals get those of their faces' area-weighted mean when the mesh has triangles.
+/// A mesh, line set or point set of a file. Uploads at the first draw and then gives up the copy in memory.
+/// Vertices of triangles that come without normals get them from their faces, see completeNormals. Parts
+/// without indices are dropped, and so, with a line in the log, are parts whose indices are out of range.
+///
+/// The colour of a part is the first of these that there is: the texels of its image, where the mesh has
+/// texture coordinates; the vertices' colours; the part's own colour; grey (200, 200, 200). A highlighted
+/// item shows the selection colour instead. Triangles are lit where the view's light is on, lines and points
+/// never; points have the size of their part, lines are 1 pixel wide.
 class VIEWER3DMODULE_EXPORT MeshNode3d : public IDrawableNode3d
 {
 public:
@@ -12,6 +18,9 @@ public:
     /// Frees its OpenGL objects; a context of the share group must be current.
     ~MeshNode3d() override;
 
+    /// Draws the parts of the kinds that the pass takes. A context of the share group must be current, and
+    /// context.vertexArray one of its own; the first draw uploads. Leaves no texture bound and texture unit 0
+    /// active.
     void draw(const PaintContext& context, int instances) override;
     glm::dvec3 getOrigin() const override;
     gmx::BoundingBox getBounds() const override;

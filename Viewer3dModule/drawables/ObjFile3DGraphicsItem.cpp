@@ -14,6 +14,11 @@ ObjFile3DGraphicsItem::ObjFile3DGraphicsItem(const QString& path)
 
 ObjFile3DGraphicsItem::~ObjFile3DGraphicsItem() = default;
 
+int ObjFile3DGraphicsItem::getDefaultDrawerType() const
+{
+    return m_node ? m_node->getDrawerType() : Drawable3dItem::getDefaultDrawerType();
+}
+
 void ObjFile3DGraphicsItem::draw(const PaintContext& context)
 {
     if (m_node && context.drawer) m_node->draw(context, 1);

@@ -17,6 +17,8 @@ public:
 
     /// The node, or null.
     IDrawableNode3d* getNode() const { return m_node.get(); }
+    /// The node's, so that it is lit and textured as a local item; without a node DrawerType::Mono.
+    int getDefaultDrawerType() const override;
     /// What a reader threw, or null.
     std::exception_ptr getError() const { return m_error; }
 

@@ -13,6 +13,8 @@ PolyPolyline3dItem::PolyPolyline3dItem(int drawerId, int defaultDrawerType)
 {
 }
 
+PolyPolyline3dItem::~PolyPolyline3dItem() = default;
+
 bool PolyPolyline3dItem::isHighlighted() const
 {
     return m_owner && m_owner->isHighlighted();
@@ -55,4 +57,5 @@ void PolyPolyline3dItem::draw(const PaintContext& context)
     if ((context.primitives & PrimitiveBit::Lines) == 0) return;
     m_primitive.setPen(context, m_pen);
     m_primitive.drawStrips(context, m_counts);
+    m_primitive.resetPen(context);
 }

@@ -10,6 +10,8 @@ public:
     /// drawerId is the visibility type of the scene drawer that setSceneDrawer binds to; 0: the default
     /// drawer of the type.
     PolyPolyline3dItem(int drawerId, int defaultDrawerType);
+    /// Frees the buffer; a context of the share group must be current.
+    ~PolyPolyline3dItem() override;
 
     void setDefaultDrawerType(int type) { m_defaultDrawerType = type; }
     int getDefaultDrawerType() const override { return m_defaultDrawerType; }
@@ -22,20 +24,23 @@ public:
     /// Binds the item to the scene's drawer; nothing for null.
     void setSceneDrawer(Scene3d* scene);
     /// Uploads the vertices (item coordinates) of all polylines; counts are the numbers of vertices of each,
-    /// in order, whose sum is the number of points.
+    /// in order, whose sum is the number of points. A context of the share group must be current: without one
+    /// the buffer stays as it was and only the counts are taken.
     void setPoints(std::vector<glm::vec3> points, std::vector<int> counts);
-    /// The vertices, read back, and the counts.
+    /// The vertices, read back in a context of the share group (none without one), and the counts.
     std::pair<std::vector<glm::vec3>, std::vector<int>> getData();
     /// Draws nothing until the next setPoints; the buffer stays.
     void clear();
     GeometryInfo getGeometryInfo() override;
-    std::vector<glm::vec3> getVertices() override { return m_primitive.getVertices(); }
 
     /// Draws the polylines; public for elements' items that draw one as a part of theirs.
     using Drawable3dItem::draw;
     void draw(const PaintContext& context) override;
 
 private:
+    int getVertexCount() const override { return m_primitive.getVertexCount(); }
+    unsigned int getVBO() const override { return m_primitive.getVBO(); }
+
     Polyline3dPrimitive m_primitive;
     std::vector<int> m_counts;
     int m_drawerId;

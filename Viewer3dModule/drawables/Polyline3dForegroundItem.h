@@ -6,10 +6,12 @@
 #include <QtGui/QColor>
 
 /// One polyline that is being edited: points in scene coordinates in doubles, a colour, a width, a closing
-/// flag.
+/// flag. The points are uploaded at the first draw after a change, in the context of the pass; getVertices
+/// and getVertex give what was uploaded last.
 class VIEWER3DMODULE_EXPORT Polyline3dForegroundItem : public Drawable3dItem
 {
 public:
+    /// No context needs to be current here, but one of the share group when the item is destroyed.
     Polyline3dForegroundItem(int defaultDrawerType, std::vector<glm::dvec3> points);
 
     const std::vector<glm::dvec3>& getPoints() const { return m_points; }
@@ -40,6 +42,8 @@ protected:
     virtual void update(const PaintContext& context);
 
 private:
+    int getVertexCount() const override { return m_primitive.getVertexCount(); }
+    unsigned int getVBO() const override { return m_primitive.getVBO(); }
     bool drawsBackToStart() const;
 
     std::vector<glm::dvec3> m_points;

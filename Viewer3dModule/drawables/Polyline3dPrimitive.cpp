@@ -76,6 +76,13 @@ void Polyline3dPrimitive::setPen(const PaintContext& context, const QPen& pen)
                   glm::vec2(context.viewportRect.width(), context.viewportRect.height()));
 }
 
+void Polyline3dPrimitive::resetPen(const PaintContext& context)
+{
+    OpenGLFunctions* gl = getGLFunctions();
+    if (!gl || !context.program) return;
+    uniforms::set(*gl, Item3dDrawer::itemUniforms(context).dashSize, 0.0f);
+}
+
 void Polyline3dPrimitive::draw(const PaintContext& context, int instances)
 {
     drawRange(context, 0, m_vertexCount, instances);

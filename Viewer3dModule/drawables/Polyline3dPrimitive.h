@@ -20,12 +20,17 @@ public:
     /// Deletes the buffers; a context of the share group must be current.
     ~Polyline3dPrimitive() override;
 
-    /// Uploads the positions; a buffer of the same length is kept.
+    /// Uploads the positions; a buffer of the same length is kept. A context of the share group must be
+    /// current, in the other setters too: without one nothing changes.
     void setVertices(const std::vector<glm::vec3>& vertices);
     /// Changes one position; an index that is not there is ignored.
     void setVertex(int index, const glm::vec3& vertex);
-    /// Colour and width (pixels) of the pen, and dashes of 10 by 10 pixels for any pen style but a solid one.
+    /// Sets colour and width (pixels) of the pen, and dashes of 10 by 10 pixels for any pen style but a solid
+    /// one, in the context's program, which must be in use.
     void setPen(const PaintContext& context, const QPen& pen);
+    /// Ends the pen's dashes, as items that set none count on; after the draw of every pen that may have
+    /// them.
+    void resetPen(const PaintContext& context);
 
     /// drawRange over the whole buffer.
     void draw(const PaintContext& context, int instances) override;
@@ -39,9 +44,11 @@ public:
     /// One point, or the segments of the strip.
     GeometryInfo getGeometryInfo() override;
 
-private:
+    /// For items that answer for the buffer of theirs.
     int getVertexCount() const override { return m_vertexCount; }
     unsigned int getVBO() const override { return m_vertices.name(); }
+
+private:
     /// Vertices of the buffer; none when the count is 0.
     struct Range
     {

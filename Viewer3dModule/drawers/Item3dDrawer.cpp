@@ -134,7 +134,6 @@ bool Item3dDrawer::prepareProgram(const PaintContext& context)
     m_normalMatrixLocation = program->uniformLocation("normalMatrix");
     m_lightDirectionLocation = program->uniformLocation("uLightDirection");
     m_lightModeLocation = program->uniformLocation("uLightMode");
-    m_penWidthLocation = program->uniformLocation("pen_width");
     m_itemUniforms = ItemUniforms::of(*program);
     m_preparedProgram = program;
     setTransform(context, m_transform, false);
@@ -206,7 +205,7 @@ void Item3dDrawer::setItemParameters(const Drawable3dItem* item, const PaintCont
 
 void Item3dDrawer::setPenWidth(float width)
 {
-    if (OpenGLFunctions* gl = currentGLFunctions()) uniforms::set(*gl, m_penWidthLocation, width);
+    if (OpenGLFunctions* gl = currentGLFunctions()) uniforms::set(*gl, m_itemUniforms.penWidth, width);
 }
 
 void Item3dDrawer::setShaderLightMode(bool on)

@@ -113,7 +113,6 @@ private:
     int m_normalMatrixLocation = -1;
     int m_lightDirectionLocation = -1;
     int m_lightModeLocation = -1;
-    int m_penWidthLocation = -1;
     glm::mat4 m_transform = glm::mat4(1.0f);
     std::vector<glm::mat4> m_transformStack;
     int m_itemIdLocation = -1;

@@ -75,13 +75,8 @@ ItemUniforms ItemUniforms::of(QOpenGLShaderProgram& program)
     uniforms.gapSize = program.uniformLocation("u_gapSize");
     uniforms.resolution = program.uniformLocation("u_resolution");
     uniforms.colorMode = program.uniformLocation("uColorMode");
-    uniforms.lightMode = program.uniformLocation("uLightMode");
-    uniforms.texture = program.uniformLocation("uTexture");
     uniforms.texture0 = program.uniformLocation("uTexture0");
     uniforms.filledTextureBack = program.uniformLocation("filled_texture_back");
     uniforms.materialMode = program.uniformLocation("uMaterialMode");
-    uniforms.materialAmbient = program.uniformLocation("uMaterialAmbient");
-    uniforms.materialDiffuse = program.uniformLocation("uMaterialDiffuse");
-    uniforms.materialSpecular = program.uniformLocation("uMaterialSpecular");
     return uniforms;
 }

@@ -8,8 +8,8 @@
 
 class QOpenGLShaderProgram;
 
-/// Setting a uniform of the program in use, by location and by the exact type of the uniform. A location of -1
-/// (the program has no such uniform) is skipped. A context must be current.
+/// Setting a uniform of the program in use, by location and by the exact type of the uniform. A location of
+/// -1 (the program has no such uniform) is skipped. A context must be current.
 namespace uniforms {
 
 VIEWER3DMODULE_EXPORT void set(OpenGLFunctions& gl, int location, int value);
@@ -27,8 +27,12 @@ VIEWER3DMODULE_EXPORT void set(OpenGLFunctions& gl, int location, const QColor& 
 
 } // namespace uniforms
 
-/// Locations of the uniforms that items and their primitives set, found once per program and pass so that the path
-/// run per item looks nothing up by name. -1 where the program lacks the uniform.
+/// Locations of the uniforms that items and their primitives set, found once per program and pass so that the
+/// path run per item looks nothing up by name. -1 where the program lacks the uniform.
+///
+/// Every item sets item_color, and pen_width where it draws points or lines. The others it may count on, and
+/// leaves, at their first values: uColorMode and u_dashSize 0. filled_texture_back, uMaterialMode and
+/// uTexture0 are set by every item whose look depends on them.
 struct VIEWER3DMODULE_EXPORT ItemUniforms
 {
     int itemColor = -1;
@@ -37,14 +41,9 @@ struct VIEWER3DMODULE_EXPORT ItemUniforms
     int gapSize = -1;
     int resolution = -1;
     int colorMode = -1;
-    int lightMode = -1;
-    int texture = -1;  ///< "uTexture"
     int texture0 = -1; ///< "uTexture0"
     int filledTextureBack = -1;
     int materialMode = -1;
-    int materialAmbient = -1;
-    int materialDiffuse = -1;
-    int materialSpecular = -1;
 
     /// Asks the program, which must be linked; its context must be current.
     static ItemUniforms of(QOpenGLShaderProgram& program);
