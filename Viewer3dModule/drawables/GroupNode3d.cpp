@@ -3,6 +3,8 @@
 #include <Viewer3dModule/drawers/Item3dDrawerSaver.h>
 #include <Viewer3dModule/drawers/PaintContext.h>
 
+#include <glm/gtc/matrix_transform.hpp>
+
 #include <algorithm>
 #include <utility>
 
@@ -17,9 +19,10 @@ void GroupNode3d::draw(const PaintContext& context, int instances)
 {
     if (!context.drawer) return;
     const auto drawer = ContextualItem3dDrawer::fromContext(context);
+    const glm::dmat4 transform = drawer.getTransform();
     for (const auto& child : m_children) {
         const Item3dDrawerSaver saver(drawer);
-        drawer.translate(glm::vec3(child->getOrigin() - m_origin));
+        drawer.setTransform(glm::mat4(glm::translate(transform, child->getOrigin() - m_origin)), false);
         child->draw(context, instances);
     }
 }

@@ -8,7 +8,9 @@ class VIEWER3DMODULE_EXPORT GroupNode3d : public IDrawableNode3d
 public:
     explicit GroupNode3d(std::vector<std::unique_ptr<IDrawableNode3d>> children);
     /// Draws the children that were not taken, each at its place relative to the group's origin. Whoever
-    /// wants them to be elements of their own takes them.
+    /// wants them to be elements of their own takes them. Shifts are composed in doubles, but onto the
+    /// drawer's model matrix, which is floats: a child is off by no more than a float's step of the group's
+    /// and its own place in the scene.
     void draw(const PaintContext& context, int instances) override;
     /// That of the first child.
     glm::dvec3 getOrigin() const override { return m_origin; }

@@ -12,6 +12,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <set>
 
 namespace {
 
@@ -344,6 +345,40 @@ TEST_F(MeshNode3dTest, TheScenesCaptureHoldsItsPrimitives)
               (std::vector<glm::vec4>{{0, 1, 100, 1}, {1, 0, 100, 1}, {0, 0, 100, 1}}));
 }
 
+TEST_F(MeshNode3dTest, APartWithoutIndicesUploadsAndDrawsNothing)
+{
+    frame();
+    const GlObjects before = GlObjects::count(*gl);
+    MeshData data;
+    data.positions = {{0, 0, 0}, {1, 0, 0}};
+    addPart(data, Kind::Triangles, {}, red);
+    addPart(data, Kind::Triangles, {0, 1}, red); // no whole triangle
+    addPart(data, Kind::Lines, {0}, red);
+    add(std::move(data));
+    EXPECT_EQ(countPixels(frame(), black), 64);
+    EXPECT_EQ(GlObjects::count(*gl), before);
+}
+
+// A scene of coloured cubes would be a scene of balls if faces across an edge shared their normals.
+TEST_F(MeshNode3dTest, EachFaceOfACubeHasOneColour)
+{
+    MeshData data;
+    for (int i = 0; i < 8; ++i)
+        data.positions.emplace_back(i & 1 ? 0.4f : -0.4f, i & 2 ? 0.4f : -0.4f, i & 4 ? 0.4f : -0.4f);
+    addPart(data, Kind::Triangles, {0, 2, 3, 0, 3, 1, 4, 5, 7, 4, 7, 6, 0, 1, 5, 0, 5, 4,
+                                    2, 6, 7, 2, 7, 3, 0, 4, 6, 0, 6, 2, 1, 3, 7, 1, 7, 5},
+            QColor(100, 100, 100));
+    NodeItem& item = add(std::move(data));
+    // Two sides are seen, left and right of the middle, at 60 and 30 degrees: z is depth, from -1 in front.
+    item.setTransform(glm::rotate(glm::mat4(1.0f), glm::radians(-30.0f), glm::vec3(0, 1, 0)), false);
+    const QImage image = frame(64);
+    std::set<QRgb> colors;
+    for (int y = 30; y < 34; ++y)
+        for (int x = 0; x < 64; ++x)
+            if (image.pixelColor(x, y) != black) colors.insert(image.pixel(x, y));
+    EXPECT_EQ(colors.size(), 2u);
+}
+
 TEST_F(MeshNode3dTest, UploadsAtTheFirstDrawAndOnce)
 {
     frame();
@@ -431,6 +466,26 @@ TEST_F(MeshNode3dTest, AGroupDrawsItsChildrenAtTheirPlaces)
     expectColor(image.pixelColor(4, 4), lit(green));
     expectColor(image.pixelColor(5, 4), lit(green));
     EXPECT_EQ(image.pixelColor(6, 4), black);
+}
+
+// The group lies a million units off, and one child is as far on the other way: floats know 0.0625 there.
+TEST_F(MeshNode3dTest, AGroupComposesItsChildrensPlacesInDoubles)
+{
+    std::vector<std::unique_ptr<IDrawableNode3d>> children;
+    for (const double shift : {0.0, 1e6 + 0.3}) {
+        MeshData data;
+        data.origin = {shift, 0, 0};
+        data.positions = {{0, 0, 0}};
+        addPart(data, Kind::Points, {0});
+        children.push_back(std::make_unique<MeshNode3d>(std::move(data)));
+    }
+    NodeItem& item = add(std::make_unique<GroupNode3d>(std::move(children)));
+    item.setTransform(glm::translate(glm::mat4(1.0f), glm::vec3(-1e6f, 0, 0)), false);
+    const auto [points, lines, triangles] = scene->generateItemGeometry(&item);
+    const std::vector<glm::vec4> vertices = readAndDelete(points);
+    ASSERT_EQ(vertices.size(), 2u);
+    EXPECT_EQ(vertices[0].x, -1e6f);
+    EXPECT_NEAR(vertices[1].x, 0.3, 1e-6);
 }
 
 // A node that is drawn by a program that knows nothing of its attributes shows its parts' colours.

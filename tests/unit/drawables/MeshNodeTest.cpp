@@ -49,14 +49,191 @@ TEST(MeshNormals, AFlatFaceGivesItsNormal)
         expectNear(normal, {0, 0, 1});
 }
 
-// The corner is shared by a face of area 6 that looks along z and one of area 2 that looks along x.
+// The corner is shared by a face of area 6 that looks along z and one of area 2.5 that looks along (-3, 0,
+// 4).
 TEST(MeshNormals, FacesCountByTheirAreas)
 {
-    MeshData data = triangles({{0, 0, 0}, {4, 0, 0}, {0, 3, 0}, {0, 0, 4}, {0, 1, 0}}, {0, 1, 2, 0, 4, 3});
+    MeshData data = triangles({{0, 0, 0}, {4, 0, 0}, {0, 3, 0}, {0, 1, 0}, {-4, 0, -3}}, {0, 1, 2, 0, 3, 4});
     completeNormals(data);
-    expectNear(data.normals[0], glm::normalize(glm::vec3(2, 0, 6)));
+    ASSERT_EQ(data.positions.size(), 5u);
+    expectNear(data.normals[0], glm::normalize(6.0f * glm::vec3(0, 0, 1) + 2.5f * glm::vec3(-0.6f, 0, 0.8f)));
     expectNear(data.normals[1], {0, 0, 1});
-    expectNear(data.normals[3], {1, 0, 0});
+    expectNear(data.normals[4], {-0.6f, 0, 0.8f});
+}
+
+namespace {
+
+// Two unit squares that share the edge from vertex 0 to vertex 1; the second is turned up about it.
+MeshData hinge(float degrees)
+{
+    const float angle = glm::radians(degrees);
+    const float out = std::cos(angle);
+    const float up = std::sin(angle);
+    return triangles({{0, 0, 0}, {0, 1, 0}, {-1, 0, 0}, {-1, 1, 0}, {out, 0, up}, {out, 1, up}},
+                     {0, 1, 3, 0, 3, 2, 0, 4, 5, 0, 5, 1});
+}
+
+// The cube from 0 to 1 with its 8 corners, corner i at (i & 1, i / 2 & 1, i / 4); each face against the
+// clock.
+MeshData cube()
+{
+    std::vector<glm::vec3> corners;
+    for (int i = 0; i < 8; ++i)
+        corners.emplace_back(i & 1, i / 2 & 1, i / 4);
+    return triangles(std::move(corners), {0, 2, 3, 0, 3, 1, 4, 5, 7, 4, 7, 6, 0, 1, 5, 0, 5, 4,
+                                          2, 6, 7, 2, 7, 3, 0, 4, 6, 0, 6, 2, 1, 3, 7, 1, 7, 5});
+}
+
+// A ball about the origin: rings of quads between the poles.
+MeshData ball(int segments, int rings)
+{
+    std::vector<glm::vec3> points;
+    std::vector<std::uint32_t> indices;
+    const float pi = std::acos(-1.0f);
+    for (int ring = 0; ring <= rings; ++ring)
+        for (int i = 0; i < segments; ++i) {
+            const float height = pi * float(ring) / float(rings);
+            const float turn = 2.0f * pi * float(i) / float(segments);
+            const float radius = ring == rings ? 0.0f : std::sin(height);
+            points.emplace_back(radius * std::cos(turn), radius * std::sin(turn), std::cos(height));
+        }
+    const auto at = [&](int ring, int i) { return std::uint32_t(ring * segments + i % segments); };
+    for (int ring = 0; ring < rings; ++ring)
+        for (int i = 0; i < segments; ++i)
+            for (const std::uint32_t index : {at(ring, i), at(ring + 1, i), at(ring + 1, i + 1), at(ring, i),
+                                              at(ring + 1, i + 1), at(ring, i + 1)})
+                indices.push_back(index);
+    return triangles(std::move(points), std::move(indices));
+}
+
+glm::vec3 faceNormal(const MeshData& data, std::size_t face)
+{
+    const glm::vec3 a = data.positions[data.indices[3 * face]];
+    const glm::vec3 b = data.positions[data.indices[3 * face + 1]];
+    const glm::vec3 c = data.positions[data.indices[3 * face + 2]];
+    return glm::normalize(glm::cross(b - a, c - a));
+}
+
+} // namespace
+
+TEST(MeshNormals, FacesOfACubeAreFlat)
+{
+    const MeshData before = cube();
+    MeshData data = before;
+    completeNormals(data);
+    EXPECT_EQ(data.positions.size(), 24u) << "a corner has one vertex a face and no more";
+    ASSERT_EQ(data.normals.size(), data.positions.size());
+    ASSERT_EQ(data.indices.size(), before.indices.size());
+    for (std::size_t i = 0; i < data.indices.size(); ++i) {
+        EXPECT_EQ(data.positions[data.indices[i]], before.positions[before.indices[i]]) << i;
+        expectNear(data.normals[data.indices[i]], faceNormal(before, i / 3));
+    }
+}
+
+TEST(MeshNormals, ABallIsSmooth)
+{
+    MeshData data = ball(24, 12);
+    const std::size_t count = data.positions.size();
+    completeNormals(data);
+    EXPECT_EQ(data.positions.size(), count) << "no vertex is repeated";
+    for (const std::uint32_t vertex : data.indices)
+        EXPECT_LT(glm::distance(data.normals[vertex], glm::normalize(data.positions[vertex])), 0.2f);
+}
+
+TEST(MeshNormals, TerrainIsSmooth)
+{
+    const int side = 20;
+    std::vector<glm::vec3> points;
+    std::vector<std::uint32_t> indices;
+    for (int y = 0; y < side; ++y)
+        for (int x = 0; x < side; ++x)
+            points.emplace_back(x, y, std::sin(0.7f * float(x)) * std::cos(0.5f * float(y)));
+    for (int y = 0; y + 1 < side; ++y)
+        for (int x = 0; x + 1 < side; ++x)
+            for (const int index : {y * side + x, y * side + x + 1, (y + 1) * side + x + 1, y * side + x,
+                                    (y + 1) * side + x + 1, (y + 1) * side + x})
+                indices.push_back(std::uint32_t(index));
+    MeshData data = triangles(std::move(points), std::move(indices));
+    completeNormals(data);
+    EXPECT_EQ(data.positions.size(), std::size_t(side * side));
+}
+
+TEST(MeshNormals, ACreaseBeginsAboveFortyFiveDegrees)
+{
+    MeshData below = hinge(45.0f);
+    completeNormals(below);
+    EXPECT_EQ(below.positions.size(), 6u);
+    expectNear(below.normals[0], below.normals[1]);
+    MeshData above = hinge(47.0f);
+    completeNormals(above);
+    EXPECT_EQ(above.positions.size(), 8u) << "the two vertices of the edge are repeated, the others not";
+    expectNear(above.normals[above.indices[0]], {0, 0, 1});
+    MeshData back = hinge(-47.0f);
+    completeNormals(back);
+    EXPECT_EQ(back.positions.size(), 8u);
+}
+
+TEST(MeshNormals, CopiesKeepColoursAndTextureCoordinates)
+{
+    const MeshData before = [] {
+        MeshData data = cube();
+        for (std::uint32_t i = 0; i < 8; ++i) {
+            data.colors.push_back(100 + i);
+            data.texCoords.emplace_back(i, 2 * i);
+        }
+        return data;
+    }();
+    MeshData data = before;
+    completeNormals(data);
+    ASSERT_EQ(data.colors.size(), 24u);
+    ASSERT_EQ(data.texCoords.size(), 24u);
+    for (std::size_t i = 0; i < data.indices.size(); ++i) {
+        EXPECT_EQ(data.colors[data.indices[i]], before.colors[before.indices[i]]) << i;
+        EXPECT_EQ(data.texCoords[data.indices[i]], before.texCoords[before.indices[i]]) << i;
+    }
+}
+
+TEST(MeshNormals, AVertexWithANormalIsNotRepeated)
+{
+    MeshData data = cube();
+    data.normals.assign(8, glm::vec3(0.0f));
+    data.normals[7] = {1, 0, 0};
+    completeNormals(data);
+    EXPECT_EQ(data.positions.size(), 22u);
+    EXPECT_EQ(data.normals[7], glm::vec3(1, 0, 0));
+}
+
+TEST(MeshNormals, PartsThatShareTheirIndicesShareTheirNormals)
+{
+    MeshData data = cube();
+    data.parts.push_back(data.parts[0]);
+    data.parts.push_back(part(MeshData::Part::Lines, 0, 36));
+    completeNormals(data);
+    EXPECT_EQ(data.positions.size(), 24u);
+    for (std::size_t i = 0; i < data.indices.size(); ++i)
+        expectNear(data.normals[data.indices[i]], faceNormal(data, i / 3));
+}
+
+// Each face looks another way, all about one vertex: the work for a face stays the same however many there
+// are.
+TEST(MeshNormals, AHedgehogTakesNoTime)
+{
+    std::vector<glm::vec3> points = {{0, 0, 0}};
+    std::vector<std::uint32_t> indices;
+    const std::uint32_t faces = 100000;
+    for (std::uint32_t i = 0; i < faces; ++i) {
+        const float turn = 2.4f * float(i); // radians; runs over all directions
+        const float height = 2.0f * float(i) / float(faces) - 1.0f;
+        const float radius = std::sqrt(1.0f - height * height);
+        points.emplace_back(radius * std::cos(turn), radius * std::sin(turn), height);
+        points.emplace_back(std::cos(1.7f * turn), std::sin(1.7f * turn), 0.3f);
+        indices.insert(indices.end(), {0u, 2 * i + 1, 2 * i + 2});
+    }
+    MeshData data = triangles(std::move(points), std::move(indices));
+    const std::size_t before = data.positions.size();
+    completeNormals(data);
+    EXPECT_GT(data.positions.size(), before);
+    EXPECT_LE(data.positions.size(), before + 15);
 }
 
 TEST(MeshNormals, FacesWithoutAnAreaCountForNothing)
@@ -151,6 +328,16 @@ TEST(MeshNode3d, APartialTriangleOrLineDoesNotCount)
     const Drawable3dPrimitive::GeometryInfo info = MeshNode3d(std::move(data)).getGeometryInfo();
     EXPECT_EQ(info.triangleCount, 1u);
     EXPECT_EQ(info.lineCount, 2u);
+}
+
+TEST(MeshNode3d, CopiesOfVerticesDoNotCount)
+{
+    MeshData data = cube();
+    data.origin = {10, 20, 30};
+    const MeshNode3d node(std::move(data));
+    EXPECT_EQ(node.getGeometryInfo().triangleCount, 12u);
+    EXPECT_EQ(node.getBounds().getMin(), glm::dvec3(10, 20, 30));
+    EXPECT_EQ(node.getBounds().getMax(), glm::dvec3(11, 21, 31));
 }
 
 TEST(MeshNode3d, PartsThatPointOutsideAreLeftOut)
