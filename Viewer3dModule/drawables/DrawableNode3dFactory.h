@@ -26,7 +26,8 @@ public:
     /// All extensions that have a creator, ascending.
     std::vector<QString> getExtensions() const;
     /// The first node that a creator of the file's extension makes; null when none does. An unknown extension
-    /// is logged as "unknown file format".
+    /// is logged as "unknown file format". What a creator throws goes through to the caller, and no further
+    /// creator is tried.
     std::unique_ptr<IDrawableNode3d> createDrawableNode3d(const QString& path, ksp::StagedProgress progress);
 
 private:

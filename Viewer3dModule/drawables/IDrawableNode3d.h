@@ -1,6 +1,7 @@
 #pragma once
 
 #include <Viewer3dModule/drawables/Drawable3dPrimitive.h>
+#include <Viewer3dModule/drawers/DrawerType.h>
 #include <framework/gmx/BoundingBox.h>
 
 #include <QtCore/QString>
@@ -17,7 +18,9 @@ class VIEWER3DMODULE_EXPORT IDrawableNode3d
 public:
     virtual ~IDrawableNode3d() = default;
 
-    /// Draws the node through the context's drawer, which must not be null.
+    /// Draws the node through the context's drawer, which must not be null; its model matrix takes the node's
+    /// local coordinates to the scene. The pass's context must be current. A node of several parts draws
+    /// those that were not taken.
     virtual void draw(const PaintContext& context, int instances) = 0;
 
     /// Model coordinates of the node's local (0, 0, 0).
@@ -27,10 +30,10 @@ public:
     /// What draw draws.
     virtual Drawable3dPrimitive::GeometryInfo getGeometryInfo() const { return {}; }
     /// The drawer type whose program the node draws with.
-    virtual int getDrawerType() const { return 0x36FF1C07; }
+    virtual int getDrawerType() const { return DrawerType::Mesh; }
     /// The name that the file gives to this part; may be empty.
     virtual QString getName() const { return {}; }
-    /// Parts that are to be elements of their own (objects, groups), handed over: a file of several parts is a node
-    /// that draws nothing itself.
+    /// Parts that are to be elements of their own (objects, groups), handed over: the node draws, counts and
+    /// bounds them no more. None for a node that is one thing.
     virtual std::vector<std::unique_ptr<IDrawableNode3d>> takeChildren() { return {}; }
 };
