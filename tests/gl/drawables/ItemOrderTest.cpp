@@ -38,6 +38,14 @@ private:
     MeshNode3d m_node;
 };
 
+/// An item under the meshes' drawer that counts on the uniforms' first values.
+class PlainItem : public VertexItem
+{
+public:
+    using VertexItem::VertexItem;
+    int getDefaultDrawerType() const override { return DrawerType::Mesh; }
+};
+
 /// An item that looks like none of the module's: it sets uniforms of the program in use and draws nothing.
 class UniformsItem : public Drawable3dItem
 {
@@ -221,11 +229,13 @@ TEST_P(ItemOrderTest, ModesOfMeshesEndWithTheirItem)
     MeshData image = textured(black, green);
     image.positions = {{-1, -0.5f, 0}, {1, -0.5f, 0}, {1, 0, 0}, {-1, 0, 0}};
     add(mesh(DrawerType::Mesh, colored), mesh(DrawerType::Mesh, image));
-    scene->addLocalItem(
-        std::make_unique<VertexItem>(GL_LINES, std::vector<glm::vec3>{{-1, -0.75f, 0}, {1, -0.75f, 0}}, red));
+    scene->addLocalItem(std::make_unique<PlainItem>(GL_TRIANGLES, squareVertices(-1, -1, 1, -0.75f), red));
     for (int i = 0; i < 2; ++i) {
         const QImage shown = frame(8, 8);
         EXPECT_EQ(shown.pixelColor(4, 5), green);
+        // it has no normals: 0.3 of its colour, and none of a texture's or of vertices
+        EXPECT_NEAR(shown.pixelColor(4, 7).red(), 0.3 * 255, 1);
+        EXPECT_EQ(shown.pixelColor(4, 7).green() + shown.pixelColor(4, 7).blue(), 0);
         EXPECT_GT(shown.pixelColor(4, 1).blue() + shown.pixelColor(4, 2).blue(), 0);
     }
 }

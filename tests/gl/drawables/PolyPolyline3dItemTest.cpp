@@ -9,6 +9,8 @@
 #include <QtGui/QOpenGLShaderProgram>
 #include <glm/gtc/matrix_transform.hpp>
 
+#include <cmath>
+
 namespace {
 
 const QColor red(255, 0, 0);
@@ -163,6 +165,17 @@ TEST_F(PolyPolyline3dItemTest, GivesItsDataBack)
     EXPECT_EQ(item->getData().first, points);
     EXPECT_EQ(item->getData().second, (std::vector<int>{2, 1}));
     EXPECT_EQ(item->getVertices(), points);
+}
+
+TEST_F(PolyPolyline3dItemTest, SingleVerticesAreThoseOfAll)
+{
+    makeRows();
+    const std::vector<glm::vec3> all = item->getVertices();
+    ASSERT_EQ(all.size(), 5u);
+    for (int i = 0; i < 5; ++i)
+        EXPECT_EQ(item->getVertex(i), all[static_cast<std::size_t>(i)]);
+    EXPECT_TRUE(std::isnan(item->getVertex(-1).x));
+    EXPECT_TRUE(std::isnan(item->getVertex(5).x));
 }
 
 TEST_F(PolyPolyline3dItemTest, ClearingKeepsTheBufferAndDrawsNothing)

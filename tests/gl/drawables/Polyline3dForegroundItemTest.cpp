@@ -5,6 +5,8 @@
 
 #include <glm/gtc/matrix_transform.hpp>
 
+#include <cmath>
+
 namespace {
 
 using Positions = std::vector<glm::vec3>;
@@ -99,6 +101,19 @@ TEST_F(Polyline3dForegroundItemTest, EveryChangeOfShapeReachesTheNextDraw)
     EXPECT_EQ(lines(), (Positions{{0, 0, 1}, {0, 0, 2}}));
     item->setAdditionalTransform(glm::translate(glm::dmat4(1.0), glm::dvec3(10, 0, 0)));
     EXPECT_EQ(lines(), (Positions{{10, 0, 1}, {10, 0, 2}}));
+}
+
+TEST_F(Polyline3dForegroundItemTest, VerticesAreThoseThatWereDrawnLast)
+{
+    EXPECT_TRUE(item->getVertices().empty());
+    EXPECT_TRUE(std::isnan(item->getVertex(0).x));
+    item->setClosed(true);
+    lines();
+    const Positions all = item->getVertices();
+    EXPECT_EQ(all, (Positions{{1, 0, 0}, {2, 0, 0}, {2, 5, 0}, {1, 0, 0}}));
+    for (int i = 0; i < 4; ++i)
+        EXPECT_EQ(item->getVertex(i), all[static_cast<std::size_t>(i)]);
+    EXPECT_TRUE(std::isnan(item->getVertex(4).x));
 }
 
 TEST_F(Polyline3dForegroundItemTest, ColourAndWidthDoNotUploadAgain)
