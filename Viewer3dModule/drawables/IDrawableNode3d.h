@@ -1,7 +1,6 @@
 #pragma once
 
 #include <Viewer3dModule/drawables/Drawable3dPrimitive.h>
-#include <Viewer3dModule/drawers/DrawerType.h>
 #include <framework/gmx/BoundingBox.h>
 
 #include <QtCore/QString>
@@ -30,7 +29,7 @@ public:
     /// What draw draws.
     virtual Drawable3dPrimitive::GeometryInfo getGeometryInfo() const { return {}; }
     /// The drawer type whose program the node draws with.
-    virtual int getDrawerType() const { return DrawerType::Mesh; }
+    virtual int getDrawerType() const;
     /// The name that the file gives to this part; may be empty.
     virtual QString getName() const { return {}; }
     /// Parts that are to be elements of their own (objects, groups), handed over: the node draws, counts and
