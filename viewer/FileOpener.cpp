@@ -4,6 +4,7 @@
 #include <viewer/SceneGroup.h>
 #include <viewer/elements/ElementTypes.h>
 #include <viewer/elements/MeshElement.h>
+#include <viewer/printable.h>
 
 #include <Viewer3dModule/drawables/DrawableNode3dFactory.h>
 #include <framework/app/IModelReader.h>
@@ -14,8 +15,6 @@
 
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
-
-#include <map>
 
 namespace {
 
@@ -29,7 +28,7 @@ ksp::CommonError fileError(const QString& path, QString reason)
 {
     while (reason.startsWith(path + QStringLiteral(": ")))
         reason = reason.mid(path.size() + 2);
-    return ksp::CommonError(path + QStringLiteral(": ") + reason.simplified());
+    return ksp::CommonError(shownName(path) + QStringLiteral(": ") + reason.trimmed());
 }
 
 void requireReadable(const QString& path)
@@ -85,9 +84,40 @@ void forEachMesh(CProject& project, Visit visit)
             visit(static_cast<MeshElement&>(*element));
 }
 
+/// Reads what the elements draw, parts of the same file all of them. A part that several elements draw is
+/// read once for each, since nodes cannot be shared.
+void readNodesOf(std::vector<MeshElement*> elements, const QString& path,
+                 std::map<LONGID, std::unique_ptr<IDrawableNode3d>>& nodes, ksp::StagedProgress progress)
+{
+    requireReadable(path);
+    bool isComplete = true, isFruitful = true;
+    while (!elements.empty() && isFruitful) {
+        auto parts = readGuarded(path, [&] {
+            progress.throwIfCanceled();
+            return readParts(path, progress);
+        });
+        std::vector<MeshElement*> others;
+        isFruitful = false;
+        for (MeshElement* element : elements) {
+            const auto number = static_cast<std::size_t>(element->getPart());
+            if (number >= parts.size()) {
+                isComplete = false;
+            } else if (parts[number]) {
+                nodes[element->getId()] = std::move(parts[number]);
+                isFruitful = true;
+            } else {
+                others.push_back(element);
+            }
+        }
+        elements = std::move(others);
+    }
+    if (!isComplete || !elements.empty())
+        throw fileError(path, QStringLiteral("has fewer parts than when the project was saved"));
+}
+
 } // namespace
 
-FileOpener::FileOpener(const Host& host, CProject& project, Scene3d* scene)
+FileOpener::FileOpener(Host& host, CProject& project, Scene3d* scene)
     : m_host(host)
     , m_project(project)
     , m_scene(scene)
@@ -110,20 +140,21 @@ void FileOpener::open(const QStringList& paths, ksp::StagedProgress progress)
                             QStringLiteral("only one project can be open; %1 is one already").arg(project));
         if (isProject(path)) project = path;
     }
-    const double share = 90.0 / static_cast<double>(paths.size() + 1);
+    const double share = 90.0 / static_cast<double>(paths.size() + 2);
     for (const QString& path : paths) {
         if (path == project) continue;
         progress.throwIfCanceled();
         Elements read = this->read(path, progress.startStage(share, QFileInfo(path).fileName()));
         std::move(read.begin(), read.end(), std::back_inserter(elements));
     }
+    ProjectMeshes meshes;
+    if (!project.isEmpty()) {
+        meshes = readProjectMeshes(project, progress.startStage(share, QFileInfo(project).fileName()));
+        if (!meshes.problems.isEmpty()) throw ksp::CommonError(meshes.problems.first());
+    }
     progress.throwIfCanceled();
     const SceneGroup group(m_scene);
-    if (!project.isEmpty()) {
-        const QStringList problems =
-            openProject(project, progress.startStage(share, QFileInfo(project).fileName()));
-        if (!problems.isEmpty()) throw ksp::CommonError(problems.first());
-    }
+    if (!project.isEmpty()) replaceProject(project, std::move(meshes), progress.startStage(share));
     add(std::move(elements), progress.startStage(5.0));
 }
 
@@ -174,46 +205,47 @@ void FileOpener::add(Elements elements, ksp::StagedProgress progress)
 
 QStringList FileOpener::openProject(const QString& path, ksp::StagedProgress progress)
 {
-    requireReadable(path);
-    const SceneGroup group(m_scene);
-    readGuarded(path, [&] { m_project.open(path, progress.startStage(20.0)); });
-
-    std::map<QString, std::vector<MeshElement*>> byFile;
-    forEachMesh(m_project, [&](MeshElement& element) {
-        element.setSource(findSource(element, path), element.getPart());
-        byFile[element.getPath()].push_back(&element);
-    });
-    QStringList problems;
-    for (const auto& [file, meshes] : byFile) {
-        const double share = 75.0 / static_cast<double>(byFile.size());
-        try {
-            readMeshes(file, meshes, progress.startStage(share, QFileInfo(file).fileName()));
-        } catch (const ksp::Canceled&) {
-            problems.append(file + QStringLiteral(": not read, loading was cancelled"));
-        } catch (const ksp::CommonError& error) {
-            problems.append(error.text());
-        }
-    }
+    ProjectMeshes meshes = readProjectMeshes(path, progress.startStage(80.0));
+    const QStringList problems = meshes.problems;
+    replaceProject(path, std::move(meshes), progress.startStage(20.0));
     return problems;
 }
 
-void FileOpener::readMeshes(const QString& path, const std::vector<MeshElement*>& elements,
-                            ksp::StagedProgress progress) const
+// The project is read into one that nobody sees, to learn which files it wants: once what is open has been
+// replaced it is too late to be cancelled.
+FileOpener::ProjectMeshes FileOpener::readProjectMeshes(const QString& path,
+                                                        ksp::StagedProgress progress) const
 {
     requireReadable(path);
-    auto parts = readGuarded(path, [&] {
-        progress.throwIfCanceled();
-        return readParts(path, std::move(progress));
-    });
-    bool isComplete = true;
-    for (MeshElement* element : elements) {
-        const auto number = static_cast<std::size_t>(element->getPart());
-        if (number < parts.size() && parts[number])
-            element->setNode(std::move(parts[number]));
-        else
-            isComplete = false;
+    const std::unique_ptr<CProject> project = m_host.createProject();
+    readGuarded(path, [&] { project->open(path, progress.startStage(20.0)); });
+    std::map<QString, std::vector<MeshElement*>> byFile;
+    forEachMesh(*project,
+                [&](MeshElement& element) { byFile[findSource(element, path)].push_back(&element); });
+    ProjectMeshes meshes;
+    for (const auto& [file, elements] : byFile) {
+        const double share = 80.0 / static_cast<double>(byFile.size());
+        try {
+            readNodesOf(elements, file, meshes.nodes, progress.startStage(share, QFileInfo(file).fileName()));
+        } catch (const ksp::Canceled&) {
+            throw;
+        } catch (const ksp::CommonError& error) {
+            meshes.problems.append(error.text());
+        }
     }
-    if (!isComplete) throw fileError(path, QStringLiteral("has fewer parts than when the project was saved"));
+    progress.throwIfCanceled();
+    return meshes;
+}
+
+void FileOpener::replaceProject(const QString& path, ProjectMeshes meshes, ksp::StagedProgress progress)
+{
+    const SceneGroup group(m_scene);
+    readGuarded(path, [&] { m_project.open(path, std::move(progress)); });
+    forEachMesh(m_project, [&](MeshElement& element) {
+        element.setSource(findSource(element, path), element.getPart());
+        const auto node = meshes.nodes.find(element.getId());
+        if (node != meshes.nodes.end()) element.setNode(std::move(node->second));
+    });
 }
 
 void FileOpener::save(const QString& path, ksp::StagedProgress progress)
@@ -223,4 +255,12 @@ void FileOpener::save(const QString& path, ksp::StagedProgress progress)
         element.setRelativePath(folder.relativeFilePath(element.getPath()));
     });
     m_project.save(path, std::move(progress));
+}
+
+QStringList FileOpener::getMeshFiles() const
+{
+    QStringList files;
+    forEachMesh(m_project, [&](const MeshElement& element) { files.append(element.getPath()); });
+    files.removeDuplicates();
+    return files;
 }

@@ -1,16 +1,18 @@
 #pragma once
 
+#include <Viewer3dModule/drawables/IDrawableNode3d.h>
+#include <framework/ksp/LONGID.h>
 #include <framework/ksp/StagedProgress.h>
 #include <framework/model/CModelElement.h>
 
 #include <QtCore/QStringList>
 
+#include <map>
 #include <memory>
 #include <vector>
 
 class CProject;
 class Host;
-class MeshElement;
 class Scene3d;
 
 /// Brings files into a project: files of geometry as mesh elements, what model readers read as their
@@ -21,7 +23,7 @@ public:
     using Elements = std::vector<std::unique_ptr<CModelElement>>;
 
     /// None is owned; the scene may be null. With a scene its context is made current where needed.
-    FileOpener(const Host& host, CProject& project, Scene3d* scene);
+    FileOpener(Host& host, CProject& project, Scene3d* scene);
 
     /// Whether the file is a project of the viewer, by its extension.
     static bool isProject(const QString& path);
@@ -38,15 +40,25 @@ public:
     void add(Elements elements, ksp::StagedProgress progress);
     /// Replaces what is open by a project's content and reads the files of its mesh elements. A file that is
     /// missing or does not fit any more leaves its elements without geometry; returns one line for each such
-    /// file. Throws when the project itself cannot be opened, and then nothing has changed.
+    /// file. Throws when the project itself cannot be opened or the progress is cancelled, and then nothing
+    /// has changed: all files are read before anything is replaced.
     QStringList openProject(const QString& path, ksp::StagedProgress progress);
+
+    /// The files that the project's mesh elements come from, each once.
+    QStringList getMeshFiles() const;
 
 private:
     Elements readNodes(const QString& path, ksp::StagedProgress progress) const;
-    void readMeshes(const QString& path, const std::vector<MeshElement*>& elements,
-                    ksp::StagedProgress progress) const;
+    /// What the mesh elements of a project draw, by their identifiers, and what is wrong with their files.
+    struct ProjectMeshes
+    {
+        std::map<LONGID, std::unique_ptr<IDrawableNode3d>> nodes;
+        QStringList problems;
+    };
+    ProjectMeshes readProjectMeshes(const QString& path, ksp::StagedProgress progress) const;
+    void replaceProject(const QString& path, ProjectMeshes meshes, ksp::StagedProgress progress);
 
-    const Host& m_host;
+    Host& m_host;
     CProject& m_project;
     Scene3d* m_scene;
 };

@@ -5,7 +5,9 @@
 #include <Viewer3dModule/drawables/DrawableNode3dFactory.h>
 #include <Viewer3dModule/host/IScene3dExtension.h>
 #include <Viewer3dModule/host/View3dSettings.h>
+#include <Viewer3dModule/scene/CurrentContextGuard.h>
 #include <Viewer3dModule/scene/Scene3d.h>
+#include <Viewer3dModule/shaders/OpenGLFunctions.h>
 #include <framework/app/CSettingsManager.h>
 #include <framework/app/IModelReader.h>
 #include <framework/app/XmlSettingsStorage.h>
@@ -14,6 +16,7 @@
 
 #include <QtCore/QDir>
 #include <QtCore/QStandardPaths>
+#include <QtGui/QOffscreenSurface>
 #include <QtGui/QOpenGLContext>
 
 #include <algorithm>
@@ -26,6 +29,26 @@ QString settingsPath()
     return folder.isEmpty() ? QString() : QDir(folder).filePath(QStringLiteral("settings.xml"));
 }
 
+/// Throws when no context can be made here as a scene makes its own.
+void requireOpenGL()
+{
+    const CurrentContextGuard callers;
+    QOpenGLContext* share = QOpenGLContext::globalShareContext();
+    QOpenGLContext context;
+    QOffscreenSurface surface;
+    if (share) {
+        context.setFormat(share->format());
+        context.setShareContext(share);
+        surface.setFormat(share->format());
+    }
+    surface.create();
+    if (!share || !context.create() || !context.makeCurrent(&surface))
+        throw ksp::CommonError(QStringLiteral("there is no OpenGL on this display"));
+    if (!currentGLFunctions())
+        throw ksp::CommonError(
+            QStringLiteral("the OpenGL driver of this display offers no 4.3 core profile"));
+}
+
 } // namespace
 
 Host::Host(Settings settings)
@@ -36,7 +59,6 @@ Host::Host(Settings settings)
     CSettingsManager* manager =
         m_application.addSettingsManager(Application::SettingsManagerId, std::move(storage));
     m_application.loadPlugins(PluginLoader::defaultFolders());
-    requireModule();
     manager->load();
 }
 
@@ -44,20 +66,25 @@ Host::~Host() = default;
 
 void Host::requireModule() const
 {
+    const QString module = QStringLiteral("Viewer3dModule");
     QString reason;
     for (const PluginLoader::Plugin& plugin : m_application.getPlugins()) {
-        if (plugin.className != QLatin1String("Viewer3dModule")) continue;
+        // a file that is damaged has no class name to tell
+        const QString name =
+            plugin.className.isEmpty() ? QFileInfo(plugin.path).baseName() : plugin.className;
+        if (name != module && name != QStringLiteral("lib") + module) continue;
         if (plugin.instance) return;
         if (reason.isEmpty()) reason = QStringLiteral("%1: %2").arg(plugin.path, plugin.error);
     }
     if (reason.isEmpty())
         reason = QStringLiteral("looked in %1; VIEWER3D_PLUGIN_PATH names further folders")
                      .arg(PluginLoader::defaultFolders().join(QStringLiteral(", ")));
-    throw ksp::CommonError(QStringLiteral("the plug-in Viewer3dModule cannot be loaded: ") + reason);
+    throw ksp::CommonError(QStringLiteral("the plug-in %1 cannot be loaded: %2").arg(module, reason));
 }
 
 std::unique_ptr<CProject> Host::createProject()
 {
+    requireModule();
     std::unique_ptr<CProject> project = m_application.createProject();
     element_types::registerCreators(*project->getModel());
     return project;
@@ -65,12 +92,8 @@ std::unique_ptr<CProject> Host::createProject()
 
 std::unique_ptr<Scene3d> Host::createScene(CProject& project)
 {
-    if (!QOpenGLContext::globalShareContext())
-        throw ksp::CommonError(QStringLiteral("there is no OpenGL on this display"));
+    requireOpenGL();
     auto scene = std::make_unique<Scene3d>(project.getModel(), nullptr);
-    if (!scene->getGLFunctions())
-        throw ksp::CommonError(
-            QStringLiteral("the OpenGL driver of this display offers no 4.3 core profile"));
     for (QObject* extension : m_application.getExtensions())
         if (auto* extender = qobject_cast<IScene3dExtension*>(extension)) extender->extendScene(scene.get());
     element_types::registerItems(*scene);

@@ -18,8 +18,7 @@ public:
     /// Where settings live: in the user's configuration folder, or in memory for as long as the program runs.
     enum class Settings { Kept, InMemory };
 
-    /// Makes the application and loads the plug-ins. Throws ksp::CommonError when the 3D module is not among
-    /// them.
+    /// Makes the application and loads the plug-ins; which of them failed is in the application's list.
     explicit Host(Settings settings);
     ~Host();
     Host(const Host&) = delete;
@@ -28,7 +27,8 @@ public:
     Application& application() { return m_application; }
     const Application& application() const { return m_application; }
 
-    /// A new project whose model can load the viewer's elements.
+    /// A new project whose model can load the viewer's elements. Throws ksp::CommonError when the 3D module
+    /// is not among the plug-ins.
     std::unique_ptr<CProject> createProject();
     /// A scene of the project that shows the viewer's elements and those of plug-ins; its context is current
     /// afterwards. The scene goes before the project. Throws ksp::CommonError where there is no OpenGL 4.3.

@@ -2,6 +2,7 @@
 
 #include <viewer/cli/CommandParser.h>
 #include <viewer/cli/UsageError.h>
+#include <viewer/printable.h>
 
 #include <QtCore/QFileInfo>
 
@@ -12,6 +13,7 @@ namespace {
 
 constexpr int longestSide = 16384;         // pixels; the most that OpenGL drivers commonly draw
 constexpr qint64 mostPixels = 100'000'000; // colour and depth of a picture take 8 bytes a pixel and more
+constexpr double largestCoordinate = 1e12; // model units: in millimetres far beyond the moon
 constexpr double smallestAngle = 1e-7;     // radians between the line of sight and the up vector
 const QStringList commands = {"render", "info", "plugins"};
 
@@ -35,6 +37,8 @@ glm::dvec3 parsePoint(const QString& option, const QString& text)
     if (!isGood)
         throw UsageError(QStringLiteral("--%1 %2: three numbers are wanted, for example 612000,5071000,350")
                              .arg(option, text));
+    if (std::max({std::abs(point.x), std::abs(point.y), std::abs(point.z)}) > largestCoordinate)
+        throw UsageError(QStringLiteral("--%1 %2: coordinates go to 1e12 at most").arg(option, text));
     return point;
 }
 
@@ -182,7 +186,7 @@ void refuseUnknownCommand(const QString& word)
 {
     if (QFileInfo::exists(word) || word.contains(QLatin1Char('/')) || word.contains(QLatin1Char('.'))) return;
     const QString nearest = nearestWord(word, commands);
-    throw UsageError(QStringLiteral("%1 is neither a command nor a file; ").arg(word) +
+    throw UsageError(QStringLiteral("%1 is neither a command nor a file; ").arg(shownName(word)) +
                      (nearest.isEmpty() ? QStringLiteral("the commands are %1").arg(commands.join(", "))
                                         : QStringLiteral("did you mean %1?").arg(nearest)));
 }

@@ -36,7 +36,8 @@ QString dashed(const QString& name)
 QString nearestWord(const QString& word, const QStringList& candidates)
 {
     QString best;
-    int fewest = std::max(2, word.size() / 3) + 1;
+    // two letters changed places count as two mistakes; of a short word that would leave nothing
+    int fewest = (word.size() <= 3 ? 1 : std::max(2, word.size() / 3)) + 1;
     for (const QString& candidate : candidates) {
         const int mistakes = candidate.startsWith(word) ? 1 : typingMistakes(word, candidate);
         if (mistakes < fewest && mistakes < candidate.size()) {
@@ -65,7 +66,7 @@ void CommandParser::parse(const QStringList& arguments)
     if (m_parser.parse(QStringList(QStringLiteral("viewer3d")) + arguments)) return;
     if (m_parser.unknownOptionNames().isEmpty())
         throw UsageError(
-            m_parser.errorText().simplified() +
+            m_parser.errorText().trimmed() +
             QStringLiteral(" See: viewer3d %1 --help").arg(m_synopsis.section(QLatin1Char(' '), 0, 0)));
     const QString wrong = m_parser.unknownOptionNames().first();
     const QString nearest = nearestOption(wrong);

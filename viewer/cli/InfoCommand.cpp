@@ -6,6 +6,7 @@
 #include <viewer/cli/ProgressBar.h>
 #include <viewer/elements/ElementTypes.h>
 #include <viewer/elements/MeshElement.h>
+#include <viewer/printable.h>
 
 #include <framework/model/CModelElementManager.h>
 #include <framework/model/CProject.h>
@@ -87,9 +88,9 @@ QByteArray commands::info(const InfoOptions& options)
             if (options.json)
                 elements.append(elementJson(*element, summary));
             else
-                text += QStringLiteral("%1 %2 \"%3\": %4\n")
+                text += QStringLiteral("%1 %2 %3: %4\n")
                             .arg(element->getId())
-                            .arg(element_types::name(element->getType()), element->getName(),
+                            .arg(element_types::name(element->getType()), quoted(element->getName()),
                                  summaryText(summary));
         }
     }

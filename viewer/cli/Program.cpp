@@ -3,6 +3,9 @@
 #include <viewer/Host.h>
 #include <viewer/cli/Commands.h>
 #include <viewer/cli/UsageError.h>
+#include <viewer/cli/qtMessages.h>
+#include <viewer/cli/tell.h>
+#include <viewer/printable.h>
 #include <viewer/window/MainWindow.h>
 
 #include <framework/ksp/Canceled.h>
@@ -11,20 +14,9 @@
 #include <QtCore/QFileInfo>
 #include <QtWidgets/QApplication>
 
-#include <cstdio>
+#include <algorithm>
 
 namespace {
-
-void tell(const QString& text)
-{
-    std::fprintf(stderr, "viewer3d: %s\n", text.simplified().toLocal8Bit().constData());
-}
-
-void print(const QByteArray& text)
-{
-    std::fwrite(text.constData(), 1, static_cast<std::size_t>(text.size()), stdout);
-    std::fflush(stdout);
-}
 
 /// Keeps warnings and errors of the log back: shown after work that succeeded, so that work that fails says
 /// its one reason and nothing else.
@@ -69,11 +61,13 @@ void configure(QCoreApplication& application)
     application.setApplicationVersion(QStringLiteral(V3D_VERSION));
 }
 
-void requireFiles(const QStringList& files)
+/// A window of which nothing could show does not open; what is missing beside others shows among its
+/// messages.
+void requireAnyFile(const QStringList& files)
 {
-    for (const QString& file : files)
-        if (!QFileInfo::exists(file))
-            throw ksp::CommonError(file + QStringLiteral(": there is no such file"));
+    const auto exists = [](const QString& file) { return QFileInfo::exists(file); };
+    if (!files.isEmpty() && std::none_of(files.begin(), files.end(), exists))
+        throw ksp::CommonError(shownName(files.first()) + QStringLiteral(": there is no such file"));
 }
 
 int runWindow(const WindowOptions& options)
@@ -99,6 +93,8 @@ Program::Program(int argc, char** argv)
 
 int Program::run()
 {
+    holdStandardStreams();
+    takeOverQtMessages();
     try {
         QStringList arguments;
         for (int i = 1; i < m_argc; ++i)
@@ -127,7 +123,7 @@ int Program::execute(const Command& command)
     }
     int argc = 1; // Qt shall not take options out of our arguments
     if (const auto* window = std::get_if<WindowOptions>(&command)) {
-        requireFiles(window->files);
+        requireAnyFile(window->files);
         requireDisplay();
         QApplication application(argc, m_argv);
         configure(application);

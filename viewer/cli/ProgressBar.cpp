@@ -10,9 +10,15 @@
 namespace {
 
 volatile std::sig_atomic_t interrupted = 0;
+volatile std::sig_atomic_t endsAtOnce = 0;
 
 void onInterrupt(int)
 {
+    if (endsAtOnce) { // only what is safe in a signal's handler
+        constexpr char text[] = "viewer3d: cancelled\n";
+        [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, text, sizeof text - 1);
+        _exit(1);
+    }
     interrupted = 1;
     std::signal(SIGINT, SIG_DFL);
 }
@@ -64,6 +70,18 @@ void ProgressBar::throwIfInterrupted() const
 {
     if (interrupted) m_private->progress->cancel();
     m_private->progress->throwIfCanceled();
+}
+
+ProgressBar::ImmediateEnd::ImmediateEnd(ProgressBar& bar)
+{
+    bar.wipe();
+    bar.throwIfInterrupted();
+    endsAtOnce = 1;
+}
+
+ProgressBar::ImmediateEnd::~ImmediateEnd()
+{
+    endsAtOnce = 0;
 }
 
 void ProgressBar::wipe()

@@ -36,7 +36,9 @@ void commands::render(const RenderOptions& options)
     Host host(Host::Settings::InMemory);
     const std::unique_ptr<CProject> project = host.createProject();
     const std::unique_ptr<Scene3d> scene = host.createScene(*project);
-    FileOpener(host, *project, scene.get()).open(options.files, bar.progress());
+    FileOpener opener(host, *project, scene.get());
+    opener.open(options.files, bar.progress());
+    PictureFile::requireNoInput(options.output, options.files + opener.getMeshFiles());
 
     scene->flushBounds();
     FrameRenderer renderer(*scene);
@@ -44,8 +46,8 @@ void commands::render(const RenderOptions& options)
                                   ? options.background
                                   : View3dSettings::getInstance()->getBackgroundColor();
     const Viewpoint viewpoint = makeViewpoint(options.camera, *scene, renderer, options.size);
-    bar.throwIfInterrupted();
-    const QImage picture = renderer.picture(viewpoint, options.size, background);
+    const QImage picture =
+        bar.runSilent([&] { return renderer.picture(viewpoint, options.size, background); });
     bar.throwIfInterrupted();
     PictureFile::write(options.output, picture);
 }

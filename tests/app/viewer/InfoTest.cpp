@@ -1,5 +1,6 @@
 #include "ViewerProcess.h"
 
+#include <QtCore/QFileInfo>
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
@@ -74,12 +75,68 @@ TEST_F(Info, TextHasALineAnElementAndTheTotal)
     EXPECT_EQ(lines[2], "2 elements: 0 points, 0 lines, 2 triangles; from 0 0 0 to 1 1 0.125");
 }
 
+// Names come from files: they neither end their own quotes nor make lines of their own.
+TEST_F(Info, NamesCannotForgeLines)
+{
+    const QString file = write("forged.geojson", R"({"type":"Feature",
+        "properties":{"name":"a\": 9 points\n2 mesh \"b\u001b[2J\\"},"geometry":{"type":"Point","coordinates":[1,2]}})");
+    const ViewerRun run = runViewer({"info", file});
+    EXPECT_EQ(run.status, 0) << run.error.constData();
+    const QList<QByteArray> lines = run.out.trimmed().split('\n');
+    ASSERT_EQ(lines.size(), 2) << run.out.constData();
+    EXPECT_EQ(lines[0].mid(lines[0].indexOf(' ')), " feature \"a\\\": 9 points\\n2 mesh \\\"b\\x1b[2J\\\\\": "
+                                                   "1 points, 0 lines, 0 triangles; from 1 2 0 to 1 2 0");
+}
+
+TEST_F(Info, SameFileTwiceIsThereTwice)
+{
+    const QString file = write("t.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
+    const QJsonObject root = info({file, file});
+    EXPECT_EQ(root["elements"].toArray().size(), 2);
+    EXPECT_EQ(root["triangles"].toInt(), 2);
+}
+
+/// Names of files that shells, parsers and messages trip over.
+class OddName : public Info, public ::testing::WithParamInterface<const char*>
+{
+};
+
+TEST_P(OddName, IsReadAndNamedAsItIs)
+{
+    const QString name = QString::fromUtf8(GetParam());
+    write(name, "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
+    const QString program = viewerProgram();
+    const auto run = [&](const QString& command, const QString& file) {
+        return runProgram("sh", {"-c", QString("cd \"$1\" && \"$2\" %1 -- \"$3\"").arg(command), "sh",
+                                 path("."), program, file});
+    };
+    const ViewerRun good = run("info --json", name);
+    EXPECT_EQ(good.status, 0) << good.error.constData();
+    const QJsonObject element =
+        QJsonDocument::fromJson(good.out).object()["elements"].toArray()[0].toObject();
+    EXPECT_EQ(QFileInfo(element["file"].toString()).fileName(), name);
+    const ViewerRun bad = run("info", name + ".ply");
+    EXPECT_EQ(bad.status, 1);
+    EXPECT_EQ(bad.errorLines(),
+              QStringList("viewer3d: " + QString(name).replace('\n', "\\n") + ".ply: there is no such file"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Info, OddName,
+                         ::testing::Values("two  blanks .obj", " blank first.obj",
+                                           "Gr\u00fc\u00dfe \u5854.obj", "new\nline.obj", "--dash.obj",
+                                           "-o.obj", "quote\"'.obj", "100%1.obj"));
+
+TEST_F(Info, EmptyNameIsShownInQuotes)
+{
+    const ViewerRun run = runViewer({"info", ""});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.errorLines(), QStringList("viewer3d: \"\": there is no such file"));
+}
+
 TEST_F(Info, NeedsNoDisplay)
 {
-    const QByteArray display = qgetenv("DISPLAY");
-    qunsetenv("DISPLAY");
-    const ViewerRun run = runViewer({"info", write("t.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n")});
-    qputenv("DISPLAY", display);
+    const ViewerRun run =
+        runViewer({"info", write("t.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n")}, {{"DISPLAY", QString()}});
     EXPECT_EQ(run.status, 0) << run.error.constData();
 }
 

@@ -1,6 +1,6 @@
 #include "ViewerProcess.h"
 
-#include <QtCore/QFileInfo>
+#include <QtCore/QElapsedTimer>
 #include <QtCore/QProcess>
 #include <QtCore/QThread>
 
@@ -66,7 +66,7 @@ private:
     int m_slave = -1;
 };
 
-const QString program = QStringLiteral(V3D_BINARY_DIR "/bin/viewer3d");
+const QString program = viewerProgram();
 
 /// The most memory that a run of the program had, bytes; -1 when it failed. Asked through a small process,
 /// because the system counts what the one that starts a program holds until then, too.
@@ -117,8 +117,28 @@ TEST_F(ProcessBehaviour, ControlCCancelsAndWritesNothing)
     ASSERT_TRUE(process.waitForFinished());
     EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
     EXPECT_EQ(process.exitCode(), 1);
-    EXPECT_TRUE(process.readAllStandardError().endsWith("viewer3d: cancelled\n"));
+    EXPECT_EQ(process.readAllStandardError(), "viewer3d: cancelled\n");
     EXPECT_EQ(read("out.png"), "old");
+}
+
+// A frame of 100 million pixels takes the software driver seconds; nobody has to wait for it.
+TEST_F(ProcessBehaviour, ControlCEndsTheDrawingOfALargePicture)
+{
+    const QString file = write("field.obj", field(300));
+    QProcess process;
+    process.start(program, {"render", file, "-o", path("out.png"), "--size", "10000x10000"});
+    ASSERT_TRUE(process.waitForStarted());
+    QThread::msleep(900);
+    ASSERT_EQ(process.state(), QProcess::Running);
+    QElapsedTimer timer;
+    timer.start();
+    ::kill(static_cast<pid_t>(process.processId()), SIGINT);
+    ASSERT_TRUE(process.waitForFinished());
+    EXPECT_LT(timer.elapsed(), 500);
+    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(process.exitCode(), 1);
+    EXPECT_EQ(process.readAllStandardError(), "viewer3d: cancelled\n");
+    EXPECT_EQ(QDir(path(".")).entryList(QDir::Files), QStringList("field.obj"));
 }
 
 // Of what the program itself keeps; a software driver adds a copy of every triangle of a frame to it.

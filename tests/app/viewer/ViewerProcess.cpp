@@ -6,16 +6,33 @@
 
 QStringList ViewerRun::errorLines() const
 {
-    QStringList lines = QString::fromLocal8Bit(error).split('\n', Qt::SkipEmptyParts);
-    return lines.filter(QRegularExpression("^(?!QStandardPaths: )"));
+    return QString::fromLocal8Bit(error).split('\n', Qt::SkipEmptyParts);
 }
 
-ViewerRun runViewer(const QStringList& arguments)
+QString viewerProgram()
 {
+    return QStringLiteral(V3D_BINARY_DIR "/bin/viewer3d");
+}
+
+ViewerRun runViewer(const QStringList& arguments, const Environment& environment)
+{
+    return runProgram(viewerProgram(), arguments, environment);
+}
+
+ViewerRun runProgram(const QString& program, const QStringList& arguments, const Environment& environment)
+{
+    QProcessEnvironment variables = QProcessEnvironment::systemEnvironment();
+    for (const auto& [name, value] : environment) {
+        if (value.isNull())
+            variables.remove(name);
+        else
+            variables.insert(name, value);
+    }
     QProcess process;
+    process.setProcessEnvironment(variables);
     QElapsedTimer timer;
     timer.start();
-    process.start(QStringLiteral(V3D_BINARY_DIR "/bin/viewer3d"), arguments);
+    process.start(program, arguments);
     ViewerRun run;
     if (process.waitForFinished(30'000) && process.exitStatus() == QProcess::NormalExit)
         run.status = process.exitCode();

@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
+
 /// What the program viewer3d did with its arguments.
 struct ViewerRun
 {
@@ -15,12 +17,20 @@ struct ViewerRun
     QByteArray error;
     double seconds = 0.0;
 
-    /// Standard error, line by line, without what Qt itself says about the machine.
+    /// Standard error, line by line.
     QStringList errorLines() const;
 };
 
+/// Variables that differ from this process's environment; a null text removes one.
+using Environment = std::map<QString, QString>;
+
 /// Starts the built program and waits for its end, half a minute at most.
-ViewerRun runViewer(const QStringList& arguments);
+ViewerRun runViewer(const QStringList& arguments, const Environment& environment = {});
+/// The same with any program.
+ViewerRun runProgram(const QString& program, const QStringList& arguments,
+                     const Environment& environment = {});
+/// The built program.
+QString viewerProgram();
 
 /// The files of the sample project, in the order in which the README opens them.
 QStringList sampleFiles();
