@@ -67,6 +67,7 @@ int nearestDrawn(const std::vector<float>& depths, int side)
 FrameRenderer::FrameRenderer(Scene3d& scene)
     : m_scene(scene)
 {
+    QObject::connect(&scene, &Scene3d::updateView, &m_listener, [this] { m_keptBounds.reset(); });
 }
 
 gmx::BoundingBox FrameRenderer::visibleBounds() const
@@ -77,10 +78,23 @@ gmx::BoundingBox FrameRenderer::visibleBounds() const
     return box.isValid() ? box : m_scene.getBounds();
 }
 
+// The scene's own bounds are compared because its signal may still be on the way.
+const gmx::BoundingBox& FrameRenderer::keptBounds() const
+{
+    const gmx::BoundingBox now = m_scene.getBounds();
+    const std::size_t items = m_scene.getItems().size();
+    if (!m_keptBounds || m_keptFor != now || m_keptItems != items) {
+        m_keptBounds = visibleBounds();
+        m_keptFor = now;
+        m_keptItems = items;
+    }
+    return *m_keptBounds;
+}
+
 glm::dmat4 FrameRenderer::projectionMatrix(const Viewpoint& viewpoint, const QSize& size) const
 {
     const View3dSettings* settings = View3dSettings::getInstance();
-    return viewpoint.projectionMatrix(visibleBounds(), size, settings ? settings->getNearPlaneDist() : 1.0);
+    return viewpoint.projectionMatrix(keptBounds(), size, settings ? settings->getNearPlaneDist() : 1.0);
 }
 
 PaintContext FrameRenderer::paintContext(const Viewpoint& viewpoint, const QSize& size,

@@ -4,6 +4,7 @@
 
 #include <Viewer3dModule/drawers/PaintContext.h>
 
+#include <QtCore/QObject>
 #include <QtCore/QSize>
 #include <QtGui/QColor>
 #include <QtGui/QImage>
@@ -19,8 +20,11 @@ public:
     /// The scene is not owned.
     explicit FrameRenderer(Scene3d& scene);
 
+    FrameRenderer(const FrameRenderer&) = delete;
+    FrameRenderer& operator=(const FrameRenderer&) = delete;
+
     /// The box of what is visible, scene coordinates, as small as it really is; the scene's bounds where
-    /// nothing is.
+    /// nothing is. Looks at every item.
     gmx::BoundingBox visibleBounds() const;
     /// The record of an ordinary pass over a target of this size (pixels). The scene's bounds must be up to
     /// date.
@@ -40,6 +44,12 @@ public:
 
 private:
     glm::dmat4 projectionMatrix(const Viewpoint& viewpoint, const QSize& size) const;
+    /// visibleBounds() as it was since the scene last changed: frames and picks need not look at every item.
+    const gmx::BoundingBox& keptBounds() const;
 
     Scene3d& m_scene;
+    QObject m_listener; // of the scene, which says by updateView that something changed
+    mutable std::optional<gmx::BoundingBox> m_keptBounds;
+    mutable gmx::BoundingBox m_keptFor; // the scene's bounds then
+    mutable std::size_t m_keptItems = 0;
 };

@@ -13,12 +13,6 @@ const glm::dvec3 vertical(0.0, 0.0, 1.0);
 constexpr double margin = 1.03;      // of what is fitted
 constexpr double tiltOfPlans = 1e-6; // radians off the vertical, far below a pixel
 
-std::unique_ptr<IProjection> makeProjection(IProjection::Projection type)
-{
-    if (type == IProjection::Parallel) return std::make_unique<ParallelProjection>();
-    return std::make_unique<CentralProjection>();
-}
-
 double tangentOfHalfView(const IProjection& projection)
 {
     return std::tan(static_cast<const CentralProjection&>(projection).getFov() / 2.0);
@@ -43,6 +37,12 @@ std::pair<double, double> rangeOver(const gmx::BoundingBox& box, Measure measure
 }
 
 } // namespace
+
+std::unique_ptr<IProjection> makeProjection(IProjection::Projection type)
+{
+    if (type == IProjection::Parallel) return std::make_unique<ParallelProjection>();
+    return std::make_unique<CentralProjection>();
+}
 
 QStringList standardViewNames()
 {

@@ -10,6 +10,9 @@
 
 #include <memory>
 
+/// A projection of the type, as it is at first.
+std::unique_ptr<IProjection> makeProjection(IProjection::Projection type);
+
 /// The directions that a scene is looked at from by name. Front is from the south (-y), left from the west
 /// (-x).
 enum class StandardView { Iso, Top, Bottom, Front, Back, Left, Right };

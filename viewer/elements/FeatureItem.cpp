@@ -1,5 +1,7 @@
 #include <viewer/elements/FeatureItem.h>
 
+#include <viewer/ElementSummary.h>
+
 #include <Viewer3dModule/drawers/DrawerType.h>
 #include <Viewer3dModule/scene/Scene3d.h>
 
@@ -67,11 +69,10 @@ void FeatureItem::rebuild(const FeatureElement& element)
     FeatureGeometry geometry(element, m_origin);
 
     m_hasLines = !geometry.counts.empty();
+    const ElementSummary counts = ElementSummary::of(element);
     m_info = {};
-    m_info.pointCount = static_cast<std::uint32_t>(geometry.points.size());
-    m_info.lineCount = static_cast<std::uint32_t>(geometry.lines.size() - geometry.counts.size());
-    m_vertices = geometry.lines;
-    m_vertices.insert(m_vertices.end(), geometry.points.begin(), geometry.points.end());
+    m_info.pointCount = static_cast<std::uint32_t>(counts.points);
+    m_info.lineCount = static_cast<std::uint32_t>(counts.lines);
 
     m_lines.setPen(m_style.pen);
     m_lines.setPoints(std::move(geometry.lines), std::move(geometry.counts));
@@ -102,7 +103,11 @@ Drawable3dPrimitive::GeometryInfo FeatureItem::getGeometryInfo()
 
 std::vector<glm::vec3> FeatureItem::getVertices()
 {
-    return m_vertices;
+    const auto* element = static_cast<FeatureElement*>(getModelElement());
+    if (!element) return {};
+    FeatureGeometry geometry(*element, m_origin);
+    geometry.lines.insert(geometry.lines.end(), geometry.points.begin(), geometry.points.end());
+    return std::move(geometry.lines);
 }
 
 gmx::BoundingBox FeatureItem::sceneBoundingBox() const

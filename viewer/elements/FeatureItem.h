@@ -40,7 +40,6 @@ private:
     FeatureStyle m_style;
     gmx::BoundingBox m_bounds; // model coordinates
     glm::dvec3 m_origin{0.0};  // model coordinates
-    std::vector<glm::vec3> m_vertices;
     PolyPolyline3dItem m_lines;
     std::unique_ptr<FeaturePoints> m_points;
     GeometryInfo m_info;

@@ -2,9 +2,6 @@
 
 #include <viewer/elements/ElementTypes.h>
 
-#include <Viewer3dModule/camera/CentralProjection.h>
-#include <Viewer3dModule/camera/ParallelProjection.h>
-
 ViewpointElement::ViewpointElement(CModelElement* owner)
     : CModelElement(owner)
 {
@@ -32,12 +29,8 @@ void ViewpointElement::serialize(CQtArchive& archive)
     bool isParallel = m_viewpoint.isParallel();
     archive.value(isParallel);
     std::unique_ptr<IProjection> projection = m_viewpoint.projection().clone();
-    if (isParallel != m_viewpoint.isParallel()) {
-        if (isParallel)
-            projection = std::make_unique<ParallelProjection>();
-        else
-            projection = std::make_unique<CentralProjection>();
-    }
+    if (isParallel != m_viewpoint.isParallel())
+        projection = makeProjection(isParallel ? IProjection::Parallel : IProjection::Central);
     projection->serialize(archive);
     archive.endObject(1);
     archive.finish();

@@ -7,6 +7,7 @@ namespace {
 
 constexpr double largestRatio = 1e9; // scene units a pixel, far beyond any scene
 constexpr double smallestRatio = 1e-12;
+constexpr double farthest = 1e6; // scene units from the eye to what is looked at; a scene is 1000 large
 
 void shift(CCamera& camera, const glm::dvec3& by)
 {
@@ -56,6 +57,7 @@ void navigation::zoom(Viewpoint& viewpoint, const glm::dvec3& anchor, const glm:
         return;
     }
     const double distance = glm::distance(anchor, camera.getPosition());
+    if (distance > 0.0) factor = std::min(factor, std::max(1.0, farthest / distance));
     if (distance > 0.0) camera.zoomCamera(distance * (1.0 - factor), anchor);
     lookAsFarAs(viewpoint, anchor);
 }

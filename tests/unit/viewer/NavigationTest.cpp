@@ -93,4 +93,17 @@ TEST_P(Navigation, ZoomAtTheEyeItselfChangesNothingForTheWorse)
     EXPECT_TRUE(std::isfinite(viewpoint.camera().getDirection().x));
 }
 
+// However far the wheel is turned, the way back in is no longer than the way out.
+TEST_P(Navigation, ZoomOutEnds)
+{
+    for (int i = 0; i < 1000; ++i)
+        navigation::zoom(viewpoint, anchor, {400, 300}, 2.0, size);
+    EXPECT_LE(glm::distance(viewpoint.camera().getPosition(), anchor), 1.1e6);
+    EXPECT_LE(viewpoint.unitsPerPixel(viewpoint.depthOf(anchor), size), 1.1e9);
+    navigation::zoom(viewpoint, anchor, {400, 300}, 0.5, size);
+    EXPECT_LT(viewpoint.isParallel() ? viewpoint.projection().getZoom()
+                                     : glm::distance(viewpoint.camera().getPosition(), anchor),
+              viewpoint.isParallel() ? 0.6e9 : 0.6e6);
+}
+
 INSTANTIATE_TEST_SUITE_P(Both, Navigation, ::testing::Values(IProjection::Central, IProjection::Parallel));

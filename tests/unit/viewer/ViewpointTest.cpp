@@ -75,6 +75,23 @@ TEST(Viewpoint, FrontLooksNorthWithTheEastToTheRight)
     EXPECT_LT(project(viewpoint, projection, {0, -1, 0}).z, project(viewpoint, projection, {0, 1, 0}).z);
 }
 
+// Seen from there, this is to the right and this is near.
+TEST(Viewpoint, BackLeftAndRightLookFromWhereTheySay)
+{
+    const gmx::BoundingBox box({-1, -1, -1}, {1, 1, 1});
+    for (const auto& [view, right, nearest] :
+         {std::tuple(StandardView::Back, glm::dvec3(-1, 0, 0), glm::dvec3(0, 1, 0)),
+          {StandardView::Left, glm::dvec3(0, -1, 0), glm::dvec3(-1, 0, 0)},
+          {StandardView::Right, glm::dvec3(0, 1, 0), glm::dvec3(1, 0, 0)}}) {
+        const Viewpoint viewpoint =
+            Viewpoint::fitting(box, standardViewDirection(view), IProjection::Parallel, wide);
+        const glm::dmat4 projection = viewpoint.projectionMatrix(box, wide, 1.0);
+        EXPECT_GT(project(viewpoint, projection, right).x, 0.1) << static_cast<int>(view);
+        EXPECT_GT(project(viewpoint, projection, {0, 0, 1}).y, 0.1);
+        EXPECT_LT(project(viewpoint, projection, nearest).z, project(viewpoint, projection, -nearest).z);
+    }
+}
+
 TEST(Viewpoint, TopHasTheNorthUp)
 {
     const gmx::BoundingBox box({-1, -1, -1}, {1, 1, 1});
