@@ -29,6 +29,22 @@ QString settingsPath()
     return folder.isEmpty() ? QString() : QDir(folder).filePath(QStringLiteral("settings.xml"));
 }
 
+/// A handler of the log for the length of a scope.
+class LogHandler
+{
+public:
+    explicit LogHandler(ksp::Log::Handler handler)
+        : m_number(ksp::Log::addHandler(std::move(handler)))
+    {
+    }
+    ~LogHandler() { ksp::Log::removeHandler(m_number); }
+    LogHandler(const LogHandler&) = delete;
+    LogHandler& operator=(const LogHandler&) = delete;
+
+private:
+    int m_number;
+};
+
 /// Throws when no context can be made here as a scene makes its own.
 void requireOpenGL()
 {
@@ -54,6 +70,9 @@ void requireOpenGL()
 Host::Host(Settings settings)
     : m_keepsSettings(settings == Settings::Kept)
 {
+    const LogHandler recorder([this](ksp::Log::MessageType type, const QString& text) {
+        m_startMessages.push_back({type, text});
+    });
     auto storage = std::make_unique<XmlSettingsStorage>(m_keepsSettings ? settingsPath() : QString());
     View3dSettings::writeDefaults(*storage);
     CSettingsManager* manager =

@@ -1,10 +1,12 @@
 #pragma once
 
 #include <framework/app/Application.h>
+#include <framework/ksp/Log.h>
 
 #include <QtCore/QStringList>
 
 #include <memory>
+#include <vector>
 
 class CProject;
 class IModelReader;
@@ -41,9 +43,18 @@ public:
     /// Writes the settings to where they are kept.
     void saveSettings();
 
+    struct Message
+    {
+        ksp::Log::MessageType type;
+        QString text;
+    };
+    /// What the log had to say while this was made, before any window could show it.
+    const std::vector<Message>& getStartMessages() const { return m_startMessages; }
+
 private:
     void requireModule() const;
 
     Application m_application;
     bool m_keepsSettings;
+    std::vector<Message> m_startMessages;
 };

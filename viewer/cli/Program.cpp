@@ -13,6 +13,7 @@
 
 #include <QtCore/QFileInfo>
 #include <QtWidgets/QApplication>
+#include <QtWidgets/QMessageBox>
 
 #include <algorithm>
 
@@ -74,6 +75,12 @@ int runWindow(const WindowOptions& options)
 {
     Host host(Host::Settings::Kept);
     MainWindow window(host);
+    window.setDiscardQuestion([&window] {
+        return QMessageBox::question(
+                   &window, QObject::tr("Unsaved project"),
+                   QObject::tr("What was added since the project was saved last will be lost."),
+                   QMessageBox::Discard | QMessageBox::Cancel) == QMessageBox::Discard;
+    });
     window.show();
     if (!options.files.isEmpty())
         QMetaObject::invokeMethod(

@@ -6,6 +6,12 @@
 #include <QtWidgets/QProgressBar>
 #include <QtWidgets/QPushButton>
 
+namespace {
+
+constexpr qint64 pause = 50; // milliseconds between two looks at events; each may draw the view anew
+
+} // namespace
+
 LoadingBar::LoadingBar(QWidget* parent)
     : QWidget(parent)
     , m_title(new QLabel(this))
@@ -35,6 +41,7 @@ void LoadingBar::run(const std::function<void(ksp::StagedProgress)>& work)
             bar.m_running = true;
             bar.m_cancelled = false;
             bar.m_bar->setValue(0);
+            bar.m_sinceEvents.invalidate();
             bar.show();
         }
         ~Running()
@@ -58,7 +65,9 @@ void LoadingBar::run(const std::function<void(ksp::StagedProgress)>& work)
 
 void LoadingBar::report(double percentage, const QString& title)
 {
+    if (m_sinceEvents.isValid() && m_sinceEvents.elapsed() < pause) return;
     m_title->setText(title);
     m_bar->setValue(static_cast<int>(percentage * 10.0));
     QCoreApplication::processEvents();
+    m_sinceEvents.start();
 }

@@ -2,6 +2,7 @@
 
 #include <framework/ksp/StagedProgress.h>
 
+#include <QtCore/QElapsedTimer>
 #include <QtWidgets/QWidget>
 
 #include <functional>
@@ -10,7 +11,7 @@ class QProgressBar;
 class QLabel;
 
 /// The progress of loading in the status bar, with a button to cancel it; hidden while nothing is loaded. The
-/// window stays alive by handling events whenever the work reports.
+/// window stays alive by handling events when the work reports, about twenty times a second at most.
 class LoadingBar : public QWidget
 {
     Q_OBJECT
@@ -30,6 +31,7 @@ private:
 
     QLabel* m_title;
     QProgressBar* m_bar;
+    QElapsedTimer m_sinceEvents; // since events were handled last
     bool m_running = false;
     bool m_cancelled = false;
 };

@@ -6,6 +6,7 @@
 #include <viewer/PictureFile.h>
 #include <viewer/elements/ElementTypes.h>
 #include <viewer/elements/ViewpointElement.h>
+#include <viewer/printable.h>
 #include <viewer/window/LoadingBar.h>
 #include <viewer/window/MessageDock.h>
 #include <viewer/window/View3dWidget.h>
@@ -25,6 +26,9 @@
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QMenuBar>
 #include <QtWidgets/QStatusBar>
+
+#include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -55,14 +59,15 @@ QString withSuffix(const QString& path, const QString& suffix)
 
 MainWindow::MainWindow(Host& host)
     : m_host(host)
+    , m_messages(new MessageDock(this))
     , m_project(host.createProject())
     , m_scene(host.createScene(*m_project))
     , m_view(new View3dWidget(*m_scene, this))
     , m_loadingBar(new LoadingBar(this))
-    , m_messages(new MessageDock(this))
 {
     m_scene->doneCurrent();
-    setWindowTitle(QStringLiteral("viewer3d"));
+    for (const Host::Message& message : host.getStartMessages())
+        m_messages->add(message.type, message.text);
     resize(1280, 800);
     setCentralWidget(m_view);
     addDockWidget(Qt::BottomDockWidgetArea, m_messages);
@@ -72,11 +77,16 @@ MainWindow::MainWindow(Host& host)
     connect(m_view, &View3dWidget::filesDropped, this, &MainWindow::openFiles);
     m_view->showFrom(StandardView::Iso);
     m_host.application().extendGUI(this);
+    connect(m_project->getModel(), &CProjectModel::elementsAdded, this, [this] { setWindowModified(true); });
+    connect(m_project->getModel(), &CProjectModel::elementsRemoved, this,
+            [this] { setWindowModified(true); });
+    setProjectPath({});
 }
 
 // The view goes before the scene that it shows, and the scene before the project that it mirrors.
 MainWindow::~MainWindow()
 {
+    m_project->getModel()->disconnect(this);
     delete m_view;
     m_scene.reset();
     m_project.reset();
@@ -90,7 +100,12 @@ QObject* MainWindow::getMainWindow() const
 void MainWindow::makeFileMenu()
 {
     QMenu* menu = menuBar()->addMenu(tr("&File"));
-    menu->addAction(tr("&New"), this, &MainWindow::newProject, QKeySequence::New);
+    menu->addAction(
+        tr("&New"), this,
+        [this] {
+            if (mayDiscard()) newProject();
+        },
+        QKeySequence::New);
     menu->addAction(tr("&Open..."), this, &MainWindow::askForFiles, QKeySequence::Open);
     menu->addAction(tr("&Save project..."), this, &MainWindow::askWhereToSave, QKeySequence::Save);
     menu->addAction(tr("Save &picture..."), this, &MainWindow::askForPicture);
@@ -130,38 +145,67 @@ void MainWindow::makeViewMenu()
 
 void MainWindow::openFiles(const QStringList& paths)
 {
+    QStringList wanted = paths;
+    std::stable_partition(wanted.begin(), wanted.end(), &FileOpener::isProject);
+    if (!wanted.isEmpty() && FileOpener::isProject(wanted.first()) && !mayDiscard()) return;
+    m_waiting += wanted;
     if (m_loadingBar->isRunning()) return;
     const bool wasEmpty = m_project->getModel()->getElementsCount() == 0;
-    bool isView = false;
+    m_hasProjectView = false;
     menuBar()->setEnabled(false);
-    FileOpener opener(m_host, *m_project, m_scene.get());
-    logged([&] {
-        m_loadingBar->run([&](ksp::StagedProgress progress) {
-            for (const QString& path : paths) {
-                progress.throwIfCanceled();
-                ksp::StagedProgress stage =
-                    progress.startStage(99.0 / static_cast<double>(paths.size()), QFileInfo(path).fileName());
-                const bool isGood = logged([&] {
-                    if (!FileOpener::isProject(path)) {
-                        opener.add(opener.read(path, stage.startStage(95.0)), stage);
-                        return;
-                    }
-                    for (const QString& problem : opener.openProject(path, stage))
-                        ksp::Log::error(problem);
-                });
-                if (isGood && FileOpener::isProject(path)) {
-                    setWindowFilePath(path);
-                    isView = findViewpoint(currentView) != nullptr;
-                }
-            }
-        });
-    });
+    logged([&] { m_loadingBar->run([&](ksp::StagedProgress progress) { openWaiting(progress); }); });
+    m_waiting.clear();
     menuBar()->setEnabled(true);
-    if (isView)
+    if (m_hasProjectView)
         restoreViewpoint(*findViewpoint(currentView));
     else if (wasEmpty)
         m_view->showFrom(StandardView::Iso);
     showCounts();
+    if (std::exchange(m_closesAfterLoading, false))
+        QMetaObject::invokeMethod(this, &QWidget::close, Qt::QueuedConnection);
+}
+
+void MainWindow::openWaiting(ksp::StagedProgress progress)
+{
+    while (!m_waiting.isEmpty()) {
+        progress.throwIfCanceled();
+        const double share = (99.0 - progress.getPercentage()) / m_waiting.size();
+        const QString path = m_waiting.takeFirst();
+        try {
+            openFile(path, progress.startStage(share, printable(QFileInfo(path).fileName())));
+        } catch (const ksp::Canceled&) {
+            throw;
+        } catch (const std::exception& error) {
+            ksp::Log::error(QString::fromUtf8(error.what()));
+        }
+    }
+}
+
+void MainWindow::openFile(const QString& path, ksp::StagedProgress progress)
+{
+    FileOpener opener(m_host, *m_project, m_scene.get());
+    if (!FileOpener::isProject(path)) {
+        opener.add(opener.read(path, progress.startStage(95.0)), progress);
+        return;
+    }
+    for (const QString& problem : opener.openProject(path, progress))
+        ksp::Log::error(problem);
+    setProjectPath(path);
+    m_hasProjectView = findViewpoint(currentView) != nullptr;
+}
+
+void MainWindow::setProjectPath(const QString& path)
+{
+    QString name = path.isEmpty() ? tr("New project") : printable(QFileInfo(path).fileName());
+    name.replace(QLatin1String("[*]"), QLatin1String("[*][*]")); // which is how Qt writes one [*]
+    setWindowFilePath(path);
+    setWindowTitle(name + QStringLiteral("[*] - viewer3d"));
+    setWindowModified(false);
+}
+
+bool MainWindow::mayDiscard() const
+{
+    return !isWindowModified() || !m_mayDiscard || m_mayDiscard();
 }
 
 bool MainWindow::saveProject(const QString& path)
@@ -169,7 +213,7 @@ bool MainWindow::saveProject(const QString& path)
     keepViewpoint(currentView);
     const bool isSaved = logged(
         [&] { FileOpener(m_host, *m_project, m_scene.get()).save(path, ksp::StagedProgress::dummy()); });
-    if (isSaved) setWindowFilePath(path);
+    if (isSaved) setProjectPath(path);
     return isSaved;
 }
 
@@ -182,7 +226,7 @@ void MainWindow::newProject()
 {
     m_scene->makeCurrent();
     m_project->clear();
-    setWindowFilePath({});
+    setProjectPath({});
     m_view->showFrom(StandardView::Iso);
     showCounts();
 }
@@ -231,6 +275,7 @@ ViewpointElement* MainWindow::keepViewpoint(const QString& name)
         CModelElementManager* manager = m_project->getModel()->getCreateItemManager(element_types::Viewpoint);
         element = static_cast<ViewpointElement*>(manager->addItem(std::move(fresh)));
     }
+    setWindowModified(true);
     element->setViewpoint(m_view->viewpoint().transformed(m_scene->sceneToModelTransform()));
     return element;
 }
@@ -286,7 +331,12 @@ void MainWindow::showCounts()
 void MainWindow::closeEvent(QCloseEvent* event)
 {
     if (m_loadingBar->isRunning()) { // the work unwinds first
+        m_closesAfterLoading = true;
         m_loadingBar->cancel();
+        event->ignore();
+        return;
+    }
+    if (!mayDiscard()) {
         event->ignore();
         return;
     }

@@ -1,8 +1,7 @@
 #include <viewer/window/MessageDock.h>
 
-#include <framework/ksp/Log.h>
+#include <viewer/printable.h>
 
-#include <QtCore/QPointer>
 #include <QtWidgets/QPlainTextEdit>
 
 namespace {
@@ -20,23 +19,26 @@ MessageDock::MessageDock(QWidget* parent)
     m_lines->setMaximumBlockCount(keptLines);
     setWidget(m_lines);
     hide();
-    // Lines may come from any thread and while a frame is drawn: they are shown from the event loop.
-    m_handler = ksp::Log::addHandler(
-        [dock = QPointer<MessageDock>(this)](ksp::Log::MessageType type, const QString& text) {
-            if (!dock || type == ksp::Log::Debug) return;
-            QMetaObject::invokeMethod(
-                dock.data(),
-                [dock, type, text] {
-                    dock->m_lines->appendPlainText(text);
-                    if (type == ksp::Log::Error) dock->show();
-                },
-                Qt::QueuedConnection);
-        });
+    m_handler =
+        ksp::Log::addHandler([this](ksp::Log::MessageType type, const QString& text) { add(type, text); });
 }
 
 MessageDock::~MessageDock()
 {
     ksp::Log::removeHandler(m_handler);
+}
+
+// Lines may come from any thread and while a frame is drawn: they are shown from the event loop.
+void MessageDock::add(ksp::Log::MessageType type, const QString& text)
+{
+    if (type == ksp::Log::Debug) return;
+    QMetaObject::invokeMethod(
+        this,
+        [this, type, text] {
+            m_lines->appendPlainText(printable(text));
+            if (type == ksp::Log::Error) show();
+        },
+        Qt::QueuedConnection);
 }
 
 QString MessageDock::text() const

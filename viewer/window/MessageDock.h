@@ -1,5 +1,7 @@
 #pragma once
 
+#include <framework/ksp/Log.h>
+
 #include <QtWidgets/QDockWidget>
 
 class QPlainTextEdit;
@@ -11,6 +13,9 @@ class MessageDock : public QDockWidget
 public:
     explicit MessageDock(QWidget* parent = nullptr);
     ~MessageDock() override;
+
+    /// Shows a line that the log had before this was there. From any thread.
+    void add(ksp::Log::MessageType type, const QString& text);
 
     QString text() const;
 

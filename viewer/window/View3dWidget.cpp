@@ -38,7 +38,7 @@ QStringList localFiles(const QMimeData& data)
 
 View3dWidget::View3dWidget(Scene3d& scene, QWidget* parent)
     : QOpenGLWidget(parent)
-    , m_scene(scene)
+    , m_scene(&scene)
     , m_renderer(scene)
 {
     QSurfaceFormat smooth = QSurfaceFormat::defaultFormat();
@@ -82,8 +82,8 @@ void View3dWidget::initializeGL()
 
 void View3dWidget::paintGL()
 {
-    if (!m_vertexArray) return;
-    m_scene.flushBounds(); // may move the camera
+    if (!m_vertexArray || !m_scene) return;
+    m_scene->flushBounds(); // may move the camera
     m_renderer.drawFrame(m_viewpoint, deviceSize(), m_vertexArray, backgroundColor());
 }
 
@@ -112,7 +112,8 @@ void View3dWidget::setViewpoint(const Viewpoint& viewpoint)
 
 void View3dWidget::fitAll()
 {
-    m_scene.flushBounds();
+    if (!m_scene) return;
+    m_scene->flushBounds();
     const IProjection::Projection type = m_viewpoint.projection().getType();
     m_viewpoint = Viewpoint::fitting(m_renderer.visibleBounds(), m_viewpoint.camera().getDirection(), type,
                                      deviceSize());
@@ -121,7 +122,8 @@ void View3dWidget::fitAll()
 
 void View3dWidget::showFrom(StandardView view)
 {
-    m_scene.flushBounds();
+    if (!m_scene) return;
+    m_scene->flushBounds();
     const IProjection::Projection type = m_viewpoint.projection().getType();
     m_viewpoint =
         Viewpoint::fitting(m_renderer.visibleBounds(), standardViewDirection(view), type, deviceSize());
@@ -137,13 +139,15 @@ void View3dWidget::setProjectionType(IProjection::Projection type)
 
 QImage View3dWidget::picture()
 {
-    m_scene.flushBounds();
+    if (!m_scene) return {};
+    m_scene->flushBounds();
     return m_renderer.picture(m_viewpoint, deviceSize(), backgroundColor());
 }
 
 glm::dvec3 View3dWidget::pointAt(const QPointF& place)
 {
     const glm::dvec2 pixel = devicePixel(place);
+    if (!m_scene) return m_viewpoint.pointAt(pixel, 1.0, deviceSize());
     const QPoint whole(static_cast<int>(std::floor(pixel.x)), static_cast<int>(std::floor(pixel.y)));
     try {
         if (const auto point = m_renderer.pointUnder(m_viewpoint, deviceSize(), whole)) return *point;

@@ -3,6 +3,7 @@
 #include <viewer/FrameRenderer.h>
 #include <viewer/Viewpoint.h>
 
+#include <QtCore/QPointer>
 #include <QtWidgets/QOpenGLWidget>
 
 class Scene3d;
@@ -16,7 +17,7 @@ class View3dWidget : public QOpenGLWidget
 {
     Q_OBJECT
 public:
-    /// The scene is not owned and outlives the widget.
+    /// The scene is not owned. Once it is gone the view shows nothing and stays as it is.
     explicit View3dWidget(Scene3d& scene, QWidget* parent = nullptr);
     ~View3dWidget() override;
 
@@ -55,8 +56,8 @@ private:
     void releaseVertexArray();
     void moveWithTransform(const glm::dmat4& additional);
 
-    Scene3d& m_scene;
-    FrameRenderer m_renderer;
+    QPointer<Scene3d> m_scene;
+    FrameRenderer m_renderer; // only while the scene is there
     Viewpoint m_viewpoint;
     unsigned int m_vertexArray = 0;
     QPointF m_lastPlace;       // of the drag, logical pixels

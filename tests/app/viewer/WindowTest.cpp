@@ -20,12 +20,16 @@
 #include <framework/model/CProject.h>
 #include <framework/model/CProjectModel.h>
 
+#include <QtCore/QElapsedTimer>
 #include <QtCore/QMimeData>
+#include <QtCore/QPointer>
+#include <QtCore/QThread>
 #include <QtCore/QTimer>
 #include <QtCore/QUrl>
 #include <QtGui/QMouseEvent>
 #include <QtWidgets/QAction>
 #include <QtWidgets/QApplication>
+#include <QtWidgets/QMenuBar>
 #include <QtWidgets/QPushButton>
 
 namespace {
@@ -41,12 +45,16 @@ const QByteArray pyramid =
 class Window : public ViewerTest
 {
 protected:
-    static void SetUpTestSuite() { s_host = new Host(Host::Settings::InMemory); }
-    static void TearDownTestSuite() { delete std::exchange(s_host, nullptr); }
+    static void SetUpTestSuite() { s_host = std::make_unique<Host>(Host::Settings::InMemory); }
+    static void TearDownTestSuite() { s_host.reset(); }
 
     void SetUp() override
     {
         ViewerTest::SetUp();
+        makeWindow();
+    }
+    void makeWindow()
+    {
         m_window = std::make_unique<MainWindow>(*s_host);
         m_window->resize(800, 600);
         m_window->show();
@@ -113,13 +121,22 @@ protected:
     }
     int elements() const { return m_window->project().getModel()->getElementsCount(); }
 
-    static Host* s_host;
+    /// A file that takes long enough to be cancelled.
+    QString writeBig() const
+    {
+        QByteArray big = pyramid;
+        for (int i = 0; i < 400'000; ++i)
+            big += "f 1 2 5\n";
+        return write("big.obj", big);
+    }
+
+    static std::unique_ptr<Host> s_host;
     std::unique_ptr<MainWindow> m_window;
     View3dWidget* m_view = nullptr;
     std::unique_ptr<GlDebug> m_debug;
 };
 
-Host* Window::s_host = nullptr;
+std::unique_ptr<Host> Window::s_host;
 
 TEST_F(Window, IsEmptyAtFirst)
 {
@@ -266,6 +283,7 @@ TEST_F(Window, LoadingCanBeCancelled)
         wasShown = m_window->loadingBar().isVisible();
         QTimer::singleShot(0, button, &QPushButton::click);
         for (int i = 0; i <= 1000; ++i) {
+            QThread::msleep(1);
             progress.setPercentage(i / 10.0);
             progress.throwIfCanceled();
         }
@@ -274,6 +292,190 @@ TEST_F(Window, LoadingCanBeCancelled)
     EXPECT_TRUE(wasShown);
     EXPECT_FALSE(m_window->loadingBar().isVisible());
     EXPECT_FALSE(m_window->loadingBar().isRunning());
+}
+
+TEST_F(Window, CancelOfARealFileLeavesWhatIsOpen)
+{
+    openPyramid();
+    const QString big = writeBig();
+    auto* button = m_window->findChild<QPushButton*>("cancelLoading");
+    QTimer::singleShot(0, button, &QPushButton::click);
+    m_window->openFiles({big, path("pyramid.obj")});
+    settle();
+    EXPECT_EQ(elements(), 1);
+    EXPECT_EQ(m_window->messages().text(), "Cancelled"); // once
+    EXPECT_FALSE(m_window->loadingBar().isRunning());
+    EXPECT_TRUE(m_window->menuBar()->isEnabled());
+}
+
+TEST_F(Window, ClosedWhileLoadingClosesAfterwards)
+{
+    const QString big = writeBig();
+    QTimer::singleShot(0, m_window.get(), &QWidget::close);
+    m_window->openFiles({big});
+    settle();
+    EXPECT_FALSE(m_window->isVisible());
+    EXPECT_EQ(elements(), 0);
+}
+
+TEST_F(Window, FilesDroppedWhileLoadingComeAfterwards)
+{
+    const QString small = write("pyramid.obj", pyramid), big = writeBig();
+    bool wasRunning = false;
+    QTimer::singleShot(0, m_window.get(), [&] {
+        wasRunning = m_window->loadingBar().isRunning();
+        m_window->openFiles({small});
+    });
+    m_window->openFiles({big});
+    EXPECT_TRUE(wasRunning);
+    EXPECT_EQ(elements(), 2);
+}
+
+TEST_F(Window, LoadingHandlesEventsTwentyTimesASecondAtMost)
+{
+    int turns = 0;
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, [&] { ++turns; });
+    timer.start(0);
+    QElapsedTimer clock;
+    clock.start();
+    m_window->loadingBar().run([&](ksp::StagedProgress progress) {
+        for (int i = 0; i <= 1000 && clock.elapsed() < 400; ++i) {
+            progress.setPercentage(i / 10.0);
+            QThread::usleep(300);
+        }
+    });
+    EXPECT_GE(turns, 1);
+    EXPECT_LE(turns, clock.elapsed() / 50 + 2);
+}
+
+TEST_F(Window, TitleNamesTheProjectAndMarksChanges)
+{
+    EXPECT_FALSE(m_window->isWindowModified());
+    openPyramid();
+    EXPECT_TRUE(m_window->isWindowModified());
+    EXPECT_EQ(m_window->windowTitle(), "New project[*] - viewer3d");
+    ASSERT_TRUE(m_window->saveProject(path("town.v3d")));
+    EXPECT_FALSE(m_window->isWindowModified());
+    EXPECT_EQ(m_window->windowTitle(), "town.v3d[*] - viewer3d");
+    m_window->openFiles({write("other.obj", pyramid)});
+    EXPECT_TRUE(m_window->isWindowModified());
+    m_window->openFiles({path("town.v3d")});
+    EXPECT_FALSE(m_window->isWindowModified());
+    m_window->newProject();
+    EXPECT_FALSE(m_window->isWindowModified());
+    EXPECT_EQ(m_window->windowTitle(), "New project[*] - viewer3d");
+}
+
+TEST_F(Window, AsksBeforeWhatWasNotSavedIsLost)
+{
+    int asked = 0;
+    bool mayDiscard = false;
+    m_window->setDiscardQuestion([&] {
+        ++asked;
+        return mayDiscard;
+    });
+    openPyramid();
+    ASSERT_TRUE(m_window->saveProject(path("saved.v3d")));
+    m_window->newProject();
+    EXPECT_EQ(asked, 0);
+
+    m_window->openFiles({path("pyramid.obj")});
+    EXPECT_EQ(asked, 0); // adds to what is open
+    m_window->openFiles({path("saved.v3d")});
+    EXPECT_EQ(asked, 1);
+    EXPECT_EQ(elements(), 1);
+    EXPECT_FALSE(m_window->close());
+    EXPECT_EQ(asked, 2);
+    mayDiscard = true;
+    m_window->openFiles({path("saved.v3d")});
+    EXPECT_EQ(asked, 3);
+    EXPECT_EQ(elements(), 2);
+    EXPECT_TRUE(m_window->close()); // nothing is unsaved now
+    EXPECT_EQ(asked, 3);
+}
+
+TEST_F(Window, MessagesFromBeforeTheWindowShowInIt)
+{
+    qputenv("VIEWER3D_PLUGIN_PATH", path(".").toLocal8Bit());
+    write("libbroken.so", "no library");
+    m_window.reset(); // one application object at a time
+    s_host.reset();
+    s_host = std::make_unique<Host>(Host::Settings::InMemory);
+    EXPECT_EQ(LogTrap::take().size(), 1);
+    qunsetenv("VIEWER3D_PLUGIN_PATH");
+    m_window = std::make_unique<MainWindow>(*s_host);
+    m_view = &m_window->view();
+    m_window->show();
+    settle();
+    EXPECT_TRUE(
+        m_window->messages().text().contains("libbroken.so: plug-in not loaded: not a shared library"))
+        << qPrintable(m_window->messages().text());
+    m_window.reset();
+    s_host.reset();
+    s_host = std::make_unique<Host>(Host::Settings::InMemory);
+    makeWindow();
+}
+
+// A widget that changes its window may get another context; vertex array objects do not come along.
+TEST_F(Window, ViewSurvivesAnotherWindowAndAnotherContext)
+{
+    openPyramid();
+    const int before = drawn(grab());
+    for (const bool isShared : {true, false}) {
+        m_view->makeCurrent();
+        m_debug.reset();
+        m_view->doneCurrent();
+        QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts, isShared);
+        const QPointer<QOpenGLContext> former = m_view->context();
+        QMainWindow other;
+        other.resize(m_window->size());
+        other.setCentralWidget(m_view);
+        other.show();
+        settle();
+        EXPECT_EQ(m_view->context() == former, isShared);
+        EXPECT_GT(drawn(grab()), before / 2);
+        m_window->setCentralWidget(m_view);
+        settle();
+        // Qt forgets to ask for smooth edges the second time
+        EXPECT_NEAR(drawn(grab()), before, isShared ? 0 : before / 100);
+        QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts, true);
+        m_view->makeCurrent();
+        m_debug = std::make_unique<GlDebug>(*m_view->context());
+        m_view->doneCurrent();
+    }
+}
+
+TEST_F(Window, ViewOutlivesItsScene)
+{
+    const auto project = s_host->createProject();
+    auto scene = s_host->createScene(*project);
+    View3dWidget view(*scene);
+    view.resize(300, 200);
+    view.show();
+    settle();
+    scene.reset();
+    view.update();
+    view.fitAll();
+    view.showFrom(StandardView::Top);
+    view.pointAt(QPointF(20, 20));
+    EXPECT_TRUE(view.picture().isNull());
+    settle();
+    QWheelEvent wheel(QPointF(9, 9), QPointF(9, 9), QPoint(), QPoint(0, 120), Qt::NoButton, Qt::NoModifier,
+                      Qt::NoScrollPhase, false);
+    QCoreApplication::sendEvent(&view, &wheel);
+    EXPECT_TRUE(std::isfinite(view.viewpoint().camera().getPosition().x));
+}
+
+// In another process, because the factor holds for a whole application.
+TEST(WindowScaled, WorksOnScreensOfHighResolution)
+{
+    const ViewerRun run = runProgram(
+        QCoreApplication::applicationFilePath(),
+        {"--gtest_filter=Window.Shows*:Window.Wheel*:Window.*Drag*:Window.Picture*:Window.Resized*"},
+        {{"QT_SCALE_FACTOR", "2"}});
+    EXPECT_EQ(run.status, 0) << run.out.constData();
+    EXPECT_TRUE(run.out.contains("[  PASSED  ] 9 tests")) << run.out.constData();
 }
 
 TEST_F(Window, ProjectComesBackWithElementsViewsAndLight)
