@@ -6,6 +6,14 @@ set -euo pipefail
 root=$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")
 . "$root/cmake/steps.sh"
 
+# Files without a command open in a window, which nobody would see on an X server of our own.
+if [[ ! ${1:-} =~ ^(render|info|plugins)$ ]] && ! has_display; then
+    for argument in "$@"; do
+        [[ ! -e $argument ]] ||
+            die "no display here to open a window on; './run.sh render FILES... -o OUT.png' makes a picture"
+    done
+fi
+
 install_missing run
 [[ -f $build/build.ninja ]] || configure V3D_BUILD_TESTS=OFF V3D_WERROR=ON
 build_targets viewer3d Viewer3dModule readers

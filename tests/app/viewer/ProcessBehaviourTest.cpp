@@ -122,6 +122,27 @@ TEST_F(ProcessBehaviour, ControlCCancelsAndWritesNothing)
 }
 
 // A frame of 100 million pixels takes the software driver seconds; nobody has to wait for it.
+TEST_F(ProcessBehaviour, WindowOpensWithTheFilesThatAreThere)
+{
+    QProcess process;
+    process.start(program, {write("good.obj", field(2)), path("missing.obj")});
+    EXPECT_FALSE(process.waitForFinished(1500)) << process.readAllStandardError().constData();
+    process.terminate();
+    process.waitForFinished();
+    EXPECT_EQ(process.readAllStandardError(), ""); // it shows among the window's messages
+}
+
+// Said before anything is installed or built.
+TEST_F(ProcessBehaviour, RunScriptOpensNoWindowThatNobodySees)
+{
+    const QString file = write("good.obj", field(2));
+    const ViewerRun run = runProgram(V3D_SOURCE_DIR "/run.sh", {file}, {{"DISPLAY", QString()}});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.errorLines(), QStringList("run.sh: no display here to open a window on; './run.sh render "
+                                            "FILES... -o OUT.png' makes a picture"));
+    EXPECT_LT(run.seconds, 2.0);
+}
+
 TEST_F(ProcessBehaviour, ControlCEndsTheDrawingOfALargePicture)
 {
     const QString file = write("field.obj", field(300));
