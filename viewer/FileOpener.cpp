@@ -1,6 +1,7 @@
 #include <viewer/FileOpener.h>
 
 #include <viewer/Host.h>
+#include <viewer/InputFiles.h>
 #include <viewer/SceneGroup.h>
 #include <viewer/elements/ElementTypes.h>
 #include <viewer/elements/MeshElement.h>
@@ -250,6 +251,8 @@ void FileOpener::replaceProject(const QString& path, ProjectMeshes meshes, ksp::
 
 void FileOpener::save(const QString& path, ksp::StagedProgress progress)
 {
+    if (InputFiles::contain(getMeshFiles(), path))
+        throw fileError(path, QStringLiteral("cannot be written: it is one of the files that are read"));
     const QDir folder = QFileInfo(path).absoluteDir();
     forEachMesh(m_project, [&](MeshElement& element) {
         element.setRelativePath(folder.relativeFilePath(element.getPath()));

@@ -32,6 +32,7 @@ public:
     /// one of them is a project, which replaces what is open.
     void open(const QStringList& paths, ksp::StagedProgress progress);
     /// Saves the project; mesh elements keep where their files lie, as seen from the project's folder too.
+    /// Throws ksp::CommonError, among others when the project would replace one of those files.
     void save(const QString& path, ksp::StagedProgress progress);
 
     /// Reads a file that is no project into elements of no model.

@@ -219,7 +219,10 @@ bool MainWindow::saveProject(const QString& path)
 
 bool MainWindow::savePicture(const QString& path)
 {
-    return logged([&] { PictureFile::write(path, m_view->picture()); });
+    return logged([&] {
+        PictureFile::requireNoInput(path, FileOpener(m_host, *m_project, m_scene.get()).getMeshFiles());
+        PictureFile::write(path, m_view->picture());
+    });
 }
 
 void MainWindow::newProject()

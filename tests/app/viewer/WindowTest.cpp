@@ -547,6 +547,20 @@ TEST_F(Window, PictureOfTheViewIsWhatTheViewShows)
     EXPECT_EQ(LogTrap::take().size(), 1);
 }
 
+TEST_F(Window, NothingIsSavedOverAFileThatIsShown)
+{
+    openPyramid();
+    ASSERT_TRUE(QFile::link(path("pyramid.obj"), path("link.png")));
+    for (const bool isPicture : {true, false}) {
+        EXPECT_FALSE(isPicture ? m_window->savePicture(path("link.png"))
+                               : m_window->saveProject(path("pyramid.obj")));
+        const QStringList lines = LogTrap::take();
+        ASSERT_EQ(lines.size(), 1);
+        EXPECT_TRUE(lines[0].endsWith("it is one of the files that are read")) << qPrintable(lines[0]);
+        EXPECT_EQ(read("pyramid.obj"), pyramid);
+    }
+}
+
 // The scene recentres itself when far more comes in: what was looked at must not jump.
 TEST_F(Window, SceneThatMovesItsCoordinatesKeepsTheView)
 {
