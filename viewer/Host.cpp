@@ -3,7 +3,9 @@
 #include <viewer/elements/ElementTypes.h>
 
 #include <Viewer3dModule/drawables/DrawableNode3dFactory.h>
+#include <Viewer3dModule/enums/TypeIds.h>
 #include <Viewer3dModule/host/IScene3dExtension.h>
+#include <Viewer3dModule/host/Scene3dViewLightingSettings.h>
 #include <Viewer3dModule/host/View3dSettings.h>
 #include <Viewer3dModule/scene/CurrentContextGuard.h>
 #include <Viewer3dModule/scene/Scene3d.h>
@@ -11,6 +13,7 @@
 #include <framework/app/CSettingsManager.h>
 #include <framework/app/IModelReader.h>
 #include <framework/app/XmlSettingsStorage.h>
+#include <framework/gmx/math_utils.h>
 #include <framework/ksp/CommonError.h>
 #include <framework/model/CProject.h>
 
@@ -22,6 +25,11 @@
 #include <algorithm>
 
 namespace {
+
+// Degrees. From behind the shoulder of who looks from the south, and not halfway between the walls of a house
+// that stands along the axes, which would look alike.
+constexpr double lightAzimuth = 210.0;
+constexpr double lightElevation = 50.0;
 
 QString settingsPath()
 {
@@ -106,7 +114,18 @@ std::unique_ptr<CProject> Host::createProject()
     requireModule();
     std::unique_ptr<CProject> project = m_application.createProject();
     element_types::registerCreators(*project->getModel());
+    setOwnLight(*project);
     return project;
+}
+
+void Host::setOwnLight(CProject& project)
+{
+    auto* settings =
+        dynamic_cast<Scene3dViewLightingSettings*>(project.getProjectSettings(TypeIds::LightingSettings));
+    if (!settings) return;
+    Scene3dViewLightingSettings::ViewData& light = settings->data({});
+    light.azimuth = static_cast<float>(math_utils::toRadian(lightAzimuth));
+    light.elevation = static_cast<float>(math_utils::toRadian(lightElevation));
 }
 
 std::unique_ptr<Scene3d> Host::createScene(CProject& project)

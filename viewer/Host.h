@@ -32,6 +32,8 @@ public:
     /// A new project whose model can load the viewer's elements. Throws ksp::CommonError when the 3D module
     /// is not among the plug-ins.
     std::unique_ptr<CProject> createProject();
+    /// Gives a new project the light of this program: from the south-south-west, 50 degrees high.
+    static void setOwnLight(CProject& project);
     /// A scene of the project that shows the viewer's elements and those of plug-ins; its context is current
     /// afterwards. The scene goes before the project. Throws ksp::CommonError where there is no OpenGL 4.3.
     std::unique_ptr<Scene3d> createScene(CProject& project);

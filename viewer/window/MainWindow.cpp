@@ -229,6 +229,7 @@ void MainWindow::newProject()
 {
     m_scene->makeCurrent();
     m_project->clear();
+    Host::setOwnLight(*m_project);
     setProjectPath({});
     m_view->showFrom(StandardView::Iso);
     showCounts();
