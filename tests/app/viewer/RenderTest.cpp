@@ -75,6 +75,21 @@ TEST_F(Render, CameraStationsHaveTheirColour)
               300); // ten points of 9 x 9 pixels, parts of them behind lines
 }
 
+// Light from 30 degrees west of south, 50 degrees high, on grey 200: 0.3 + |n . l|, where l = (-0.321,
+// -0.557, 0.766).
+TEST_F(Render, WallsOfAHouseAlongTheAxesDiffer)
+{
+    const QString box =
+        write("box.obj", "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nv 0 0 1\nv 1 0 1\nv 1 1 1\nv 0 1 1\n"
+                         "f 1 2 6 5\nf 2 3 7 6\nf 3 4 8 7\nf 4 1 5 8\nf 5 6 7 8\nf 4 3 2 1\n");
+    const auto middle = [&](const char* view) {
+        return render({box, "--size", "64x64", "--view", view}).pixelColor(32, 32);
+    };
+    EXPECT_NEAR(middle("front").red(), 171, 2);
+    EXPECT_NEAR(middle("left").red(), 124, 2);
+    EXPECT_NEAR(middle("top").red(), 213, 2);
+}
+
 // A square of 1 m in the middle of a view of 4 m height: 100 of 400 pixels.
 TEST_F(Render, PutsPointsWhereTheCameraSeesThem)
 {
