@@ -1,6 +1,6 @@
 #include <tests/support/GlTest.h>
 #include <tests/support/LogTrap.h>
-#include <tests/unit/shaders/ProgramList.h>
+#include <tests/support/ProgramList.h>
 
 #include <Viewer3dModule/shaders/ShaderProgramBuilder.h>
 #include <Viewer3dModule/shaders/StorageLimits.h>

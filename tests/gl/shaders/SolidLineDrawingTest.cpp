@@ -1,4 +1,4 @@
-#include "ShaderDrawing.h"
+#include <tests/support/ShaderDrawing.h>
 #include "SweepReference.h"
 
 #include <glm/gtc/matrix_transform.hpp>

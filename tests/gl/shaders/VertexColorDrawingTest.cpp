@@ -1,4 +1,4 @@
-#include "ShaderDrawing.h"
+#include <tests/support/ShaderDrawing.h>
 
 #include <Viewer3dModule/shaders/ShaderProgramBuilder.h>
 
@@ -8,14 +8,6 @@
 
 // The vertices' colours through the geometry stages, and which sets of defines make programs.
 namespace {
-
-ProgramRecipe recipe(const char* name, const QStringList& stages, std::vector<std::string> defines)
-{
-    QStringList files;
-    for (const QString& stage : stages)
-        files.append(shaderPath(stage));
-    return {name, files, std::move(defines)};
-}
 
 const std::string color = "RX_USE_PER_VERTEX_COLOR";
 const std::string normal = "RX_USE_PER_VERTEX_NORMAL";

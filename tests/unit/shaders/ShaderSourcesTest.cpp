@@ -1,4 +1,4 @@
-#include "ProgramList.h"
+#include <tests/support/ProgramList.h>
 
 #include <Viewer3dModule/shaders/DrawMode.h>
 #include <Viewer3dModule/shaders/ShaderPreprocessor.h>

@@ -1,4 +1,4 @@
-#include "ShaderDrawing.h"
+#include <tests/support/ShaderDrawing.h>
 
 #include <Viewer3dModule/shaders/ShaderProgramBuilder.h>
 
@@ -32,10 +32,10 @@ void ShaderDrawing::TearDown()
     GlTest::TearDown();
 }
 
-void ShaderDrawing::use(const ProgramRecipe& recipe, const std::vector<std::string>& varyings)
+void ShaderDrawing::use(const ProgramRecipe& wanted, const std::vector<std::string>& varyings)
 {
-    program.reset(buildShaderProgram(nullptr, recipe.files, recipe.defines, varyings));
-    ASSERT_TRUE(program->isLinked()) << recipe.name;
+    program.reset(buildShaderProgram(nullptr, wanted.files, wanted.defines, varyings));
+    ASSERT_TRUE(program->isLinked()) << wanted.name;
     ASSERT_TRUE(program->bind());
     const float half = Size / 2.0f;
     glm::mat4 viewport(1.0f);
@@ -48,8 +48,9 @@ void ShaderDrawing::use(const ProgramRecipe& recipe, const std::vector<std::stri
 
 void ShaderDrawing::use(const std::string& name)
 {
-    for (const ProgramRecipe& recipe : defaultPrograms())
-        if (recipe.name == name) return use(recipe);
+    for (const auto* programs : {&defaultPrograms(), &furtherPrograms()})
+        for (const ProgramRecipe& candidate : *programs)
+            if (candidate.name == name) return use(candidate);
     FAIL() << "no program " << name;
 }
 

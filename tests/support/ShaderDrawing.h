@@ -1,8 +1,8 @@
 #pragma once
 
 #include <tests/support/GlTest.h>
+#include <tests/support/ProgramList.h>
 #include <tests/support/RenderTarget.h>
-#include <tests/unit/shaders/ProgramList.h>
 
 #include <Viewer3dModule/shaders/Uniforms.h>
 
@@ -30,10 +30,11 @@ protected:
     /// What a fixture does before each test, the context being current.
     virtual void prepare() {}
 
-    /// Builds and binds the default program of this name and sets "viewport" and "viewport_inverted".
+    /// Builds and binds the program of this name in ProgramList.h and sets "viewport" and
+    /// "viewport_inverted".
     void use(const std::string& name);
     /// Binds a program of the test's own.
-    void use(const ProgramRecipe& recipe, const std::vector<std::string>& varyings = {});
+    void use(const ProgramRecipe& wanted, const std::vector<std::string>& varyings = {});
 
     /// Sets a uniform that the program must have.
     template <typename T>
