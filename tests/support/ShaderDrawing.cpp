@@ -141,6 +141,40 @@ void ShaderDrawing::draw(unsigned mode, int count, int instances)
     depths = target->depth();
 }
 
+std::vector<float> ShaderDrawing::capture(unsigned mode, int count, unsigned primitive, int components,
+                                          std::size_t room, int instances)
+{
+    const std::size_t floats = room * static_cast<std::size_t>(components);
+    unsigned buffer = 0;
+    unsigned queries[2] = {0, 0};
+    gl->glGenBuffers(1, &buffer);
+    gl->glGenQueries(2, queries);
+    gl->glBindBufferBase(GL_TRANSFORM_FEEDBACK_BUFFER, 0, buffer);
+    gl->glBufferData(GL_TRANSFORM_FEEDBACK_BUFFER, static_cast<GLsizeiptr>(floats * sizeof(float)), nullptr,
+                     GL_STATIC_READ);
+    gl->glEnable(GL_RASTERIZER_DISCARD);
+    gl->glBeginQuery(GL_TRANSFORM_FEEDBACK_PRIMITIVES_WRITTEN, queries[0]);
+    gl->glBeginQuery(GL_PRIMITIVES_GENERATED, queries[1]);
+    gl->glBeginTransformFeedback(primitive);
+    gl->glDrawArraysInstanced(mode, 0, count, instances);
+    gl->glEndTransformFeedback();
+    gl->glEndQuery(GL_PRIMITIVES_GENERATED);
+    gl->glEndQuery(GL_TRANSFORM_FEEDBACK_PRIMITIVES_WRITTEN);
+    gl->glDisable(GL_RASTERIZER_DISCARD);
+    unsigned written = 0;
+    unsigned generated = 0;
+    gl->glGetQueryObjectuiv(queries[0], GL_QUERY_RESULT, &written);
+    gl->glGetQueryObjectuiv(queries[1], GL_QUERY_RESULT, &generated);
+    EXPECT_EQ(written, generated) << "more than there is room for";
+    const std::size_t corners = primitive == GL_TRIANGLES ? 3 : primitive == GL_LINES ? 2 : 1;
+    std::vector<float> values(written * corners * static_cast<std::size_t>(components));
+    gl->glGetBufferSubData(GL_TRANSFORM_FEEDBACK_BUFFER, 0,
+                           static_cast<GLsizeiptr>(values.size() * sizeof(float)), values.data());
+    gl->glDeleteBuffers(1, &buffer);
+    gl->glDeleteQueries(2, queries);
+    return values;
+}
+
 QColor ShaderDrawing::pixel(int x, int y, int attachment) const
 {
     return images[static_cast<std::size_t>(attachment)].pixelColor(x, y);

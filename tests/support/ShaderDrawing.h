@@ -66,6 +66,14 @@ protected:
     /// Clears the target and draws.
     void draw(unsigned mode, int count, int instances = 1);
 
+    /// Draws with nothing rasterised and returns what transform feedback takes of each vertex, one after the
+    /// other. The program must have been built with varyings of `components` floats in all.
+    /// @param primitive  what the last stage before the fragments puts out: GL_POINTS, GL_LINES or
+    ///                   GL_TRIANGLES
+    /// @param room       the most vertices there may be; the test fails when there are more
+    std::vector<float> capture(unsigned mode, int count, unsigned primitive, int components, std::size_t room,
+                               int instances = 1);
+
     QColor pixel(int x, int y, int attachment = 0) const;
     /// The 32-bit word whose bytes an attachment holds at the pixel.
     std::uint32_t word(int x, int y, int attachment) const;
