@@ -49,6 +49,8 @@ QString stageSuffix(const QString& file)
 {
     if (file.contains(QLatin1String("vertex"))) return QStringLiteral("vert");
     if (file.contains(QLatin1String("fragment"))) return QStringLiteral("frag");
+    for (const char* tessellation : {"tesc", "tese"})
+        if (file.contains(QLatin1String(tessellation))) return QLatin1String(tessellation);
     return QStringLiteral("geom");
 }
 

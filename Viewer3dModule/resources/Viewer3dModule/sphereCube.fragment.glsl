@@ -1,0 +1,25 @@
+#version 430 core
+// Spheres and cylinders: plain or textured, with or without light. Wire mode arrives as plain and without light.
+//#include "shader:Viewer3dModule/DrawModes.glsl"
+//#include "shader:Viewer3dModule/SelectionMode.glsl"
+//#include "shader:Viewer3dModule/light.fragment.glsl"
+
+in Item
+{
+    ITEM_FIELDS
+}
+item;
+
+in vec2 texture_coords;
+
+uniform sampler2D uTexture0;
+
+const int texture_color_mode = 2; // of uColorMode; any other value shows the item's colour
+
+void main()
+{
+    vec4 own_color = item.color_mode == texture_color_mode ? texture(uTexture0, texture_coords) : item.color;
+    vec4 surface = colorFromFlags(item.flags, own_color, item.color);
+    vec3 shown = item.is_lit != 0 ? lightColor(surface.rgb) : surface.rgb;
+    write_item(vec4(shown, surface.a), item.id, item.index, vec4(0.0));
+}
