@@ -1,5 +1,6 @@
 #include <viewer/elements/ElementTypes.h>
 
+#include <viewer/elements/FeatureDrawers.h>
 #include <viewer/elements/FeatureItem.h>
 #include <viewer/elements/MeshElement.h>
 #include <viewer/elements/MeshItem.h>
@@ -23,6 +24,7 @@ void registerCreators(CProjectModel& model)
 
 void registerItems(Scene3d& scene)
 {
+    feature_drawers::addTo(scene);
     CGraphics3dExtension::registerElementType<MeshElement, MeshItem>(Mesh, &scene);
     CGraphics3dExtension::registerElementType<FeatureElement, FeatureItem>(Feature, &scene);
 }

@@ -1,11 +1,15 @@
 #include <viewer/elements/FeatureItem.h>
 
 #include <viewer/ElementSummary.h>
+#include <viewer/elements/FeatureDrawers.h>
 
 #include <Viewer3dModule/drawers/DrawerType.h>
+#include <Viewer3dModule/drawers/PaintContext.h>
 #include <Viewer3dModule/scene/Scene3d.h>
 
 #include <glm/gtc/matrix_transform.hpp>
+
+#include <numeric>
 
 namespace {
 
@@ -31,16 +35,38 @@ struct FeatureGeometry
     }
 };
 
+Drawable3dPrimitive::GeometryInfo geometryInfoOf(const FeatureElement& element)
+{
+    const ElementSummary counts = ElementSummary::of(element);
+    Drawable3dPrimitive::GeometryInfo info;
+    info.pointCount = static_cast<std::uint32_t>(counts.points);
+    info.lineCount = static_cast<std::uint32_t>(counts.lines);
+    return info;
+}
+
+MeshData pointSet(std::vector<glm::vec3> points, const FeatureStyle& style)
+{
+    MeshData data;
+    MeshData::Part part;
+    part.kind = MeshData::Part::Points;
+    part.indexCount = static_cast<std::uint32_t>(points.size());
+    part.color = style.pointColor;
+    part.pointSize = style.pointSize;
+    data.indices.resize(points.size());
+    std::iota(data.indices.begin(), data.indices.end(), 0u);
+    data.positions = std::move(points);
+    data.parts.push_back(part);
+    return data;
+}
+
 } // namespace
 
 FeatureItem::FeatureItem(FeatureElement* element)
     : Graphics3dItem(element)
     , m_style(FeatureStyle::of(*element))
     , m_lines(0, DrawerType::Mono)
+    , m_info(geometryInfoOf(*element)) // which the drawer type depends on
 {
-    m_lines.setOwner(this);
-    for (const FeatureElement::Part& part : element->getParts())
-        m_hasLines = m_hasLines || part.kind != FeatureElement::Part::Point;
 }
 
 FeatureItem::~FeatureItem() = default;
@@ -58,47 +84,29 @@ void FeatureItem::updateDataImpl()
     if (m_isChanged) rebuild(*element);
     m_isChanged = false;
     setTransform(glm::mat4(glm::translate(scene()->modelToSceneTransform(), m_origin)), false);
-    if (m_points) m_points->setTransform(Drawable3dItem::getTransform(), false);
 }
 
 void FeatureItem::rebuild(const FeatureElement& element)
 {
     m_style = FeatureStyle::of(element);
+    m_info = geometryInfoOf(element);
     m_bounds = element.getBounds();
     m_origin = m_bounds.getCenter();
     FeatureGeometry geometry(element, m_origin);
-
-    m_hasLines = !geometry.counts.empty();
-    const ElementSummary counts = ElementSummary::of(element);
-    m_info = {};
-    m_info.pointCount = static_cast<std::uint32_t>(counts.points);
-    m_info.lineCount = static_cast<std::uint32_t>(counts.lines);
+    m_vertexCount = static_cast<int>(geometry.lines.size() + geometry.points.size());
 
     m_lines.setPen(m_style.pen);
     m_lines.setPoints(std::move(geometry.lines), std::move(geometry.counts));
     m_points.reset();
     if (!geometry.points.empty())
-        m_points = std::make_unique<FeaturePoints>(*this, std::move(geometry.points), m_style.pointColor,
-                                                   m_style.pointSize);
-}
-
-void FeatureItem::updateVisibility()
-{
-    Graphics3dItem::updateVisibility();
-    if (m_points) m_points->setVisible(Drawable3dItem::isVisible());
+        m_points = std::make_unique<MeshNode3d>(pointSet(std::move(geometry.points), m_style));
 }
 
 int FeatureItem::getDefaultDrawerType() const
 {
-    if (m_hasLines || !m_points) return m_style.lineDrawerType();
-    return m_points->getDefaultDrawerType();
-}
-
-Drawable3dPrimitive::GeometryInfo FeatureItem::getGeometryInfo()
-{
-    GeometryInfo info = m_info;
-    if (!drawsPointsItself()) info.pointCount = 0;
-    return info;
+    if (m_info.lineCount == 0) return DrawerType::Mono;
+    const int type = m_style.lineDrawerType();
+    return m_info.pointCount == 0 ? type : feature_drawers::withPoints(type);
 }
 
 std::vector<glm::vec3> FeatureItem::getVertices()
@@ -115,16 +123,8 @@ gmx::BoundingBox FeatureItem::sceneBoundingBox() const
     return scene() ? m_bounds.transformed(scene()->modelToSceneTransform()) : gmx::BoundingBox();
 }
 
-std::vector<Drawable3dItem*> FeatureItem::getDrawableChildren()
-{
-    if (m_points && !drawsPointsItself()) return {m_points.get()};
-    return {};
-}
-
 void FeatureItem::draw(const PaintContext& context)
 {
-    if (m_hasLines)
-        m_lines.draw(context);
-    else if (m_points)
-        m_points->draw(context);
+    if (context.stage != feature_drawers::PointStage) m_lines.draw(context);
+    if (m_points && context.stage != feature_drawers::LineStage) m_points->draw(context, 1);
 }

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <viewer/elements/FeaturePoints.h>
 #include <viewer/elements/FeatureStyle.h>
 
+#include <Viewer3dModule/drawables/MeshNode3d.h>
 #include <Viewer3dModule/drawables/PolyPolyline3dItem.h>
 #include <Viewer3dModule/host/Graphics3dItem.h>
 #include <framework/model/FeatureElement.h>
@@ -21,13 +21,12 @@ public:
 
     void updateData(ISubject* subject) override;
     void updateDataImpl() override;
-    void updateVisibility() override;
     int getDefaultDrawerType() const override;
-    GeometryInfo getGeometryInfo() override;
+    GeometryInfo getGeometryInfo() override { return m_info; }
+    /// Those of the lines, a ring's first one repeated at its end, then the points.
     std::vector<glm::vec3> getVertices() override;
+    int getNodePointsCount() const override { return m_vertexCount; }
     gmx::BoundingBox sceneBoundingBox() const override;
-    /// The points, where the lines need a drawer that draws none.
-    std::vector<Drawable3dItem*> getDrawableChildren() override;
 
 protected:
     using Graphics3dItem::draw;
@@ -35,14 +34,13 @@ protected:
 
 private:
     void rebuild(const FeatureElement& element);
-    bool drawsPointsItself() const { return !m_hasLines; }
 
     FeatureStyle m_style;
     gmx::BoundingBox m_bounds; // model coordinates
     glm::dvec3 m_origin{0.0};  // model coordinates
     PolyPolyline3dItem m_lines;
-    std::unique_ptr<FeaturePoints> m_points;
+    std::unique_ptr<MeshNode3d> m_points; // null without
     GeometryInfo m_info;
-    bool m_hasLines = false;
+    int m_vertexCount = 0;
     bool m_isChanged = true;
 };

@@ -1,0 +1,22 @@
+#pragma once
+
+class Scene3d;
+
+/// Drawers for features that have points besides lines of a pen whose program draws lines only. They draw
+/// such a feature in two stages, so that it stays one item: with one identifier in masks, one highlight, and
+/// wholly in or out of whatever picks items.
+namespace feature_drawers {
+
+// Drawer types.
+constexpr int WideLinesAndPoints = 0x36FFD101;
+constexpr int DashedLinesAndPoints = 0x36FFD102;
+
+/// Values of PaintContext::stage; 0, where there are no stages, draws everything.
+enum Stage { LineStage = 1, PointStage = 2 };
+
+/// Registers the drawers with the scene; before the first feature comes, which would get another one.
+void addTo(Scene3d& scene);
+/// The drawer type for points besides lines that need this type for themselves.
+int withPoints(int lineDrawerType);
+
+} // namespace feature_drawers
