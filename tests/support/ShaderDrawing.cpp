@@ -144,6 +144,13 @@ void ShaderDrawing::draw(unsigned mode, int count, int instances)
 std::vector<float> ShaderDrawing::capture(unsigned mode, int count, unsigned primitive, int components,
                                           std::size_t room, int instances)
 {
+    return capture(primitive, components, room,
+                   [&] { gl->glDrawArraysInstanced(mode, 0, count, instances); });
+}
+
+std::vector<float> ShaderDrawing::capture(unsigned primitive, int components, std::size_t room,
+                                          const std::function<void()>& draws)
+{
     const std::size_t floats = room * static_cast<std::size_t>(components);
     unsigned buffer = 0;
     unsigned queries[2] = {0, 0};
@@ -156,7 +163,7 @@ std::vector<float> ShaderDrawing::capture(unsigned mode, int count, unsigned pri
     gl->glBeginQuery(GL_TRANSFORM_FEEDBACK_PRIMITIVES_WRITTEN, queries[0]);
     gl->glBeginQuery(GL_PRIMITIVES_GENERATED, queries[1]);
     gl->glBeginTransformFeedback(primitive);
-    gl->glDrawArraysInstanced(mode, 0, count, instances);
+    draws();
     gl->glEndTransformFeedback();
     gl->glEndQuery(GL_PRIMITIVES_GENERATED);
     gl->glEndQuery(GL_TRANSFORM_FEEDBACK_PRIMITIVES_WRITTEN);

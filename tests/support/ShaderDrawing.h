@@ -11,6 +11,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -66,11 +67,14 @@ protected:
     /// Clears the target and draws.
     void draw(unsigned mode, int count, int instances = 1);
 
-    /// Draws with nothing rasterised and returns what transform feedback takes of each vertex, one after the
-    /// other. The program must have been built with varyings of `components` floats in all.
+    /// Calls draws with nothing rasterised and returns what transform feedback takes of each vertex, one
+    /// after the other. The program must have been built with varyings of `components` floats in all.
     /// @param primitive  what the last stage before the fragments puts out: GL_POINTS, GL_LINES or
     ///                   GL_TRIANGLES
     /// @param room       the most vertices there may be; the test fails when there are more
+    std::vector<float> capture(unsigned primitive, int components, std::size_t room,
+                               const std::function<void()>& draws);
+    /// The same of one draw call.
     std::vector<float> capture(unsigned mode, int count, unsigned primitive, int components, std::size_t room,
                                int instances = 1);
 

@@ -18,14 +18,19 @@ vec3 quaternion_rotate(vec4 q, vec3 v)
     return v + q.w * t + cross(q.xyz, t);
 }
 
-// The shortest rotation that takes one direction to the other; both have length 1. Between opposite directions it is
-// half a turn about some axis perpendicular to them.
+// The shortest rotation between directions of length 1 that are far from opposite.
+vec4 quaternion_between_near(vec3 from, vec3 to)
+{
+    return normalize(vec4(cross(from, to), 1.0 + dot(from, to)));
+}
+
+// A rotation that takes one direction to the other; both have length 1. It is the shortest one, but towards opposite
+// directions, where the axis of that is lost in the rounding of the two: there it is half a turn about some axis
+// perpendicular to the first, and what is then left to the other.
 vec4 quaternion_between(vec3 from, vec3 to)
 {
-    float cosine = dot(from, to);
-    if (cosine < -0.999999) {
-        vec3 other = abs(from.x) < 0.9 ? vec3(1.0, 0.0, 0.0) : vec3(0.0, 1.0, 0.0);
-        return vec4(normalize(cross(from, other)), 0.0);
-    }
-    return normalize(vec4(cross(from, to), 1.0 + cosine));
+    if (dot(from, to) > -0.9) return quaternion_between_near(from, to);
+    vec3 other = abs(from.x) < 0.9 ? vec3(1.0, 0.0, 0.0) : vec3(0.0, 1.0, 0.0);
+    vec4 half_turn = vec4(normalize(cross(from, other)), 0.0);
+    return quaternion_multiply(quaternion_between_near(-from, to), half_turn);
 }
