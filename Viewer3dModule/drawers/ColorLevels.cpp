@@ -8,6 +8,13 @@
 namespace {
 
 constexpr std::size_t maxLevels = 256;
+constexpr std::size_t levelsPerVector = 4; // of the arrays "colorLevels" and "elevLevels"
+
+// 8 bits a channel, rounded as in a picture; red in the lowest byte.
+std::uint32_t packedColor(const QColor& color)
+{
+    return glm::packUnorm4x8(glm::vec4(color.redF(), color.greenF(), color.blueF(), color.alphaF()));
+}
 
 } // namespace
 
@@ -18,19 +25,17 @@ void Item3dDrawer::setColorLevels(QOpenGLShaderProgram* program,
     OpenGLFunctions* gl = currentGLFunctions();
     if (!gl || !program || !program->isLinked() || !program->bind()) return;
     const std::size_t count = std::min(levels.size(), maxLevels);
-    std::array<glm::vec4, maxLevels> colors;
-    std::array<float, maxLevels> heights;
+    std::array<std::uint32_t, maxLevels> colors{};
+    std::array<float, maxLevels> heights{};
     for (std::size_t i = 0; i < count; ++i) {
-        const QColor& color = levels[i].second;
-        colors[i] = glm::vec4(color.redF(), color.greenF(), color.blueF(), color.alphaF());
+        colors[i] = packedColor(levels[i].second);
         heights[i] = static_cast<float>(levels[i].first);
     }
-    const int colorsLocation = program->uniformLocation("colorLevels");
-    const int heightsLocation = program->uniformLocation("elevLevels");
-    if (count > 0 && colorsLocation >= 0)
-        gl->glUniform4fv(colorsLocation, static_cast<GLsizei>(count), &colors[0].x);
-    if (count > 0 && heightsLocation >= 0)
-        gl->glUniform1fv(heightsLocation, static_cast<GLsizei>(count), heights.data());
+    if (count > 0) {
+        const auto vectors = static_cast<GLsizei>((count + levelsPerVector - 1) / levelsPerVector);
+        gl->glUniform4uiv(program->uniformLocation("colorLevels"), vectors, colors.data());
+        gl->glUniform4fv(program->uniformLocation("elevLevels"), vectors, heights.data());
+    }
     uniforms::set(*gl, program->uniformLocation("levelCount"), static_cast<int>(count));
     uniforms::set(*gl, program->uniformLocation("levelStep"), levelStep);
     uniforms::set(*gl, program->uniformLocation("levelStepDiscreteMode"), discrete);

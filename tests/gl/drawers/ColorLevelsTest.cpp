@@ -1,50 +1,63 @@
 #include "tests/support/SceneTest.h"
 
 #include <Viewer3dModule/drawers/Item3dDrawer.h>
+#include <Viewer3dModule/shaders/ShaderPreprocessor.h>
 
 #include <QtGui/QOpenGLShaderProgram>
 
+#include <array>
+
 namespace {
 
-const char* const vertexSource = "#version 430 core\nvoid main() { gl_Position = vec4(0); }";
-// Reads all of them, so that none is optimised away.
-const char* const fragmentSource =
-    "#version 430 core\n"
-    "uniform vec4 colorLevels[160]; uniform float elevLevels[160];"
-    "uniform int levelCount; uniform float levelStep;"
-    "uniform bool levelStepDiscreteMode; out vec4 color;"
-    "void main() { int i = int(gl_FragCoord.x) % 160; color = colorLevels[i] * elevLevels[i]"
-    " + vec4(levelCount, levelStep, float(levelStepDiscreteMode), 1); }";
+using Bytes = std::array<int, 4>; // red, green, blue, alpha
 
+// The uniforms of the include that colours by height, in a program that uses nothing else.
 class ColorLevelsTest : public SceneTest
 {
 protected:
     void SetUp() override
     {
         SceneTest::SetUp();
-        program.addShaderFromSourceCode(QOpenGLShader::Vertex, vertexSource);
-        program.addShaderFromSourceCode(QOpenGLShader::Fragment, fragmentSource);
+        const QString include =
+            preprocessShader(QStringLiteral(":/Viewer3dModule/gradient.fragment.glsl"), {});
+        ASSERT_FALSE(include.isEmpty());
+        program.addShaderFromSourceCode(QOpenGLShader::Vertex,
+                                        "#version 430 core\nvoid main() { gl_Position = vec4(0); }");
+        program.addShaderFromSourceCode(QOpenGLShader::Fragment,
+                                        "#version 430 core\n" + include +
+                                            "out vec4 c; void main() { c = elevColor(gl_FragCoord.x); }");
         ASSERT_TRUE(program.link());
     }
-    int location(const QString& name) { return program.uniformLocation(name); }
+    int location(const char* name, int element)
+    {
+        return program.uniformLocation(QStringLiteral("%1[%2]").arg(name).arg(element));
+    }
     int integer(const char* name)
     {
         GLint value = -1;
-        gl->glGetUniformiv(program.programId(), location(name), &value);
+        gl->glGetUniformiv(program.programId(), program.uniformLocation(name), &value);
         return value;
     }
-    float number(const QString& name)
+    float step()
     {
         float value = -1.0f;
-        gl->glGetUniformfv(program.programId(), location(name), &value);
+        gl->glGetUniformfv(program.programId(), program.uniformLocation("levelStep"), &value);
         return value;
     }
-    glm::vec4 color(int index)
+    float height(int level)
     {
-        glm::vec4 value(-1.0f);
-        gl->glGetUniformfv(program.programId(), location(QStringLiteral("colorLevels[%1]").arg(index)),
-                           &value.x);
-        return value;
+        std::array<float, 4> values{};
+        gl->glGetUniformfv(program.programId(), location("elevLevels", level / 4), values.data());
+        return values[static_cast<std::size_t>(level % 4)];
+    }
+    Bytes color(int level)
+    {
+        std::array<GLuint, 4> values{};
+        gl->glGetUniformuiv(program.programId(), location("colorLevels", level / 4), values.data());
+        Bytes bytes{};
+        for (std::size_t i = 0; i < 4; ++i)
+            bytes[i] = static_cast<int>(values[static_cast<std::size_t>(level % 4)] >> 8 * i & 255u);
+        return bytes;
     }
 
     QOpenGLShaderProgram program;
@@ -52,15 +65,37 @@ protected:
 
 TEST_F(ColorLevelsTest, FillsOneColourAndHeightALevelInTheOrderGiven)
 {
-    Item3dDrawer::setColorLevels(&program, {{30.0, QColor(255, 0, 0, 0)}, {10.5, QColor(0, 0, 255)}}, 2.5f,
+    Item3dDrawer::setColorLevels(&program, {{30.0, QColor(255, 0, 0, 0)}, {10.5, QColor(1, 2, 3, 4)}}, 2.5f,
                                  true);
     EXPECT_EQ(integer("levelCount"), 2);
     EXPECT_EQ(integer("levelStepDiscreteMode"), 1);
-    EXPECT_EQ(number("levelStep"), 2.5f);
-    EXPECT_EQ(color(0), glm::vec4(1, 0, 0, 0));
-    EXPECT_EQ(color(1), glm::vec4(0, 0, 1, 1));
-    EXPECT_EQ(number("elevLevels[0]"), 30.0f);
-    EXPECT_EQ(number("elevLevels[1]"), 10.5f);
+    EXPECT_EQ(step(), 2.5f);
+    EXPECT_EQ(color(0), (Bytes{255, 0, 0, 0}));
+    EXPECT_EQ(color(1), (Bytes{1, 2, 3, 4}));
+    EXPECT_EQ(height(0), 30.0f);
+    EXPECT_EQ(height(1), 10.5f);
+}
+
+TEST_F(ColorLevelsTest, ColoursAreRoundedToEightBits)
+{
+    // times 255: 1.989, 126.99, 126.48
+    Item3dDrawer::setColorLevels(&program, {{0.0, QColor::fromRgbF(0.0078, 0.498, 0.496, 1.0)}}, 0.0f, false);
+    EXPECT_EQ(color(0), (Bytes{2, 127, 126, 255}));
+    Item3dDrawer::setColorLevels(&program, {{0.0, QColor::fromHsv(120, 255, 51)}}, 0.0f, false);
+    EXPECT_EQ(color(0), (Bytes{0, 51, 0, 255}));
+}
+
+TEST_F(ColorLevelsTest, EveryLevelHasItsPlace)
+{
+    std::vector<std::pair<double, QColor>> levels;
+    for (int i = 0; i < 256; ++i)
+        levels.emplace_back(0.5 * i, QColor(i, 255 - i, i / 2, 255 - i / 2));
+    Item3dDrawer::setColorLevels(&program, levels, 0.0f, false);
+    EXPECT_EQ(integer("levelCount"), 256);
+    for (int i = 0; i < 256; ++i) {
+        EXPECT_EQ(color(i), (Bytes{i, 255 - i, i / 2, 255 - i / 2})) << i;
+        EXPECT_EQ(height(i), 0.5f * static_cast<float>(i));
+    }
 }
 
 TEST_F(ColorLevelsTest, TakesAtMost256Levels)
@@ -72,17 +107,36 @@ TEST_F(ColorLevelsTest, TakesAtMost256Levels)
     EXPECT_EQ(integer("levelCount"), 0);
 }
 
+TEST_F(ColorLevelsTest, WritesNoMoreThanTheLevelsNeed)
+{
+    Item3dDrawer::setColorLevels(&program, std::vector<std::pair<double, QColor>>(12, {7.0, QColor(9, 9, 9)}),
+                                 0.0f, false);
+    Item3dDrawer::setColorLevels(&program, std::vector<std::pair<double, QColor>>(5, {3.0, QColor(5, 5, 5)}),
+                                 0.0f, false);
+    EXPECT_EQ(height(4), 3.0f);
+    EXPECT_EQ(color(4), (Bytes{5, 5, 5, 255}));
+    EXPECT_EQ(height(8), 7.0f);
+    EXPECT_EQ(color(8), (Bytes{9, 9, 9, 255}));
+}
+
 TEST_F(ColorLevelsTest, ARampGoesFromBlueToRedBetweenTheHeights)
 {
     Item3dDrawer::setColorLevels(&program, 100.0f, 140.0f);
     EXPECT_EQ(integer("levelCount"), 5);
     EXPECT_EQ(integer("levelStepDiscreteMode"), 0);
-    EXPECT_EQ(number("levelStep"), 10.0f);
-    EXPECT_EQ(number("elevLevels[0]"), 100.0f);
-    EXPECT_EQ(number("elevLevels[4]"), 140.0f);
-    EXPECT_EQ(color(0), glm::vec4(0, 0, 1, 1));
-    EXPECT_EQ(color(4), glm::vec4(1, 0, 0, 1));
-    Item3dDrawer::setColorLevels(nullptr, 0.0f, 1.0f); // no program: nothing
+    EXPECT_EQ(step(), 10.0f);
+    EXPECT_EQ(height(0), 100.0f);
+    EXPECT_EQ(height(4), 140.0f);
+    EXPECT_EQ(color(0), (Bytes{0, 0, 255, 255}));
+    EXPECT_EQ(color(1), (Bytes{0, 255, 255, 255}));
+    EXPECT_EQ(color(2), (Bytes{0, 255, 0, 255}));
+    EXPECT_EQ(color(3), (Bytes{255, 255, 0, 255}));
+    EXPECT_EQ(color(4), (Bytes{255, 0, 0, 255}));
+}
+
+TEST_F(ColorLevelsTest, WithoutProgramNothingHappens)
+{
+    Item3dDrawer::setColorLevels(nullptr, 0.0f, 1.0f);
 }
 
 } // namespace
