@@ -31,7 +31,8 @@ uniform mat4 projection = mat4(1.0);
 uniform mat4 view = mat4(1.0);
 
 // The section: its points in order, in scene units, seen along the path: x to the right, y up. The path runs through
-// (0, 0). A closed section ends with its first point again. Fewer than two points draw nothing.
+// (0, 0). A closed section ends with its first point again. Fewer than two points draw nothing; points beyond the
+// last that there is room for are left out.
 uniform vec2 section[max_section_points_count];
 // The section's normal at each of these points.
 uniform vec2 section_normals[max_section_points_count];
@@ -63,7 +64,7 @@ struct Joint
     vec3 origin;
     vec4 rotation; // from the section's frame (x right, y forward, z up)
     vec3 bend;     // direction in which the section is stretched
-    float stretch;
+    float stretch; // until both segments keep their width
 };
 
 vec3 directionOr(vec3 v, vec3 otherwise)
@@ -96,21 +97,23 @@ Joint jointAt(vec3 before, vec3 at, vec3 after)
     joint.origin = at;
     joint.rotation = sectionRotation(tangent);
     joint.bend = directionOr(outgoing - incoming, vec3(0.0));
-    joint.stretch = min(1.0 / max(dot(tangent, incoming), 1.0e-3), max_mitre);
+    joint.stretch = 1.0 / max(dot(tangent, incoming), 1.0e-3);
     return joint;
 }
 
-vec3 fromSection(Joint joint, vec2 v)
+vec3 fromSection(Joint joint, vec2 v, float stretch)
 {
-    return quaternion_rotate(joint.rotation, vec3(v.x, 0.0, v.y));
+    vec3 arm = quaternion_rotate(joint.rotation, vec3(v.x, 0.0, v.y));
+    return arm + joint.bend * (dot(arm, joint.bend) * (stretch - 1.0));
 }
 
 // Emits point i of the section at the joint of this corner of the segment.
-void emitPoint(Joint joint, int corner, int i, vec3 direction, float along)
+void emitPoint(Joint joint, int corner, int i, vec3 direction, float along, float across)
 {
-    vec3 arm = fromSection(joint, section[i]);
-    arm += joint.bend * (dot(arm, joint.bend) * (joint.stretch - 1.0));
-    vec3 normal = fromSection(joint, section_normals[i]);
+    vec3 arm = fromSection(joint, section[i], min(joint.stretch, max_mitre));
+    // Stretched as the section is and then seen along the segment, the normal is that of a section which stands
+    // straight across the segment: the one that its sides have.
+    vec3 normal = fromSection(joint, section_normals[i], joint.stretch);
     normal -= direction * dot(normal, direction);
 
     vec4 eye = view * vec4(joint.origin + arm, 1.0);
@@ -118,7 +121,7 @@ void emitPoint(Joint joint, int corner, int i, vec3 direction, float along)
     view_position = eye.xyz;
     view_normal = mat3(view) * normal; // the view is a rotation and a shift
 #ifdef RX_USE_PER_VERTEX_TEX_COORDS
-    texture_coords = vec2(along, float(i) / float(section_points_count - 1));
+    texture_coords = vec2(along, across);
 #endif
     COPY_ITEM(item_in[corner])
     EmitVertex();
@@ -148,8 +151,9 @@ void main()
     float along_start = positionAlong(1);
     float along_end = positionAlong(2);
     for (int i = first; i <= last; ++i) {
-        emitPoint(start, 1, i, direction, along_start);
-        emitPoint(end, 2, i, direction, along_end);
+        float across = float(i) / float(count - 1);
+        emitPoint(start, 1, i, direction, along_start, across);
+        emitPoint(end, 2, i, direction, along_end, across);
     }
     EndPrimitive();
 }

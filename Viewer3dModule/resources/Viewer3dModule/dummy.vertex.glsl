@@ -6,7 +6,8 @@
 #ifdef RX_USE_ADJACENCY_EMULATION
 // Lines with adjacency out of a plain list of points: one instance a segment, four vertices an instance. The four
 // points of a segment come from one buffer as attributes 0 to 3, each starting one point further on, and advance by one
-// point an instance. The list holds its first and its last point twice.
+// point an instance. The list holds its first and its last point twice. Several lists in one buffer are several draw
+// calls, each from its base instance on.
 layout(location = 0) in vec3 point_coords[4];
 #else
 layout(location = 0) in vec3 point_coords;
@@ -25,7 +26,9 @@ uniform int item_flags = item_normal_flag;
 uniform uvec2 item_id = uvec2(0u, 0u);
 ITEM_UNIFORMS
 
-flat out int path_index; // the point's place in the buffer it comes from
+// The point's place in the buffer; with emulation counted from the base instance of the draw call, which no stage is
+// told of.
+flat out int path_index;
 
 out Item
 {
