@@ -195,6 +195,9 @@ Command parseWindow(const QStringList& arguments)
 {
     CommandParser parser("[FILES...]", overview);
     parser.add({"v", "version"}, "show the version");
+    // before its options are found unknown, which they would not be to the command that was meant
+    if (!arguments.isEmpty() && !arguments.first().startsWith(QLatin1Char('-')))
+        refuseUnknownCommand(arguments.first());
     parser.parse(arguments);
     if (parser.isHelpAsked()) return HelpRequest{parser.helpText()};
     if (parser.isSet("version"))

@@ -235,6 +235,15 @@ TEST_F(Failure, UnknownCommandHasTheSameStatus)
     EXPECT_EQ(run.errorLines().size(), 1);
 }
 
+TEST_F(Failure, MistypedCommandIsNamedAndNotItsOptions)
+{
+    const ViewerRun run = runViewer({"rendr", write("good.obj", triangle), "-o", path("out.png")});
+    EXPECT_EQ(run.status, 2);
+    EXPECT_EQ(run.errorLines(),
+              QStringList("viewer3d: rendr is neither a command nor a file; did you mean render?"));
+    EXPECT_FALSE(QFileInfo::exists(path("out.png")));
+}
+
 TEST_F(Failure, WindowOfAMissingFileDoesNotOpen)
 {
     const ViewerRun run = runViewer({path("none.obj")});

@@ -2,6 +2,10 @@
 #include <viewer/cli/CommandParser.h>
 #include <viewer/cli/UsageError.h>
 
+#include <QtCore/QDir>
+#include <QtCore/QFile>
+#include <QtCore/QTemporaryDir>
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -122,6 +126,41 @@ TEST(CommandLine, CommandsThatAreNotThereYetAreUnknown)
 TEST(CommandLine, MistypedCommandNamesTheNearest)
 {
     EXPECT_EQ(refusal({"redner", "a.obj"}), "redner is neither a command nor a file; did you mean render?");
+}
+
+// Options that the command would have do not distract from what is wrong.
+TEST(CommandLine, MistypedCommandNamesTheNearestWhateverFollows)
+{
+    const QString expected = "rendr is neither a command nor a file; did you mean render?";
+    EXPECT_EQ(refusal({"rendr", "x.obj", "-o", "y.png"}), expected);
+    EXPECT_EQ(refusal({"rendr", "--size", "640x480"}), expected);
+    EXPECT_EQ(refusal({"rendr", "--nonsense"}), expected);
+    EXPECT_EQ(refusal({"rendr", "--help"}), expected);
+}
+
+TEST(CommandLine, WordThatIsNearNoCommandGetsTheListOfThem)
+{
+    EXPECT_EQ(refusal({"something", "-o", "y.png"}),
+              "something is neither a command nor a file; the commands are render, info, plugins");
+}
+
+TEST(CommandLine, WordThatIsAFileIsAFile)
+{
+    const QTemporaryDir folder;
+    const QString before = QDir::currentPath();
+    ASSERT_TRUE(QFile(folder.filePath("rendr")).open(QIODevice::WriteOnly));
+    ASSERT_TRUE(QDir::setCurrent(folder.path()));
+    const Command command = parseCommandLine({"rendr", "x.obj"});
+    const QString refused = refusal({"rendr", "x.obj", "-o", "y.png"});
+    QDir::setCurrent(before);
+    EXPECT_EQ(std::get<WindowOptions>(command).files, QStringList({"rendr", "x.obj"}));
+    EXPECT_EQ(refused, "unknown option -o; usage: viewer3d [FILES...]");
+}
+
+TEST(CommandLine, WordsWithADotOrASlashAreFilesEvenWhereThereAreNone)
+{
+    for (const char* word : {"rendr.obj", "./rendr", "rendr/"})
+        EXPECT_EQ(refusal({word, "-o", "y.png"}), "unknown option -o; usage: viewer3d [FILES...]") << word;
 }
 
 TEST(CommandLine, MissingValueIsRefused)
