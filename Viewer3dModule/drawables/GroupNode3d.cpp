@@ -6,6 +6,7 @@
 #include <glm/gtc/matrix_transform.hpp>
 
 #include <algorithm>
+#include <numeric>
 #include <utility>
 
 GroupNode3d::GroupNode3d(std::vector<std::unique_ptr<IDrawableNode3d>> children)
@@ -50,4 +51,28 @@ Drawable3dPrimitive::GeometryInfo GroupNode3d::getGeometryInfo() const
 std::vector<std::unique_ptr<IDrawableNode3d>> GroupNode3d::takeChildren()
 {
     return std::exchange(m_children, {});
+}
+
+std::vector<glm::vec3> GroupNode3d::getVertices() const
+{
+    std::vector<glm::vec3> vertices;
+    vertices.reserve(static_cast<std::size_t>(getVertexCount()));
+    for (const auto& child : m_children) {
+        const glm::dvec3 shift = child->getOrigin() - m_origin;
+        for (const glm::vec3& vertex : child->getVertices())
+            vertices.emplace_back(glm::dvec3(vertex) + shift);
+    }
+    return vertices;
+}
+
+int GroupNode3d::getVertexCount() const
+{
+    return std::accumulate(m_children.begin(), m_children.end(), 0,
+                           [](int sum, const auto& child) { return sum + child->getVertexCount(); });
+}
+
+void GroupNode3d::setPointSize(float pixels)
+{
+    for (const auto& child : m_children)
+        child->setPointSize(pixels);
 }

@@ -17,6 +17,10 @@ public:
     gmx::BoundingBox getBounds() const override;
     Drawable3dPrimitive::GeometryInfo getGeometryInfo() const override;
     std::vector<std::unique_ptr<IDrawableNode3d>> takeChildren() override;
+    /// Those of the children, one child after the other.
+    std::vector<glm::vec3> getVertices() const override;
+    int getVertexCount() const override;
+    void setPointSize(float pixels) override;
 
 private:
     glm::dvec3 m_origin = glm::dvec3(0.0);

@@ -35,4 +35,13 @@ public:
     /// Parts that are to be elements of their own (objects, groups), handed over: the node draws, counts and
     /// bounds them no more. None for a node that is one thing.
     virtual std::vector<std::unique_ptr<IDrawableNode3d>> takeChildren() { return {}; }
+
+    /// The positions of the vertices, relative to getOrigin(); none by default. A node whose vertices are on
+    /// the graphics processor reads them back in a current context of the share group, and has none without
+    /// one.
+    virtual std::vector<glm::vec3> getVertices() const { return {}; }
+    /// The number of vertices, which needs no context.
+    virtual int getVertexCount() const { return 0; }
+    /// Draws points of this size from now on, in pixels, above 0; nothing by default.
+    virtual void setPointSize(float) {}
 };

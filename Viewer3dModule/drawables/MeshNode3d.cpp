@@ -156,7 +156,8 @@ struct MeshNode3d::Private
     void drawPart(const MeshData::Part& part, OpenGLFunctions& gl, PartLook& look, int instances) const;
     unsigned int textureOf(const MeshData::Part& part) const;
 
-    MeshData data; // its arrays and images are empty after the upload
+    MeshData data;               // its arrays and images are empty after the upload
+    std::size_t vertexCount = 0; // without the copies for normals, which come after them
     gmx::BoundingBox bounds;
     Drawable3dPrimitive::GeometryInfo info;
 
@@ -174,6 +175,7 @@ MeshNode3d::Private::Private(MeshData meshData)
 {
     dropWhatDoesNotFit(data);
     bounds = boundsOf(data);
+    vertexCount = data.positions.size();
     completeNormals(data);
     info = geometryInfoOf(data);
 }
@@ -275,4 +277,29 @@ int MeshNode3d::getDrawerType() const
 QString MeshNode3d::getName() const
 {
     return m_private->data.name;
+}
+
+std::vector<glm::vec3> MeshNode3d::getVertices() const
+{
+    const std::vector<glm::vec3>& kept = m_private->data.positions;
+    const auto count = static_cast<std::ptrdiff_t>(m_private->vertexCount);
+    if (!m_private->isUploaded) return {kept.begin(), kept.begin() + count};
+    OpenGLFunctions* gl = currentGLFunctions();
+    if (!gl || count == 0) return {};
+    std::vector<glm::vec3> vertices(m_private->vertexCount);
+    gl->glBindBuffer(GL_ARRAY_BUFFER, m_private->positions.name());
+    gl->glGetBufferSubData(GL_ARRAY_BUFFER, 0, count * static_cast<GLsizeiptr>(sizeof(glm::vec3)),
+                           vertices.data());
+    return vertices;
+}
+
+int MeshNode3d::getVertexCount() const
+{
+    return static_cast<int>(m_private->vertexCount);
+}
+
+void MeshNode3d::setPointSize(float pixels)
+{
+    for (MeshData::Part& part : m_private->data.parts)
+        part.pointSize = pixels;
 }

@@ -27,6 +27,11 @@ public:
     Drawable3dPrimitive::GeometryInfo getGeometryInfo() const override;
     int getDrawerType() const override;
     QString getName() const override;
+    /// As MeshData had them; copies that were made for normals are not among them. Leaves the buffer bound.
+    std::vector<glm::vec3> getVertices() const override;
+    int getVertexCount() const override;
+    /// Of all points of the mesh, in place of the sizes of their parts.
+    void setPointSize(float pixels) override;
 
 private:
     struct Private;
