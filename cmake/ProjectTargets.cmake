@@ -35,7 +35,10 @@ endfunction()
 # v3d_shared_library(<target> <folder> <source>...): a shared library of own
 # code with its export macro, its installed rules, and every header below the
 # folder as part of its interface: included as <folder/...> from the repository
-# root as well as from the installed package.
+# root as well as from the installed package. Every header must compile alone. A
+# source that includes its own header first shows that of it, so there is no
+# precompiled header here; headers without a source are compiled by the target
+# all_verify_interface_header_sets.
 function(v3d_shared_library target folder)
     add_library(${target} SHARED ${ARGN})
     add_library(Viewer3dModule::${target} ALIAS ${target})
@@ -45,17 +48,27 @@ function(v3d_shared_library target folder)
         EXPORT_FILE_NAME ${PROJECT_BINARY_DIR}/include/${folder}/${target}_export.h)
 
     file(GLOB_RECURSE headers CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/${folder}/*.h)
+    foreach(header ${headers})
+        string(REGEX REPLACE "\\.h$" ".cpp" source ${header})
+        if(NOT EXISTS ${source})
+            list(APPEND lone_headers ${header})
+        endif()
+    endforeach()
+    list(REMOVE_ITEM headers ${lone_headers})
     target_sources(${target}
         PUBLIC FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${headers}
+        PUBLIC FILE_SET lone TYPE HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${lone_headers}
         PUBLIC FILE_SET generated TYPE HEADERS BASE_DIRS ${PROJECT_BINARY_DIR}/include
             FILES ${PROJECT_BINARY_DIR}/include/${folder}/${target}_export.h)
     set_target_properties(${target} PROPERTIES
         VERIFY_INTERFACE_HEADER_SETS ON
+        INTERFACE_HEADER_SETS_TO_VERIFY "lone;generated"
         VERSION ${PROJECT_VERSION}
         SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR}
         INSTALL_RPATH $ORIGIN)
     install(TARGETS ${target} EXPORT Viewer3dModuleTargets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
         FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+        FILE_SET lone DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
         FILE_SET generated DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 endfunction()

@@ -10,6 +10,7 @@ from pathlib import Path
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]')
 PRODUCT = ("framework", "Viewer3dModule", "readers", "viewer")
+LIBRARIES = ("framework", "Viewer3dModule")
 
 # What a top folder may include of the others.
 FOLDERS = {
@@ -117,6 +118,17 @@ def find_cycle(graph):
     return None
 
 
+def check_first(root, file, path):
+    """What is wrong with the first include line of a source of the shared libraries, as a list. A source that begins
+    with its own header shows that this header leans on no other, which nothing else checks."""
+    own = path[:-len("cpp")] + "h"
+    if path.split("/")[0] not in LIBRARIES or not path.endswith(".cpp") or not (root / own).exists():
+        return []
+    lines = file.read_text(encoding="utf-8").splitlines()
+    first = next((match.group(2) for match in map(INCLUDE.match, lines) if match), None)
+    return [] if first == own else [f"{path}: its first include line must be that of {own}"]
+
+
 def check(root):
     """All findings below the project's root, each one line."""
     findings, headers, files = [], {}, 0
@@ -124,6 +136,7 @@ def check(root):
     for file in paths:
         path = file.relative_to(root).as_posix()
         files += 1
+        findings += check_first(root, file, path)
         for number, line in enumerate(file.read_text(encoding="utf-8").splitlines(), 1):
             match = INCLUDE.match(line)
             if not match:

@@ -74,6 +74,15 @@ class IncludesTest(unittest.TestCase):
     def test_quotes(self):
         self.assert_found("angle brackets", self.check(viewer__main_cpp=['"A.h"']))
 
+    def test_the_own_header_first(self):
+        own, other = "<framework/ksp/A.h>", "<framework/ksp/B.h>"
+        self.assertEqual(self.check(framework__ksp__A_h=[], framework__ksp__A_cpp=[own, other]), [])
+        self.assertEqual(self.check(framework__ksp__A_cpp=[other]), [])
+        self.assertEqual(self.check(viewer__cli__A_h=[], viewer__cli__A_cpp=["<viewer/cli/B.h>"]), [])
+        self.assert_found("its first include line must be that of framework/ksp/A.h",
+                          self.check(framework__ksp__A_h=[], framework__ksp__A_cpp=[other, own]))
+        self.assert_found("its first include line", self.check(framework__ksp__A_h=[], framework__ksp__A_cpp=[]))
+
     def test_a_header_cycle(self):
         self.assert_found("cycle", self.check(viewer__a_h=["<viewer/b.h>"], viewer__b_h=["<viewer/c.h>"],
                                               viewer__c_h=["<viewer/a.h>"]))
