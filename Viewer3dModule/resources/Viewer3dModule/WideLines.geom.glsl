@@ -27,11 +27,13 @@ bool isBehind(vec4 clip)
 }
 
 // Where the segment crosses the near plane z = -1. Both ends are divided by w, so that the line through them is the
-// one on screen also when an end lies behind the camera.
+// one on screen also when an end lies behind the camera. The crossing lies in the plane exactly: half a step before it
+// the whole cap at this end would be clipped away.
 vec4 nearCrossing(vec4 visible, vec4 hidden)
 {
     vec4 v = normalize(hidden - visible);
-    return visible - v * (dot(visible, vec4(0.0, 0.0, 1.0, 1.0)) / dot(v.xyz, vec3(0.0, 0.0, 1.0)));
+    vec4 crossing = visible - v * (dot(visible, vec4(0.0, 0.0, 1.0, 1.0)) / dot(v.xyz, vec3(0.0, 0.0, 1.0)));
+    return vec4(crossing.xy, -1.0, 1.0);
 }
 
 // The share of the segment that lies in front of the crossing, counted from the first end: where the colours of the

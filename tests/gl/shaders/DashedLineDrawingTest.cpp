@@ -1,233 +1,20 @@
+#include "LineReference.h"
 #include <tests/support/ShaderDrawing.h>
 
 #include <glm/gtc/matrix_transform.hpp>
 
+#include <algorithm>
 #include <cmath>
-#include <optional>
+#include <cstdio>
+#include <functional>
+#include <random>
 
 namespace {
 
-const double pi = std::acos(-1.0);
+using namespace line_reference;
+
 const glm::vec4 orange(1.0f, 0.6f, 0.0f, 1.0f);
 const QColor orangeColor(255, 153, 0);
-
-using Point = glm::dvec2;
-
-Point toPixels(const glm::dvec4& clip)
-{
-    return {(clip.x / clip.w + 1.0) * 32.0, (1.0 - clip.y / clip.w) * 32.0};
-}
-
-/// The six corners of a wide line's hexagon, in order round it, from its ends in pixels.
-std::vector<Point> hexagon(const Point& from, const Point& to, double width)
-{
-    const double length = std::hypot(to.x - from.x, to.y - from.y);
-    const Point along = length < 1.0 ? Point(0, 1) : (to - from) / length;
-    const Point across(along.y, -along.x);
-    const double half = width / 2.0;
-    return {from - half * along, from + half * across, to + half * across,
-            to + half * along,   to - half * across,   from - half * across};
-}
-
-/// The distance of a point from the nearest edge of a convex polygon, positive inside.
-double depthInside(const std::vector<Point>& polygon, const Point& p)
-{
-    double area = 0.0;
-    for (std::size_t i = 0; i < polygon.size(); ++i) {
-        const Point& a = polygon[i];
-        const Point& b = polygon[(i + 1) % polygon.size()];
-        area += a.x * b.y - b.x * a.y;
-    }
-    double least = 1e9;
-    for (std::size_t i = 0; i < polygon.size(); ++i) {
-        const Point& a = polygon[i];
-        const Point edge = polygon[(i + 1) % polygon.size()] - a;
-        const double length = std::hypot(edge.x, edge.y);
-        if (length < 1e-9) continue;
-        const double distance = (edge.x * (p.y - a.y) - edge.y * (p.x - a.x)) / length;
-        least = std::min(least, area > 0 ? distance : -distance);
-    }
-    return least;
-}
-
-class WideLineDrawingTest : public ShaderDrawing
-{
-protected:
-    void prepare() override
-    {
-        use("WideLines");
-        setColors(orange);
-    }
-    /// Checks that exactly the pixels with their centre in one of the convex polygons are drawn; those within
-    /// the sub-pixel grid of an edge may be either.
-    void expectPolygons(const std::vector<std::vector<Point>>& polygons)
-    {
-        const double grid = 1.0 / 64.0;
-        int inside = 0;
-        for (int y = 0; y < Size; ++y)
-            for (int x = 0; x < Size; ++x) {
-                double depth = -1e9;
-                for (const std::vector<Point>& polygon : polygons)
-                    depth = std::max(depth, depthInside(polygon, Point(x + 0.5, y + 0.5)));
-                inside += depth > grid;
-                if (std::abs(depth) > grid) {
-                    ASSERT_EQ(pixel(x, y) == orangeColor, depth > 0) << x << ", " << y << " depth " << depth;
-                }
-            }
-        EXPECT_GT(inside, 0);
-    }
-    void expectPolygon(const std::vector<Point>& polygon) { expectPolygons({polygon}); }
-    void drawPixels(const Point& from, const Point& to)
-    {
-        const auto ndc = [](const Point& p) { return glm::vec3(p.x / 32.0 - 1.0, 1.0 - p.y / 32.0, 0.0); };
-        line(ndc(from), ndc(to));
-        draw(GL_LINES, 2);
-    }
-};
-
-TEST_F(WideLineDrawingTest, HexagonOfThePensWidthInEveryDirection)
-{
-    for (const double width : {1.0, 3.0, 8.0, 15.0}) {
-        set("pen_width", float(width));
-        for (int i = 0; i < 24; ++i) {
-            const double angle = 2.0 * pi * i / 24.0 + 0.01;
-            const Point centre(31.7, 32.4);
-            const Point arm(18.0 * std::cos(angle), 18.0 * std::sin(angle));
-            drawPixels(centre - arm, centre + arm);
-            expectPolygon(hexagon(centre - arm, centre + arm, width));
-        }
-    }
-}
-
-TEST_F(WideLineDrawingTest, HorizontalLineOfEightPixelsIsEightPixelsHigh)
-{
-    set("pen_width", 8.0f);
-    drawPixels({10, 32}, {54, 32});
-    int rows = 0;
-    for (int y = 0; y < Size; ++y)
-        rows += pixel(32, y) == orangeColor;
-    EXPECT_EQ(rows, 8);
-    EXPECT_EQ(pixel(32, 28), orangeColor);
-    EXPECT_EQ(pixel(32, 35), orangeColor);
-}
-
-TEST_F(WideLineDrawingTest, LineWithoutLengthIsAnUprightStub)
-{
-    set("pen_width", 12.0f);
-    drawPixels({30.2, 33.1}, {30.2, 33.1});
-    expectPolygon(hexagon({30.2, 33.1}, {30.2, 33.1}, 12.0));
-}
-
-TEST_F(WideLineDrawingTest, LineShorterThanAPixelIsUprightTooWithItsTipsAtItsEnds)
-{
-    set("pen_width", 40.0f);
-    const Point p0(30.2, 33.1);
-    const Point p1(30.8, 32.4);
-    drawPixels(p0, p1);
-    const Point side(20, 0);
-    const Point tip(0, 20);
-    expectPolygons({{p0 - tip, p0 - side, p0 + side},
-                    {p0 - side, p0 + side, p1 - side},
-                    {p0 + side, p0 - side, p1 + side},
-                    {p0 - side, p1 - side, p1 + side},
-                    {p1 - side, p1 + side, p1 + tip}});
-
-    const Point further(31.1, 32.2); // 1.27 pixels away
-    drawPixels(p0, further);
-    expectPolygon(hexagon(p0, further, 40.0));
-}
-
-TEST_F(WideLineDrawingTest, LineLeavesTheViewWithoutItsEnds)
-{
-    set("pen_width", 6.0f);
-    drawPixels({-500, -300}, {400, 350});
-    expectPolygon(hexagon({-500, -300}, {400, 350}, 6.0));
-}
-
-TEST_F(WideLineDrawingTest, EndsKeepTheirDepth)
-{
-    set("pen_width", 6.0f);
-    line({-0.5f, 0.015625f, -0.4f}, {0.5f, 0.015625f, 0.8f});
-    draw(GL_LINES, 2);
-    for (int x = 20; x < 44; ++x) {
-        const double share = (x + 0.5 - 16.0) / 32.0;
-        EXPECT_NEAR(double(depths[static_cast<std::size_t>(31 * Size + x)]), (1.0 - 0.4 + 1.2 * share) / 2.0,
-                    1e-4);
-    }
-}
-
-class WideLineBehindCameraTest : public WideLineDrawingTest
-{
-protected:
-    static constexpr double Near = 1.0;
-
-    void prepare() override
-    {
-        WideLineDrawingTest::prepare();
-        projection = glm::perspective(glm::radians(70.0f), 1.0f, float(Near), 50.0f);
-        set("projection", projection);
-        set("pen_width", 5.0f);
-    }
-    /// Draws a segment given in eye coordinates and checks it against the hexagon of its part before the near
-    /// plane, which is cut off in eye coordinates.
-    void expectVisiblePart(const glm::dvec3& from, const glm::dvec3& to)
-    {
-        line(glm::vec3(from), glm::vec3(to));
-        draw(GL_LINES, 2);
-        const auto cut = [](const glm::dvec3& end, const glm::dvec3& other) {
-            if (end.z <= -Near) return end;
-            return end + (other - end) * ((-Near - end.z) / (other.z - end.z));
-        };
-        const glm::dmat4 matrix(projection);
-        expectPolygon(hexagon(toPixels(matrix * glm::dvec4(cut(from, to), 1.0)),
-                              toPixels(matrix * glm::dvec4(cut(to, from), 1.0)), 5.0));
-    }
-
-    glm::mat4 projection;
-};
-
-TEST_F(WideLineBehindCameraTest, EndBehindTheCameraIsCutAtTheNearPlane)
-{
-    expectVisiblePart({1, 1, -20}, {-0.5, -0.4, 3});
-    expectVisiblePart({-0.5, -0.4, 3}, {1, 1, -20});
-    expectVisiblePart({-6, 4, -10}, {1, -1, 5});
-}
-
-TEST_F(WideLineBehindCameraTest, EndBetweenCameraAndNearPlaneIsCut)
-{
-    expectVisiblePart({2, 1, -10}, {-0.2, 0.1, -0.3});
-    expectVisiblePart({-0.2, 0.1, -0.3}, {2, 1, -10});
-    expectVisiblePart({-0.2, 0.1, -0.8}, {2, 1, -10});
-}
-
-TEST_F(WideLineBehindCameraTest, LineInViewIsWhole)
-{
-    expectVisiblePart({-3, 2, -8}, {4, -1, -12});
-}
-
-TEST_F(WideLineBehindCameraTest, LineBehindTheCameraIsNotDrawn)
-{
-    line({-1, 0, 1}, {1, 0, 4});
-    draw(GL_LINES, 2);
-    EXPECT_EQ(touchedCount(), 0);
-    line({-1, 0, -0.5f}, {1, 0, 4});
-    draw(GL_LINES, 2);
-    EXPECT_EQ(touchedCount(), 0);
-}
-
-TEST_F(WideLineBehindCameraTest, EndInThePlaneOfTheEyeIsReplacedByTheOther)
-{
-    line({1, 1, -10}, {2, 1, 0});
-    draw(GL_LINES, 2);
-    const Point end = toPixels(glm::dmat4(projection) * glm::dvec4(1, 1, -10, 1));
-    expectPolygon(hexagon(end, end, 5.0));
-    line({2, 1, 0}, {1, 1, -10});
-    draw(GL_LINES, 2);
-    expectPolygon(hexagon(end, end, 5.0));
-    line({1, 1, 0}, {2, 1, 0});
-    draw(GL_LINES, 2);
-    EXPECT_EQ(touchedCount(), 0);
-}
 
 class DashedLineDrawingTest : public ShaderDrawing
 {
@@ -288,7 +75,155 @@ protected:
         }
         return dashes;
     }
+    /// The pixels that the last picture shows.
+    std::vector<Point> drawnCentres() const
+    {
+        std::vector<Point> centres;
+        for (int y = 0; y < Size; ++y)
+            for (int x = 0; x < Size; ++x)
+                if (pixel(x, y) == orangeColor) centres.emplace_back(x + 0.5, y + 0.5);
+        return centres;
+    }
+    /// Draws solid and then dashed, and compares each pixel of the line with the pattern along its segments,
+    /// given in pixels. How far a pixel that is on the wrong side lies from the border of its dash is taken
+    /// down; a line's pixels are up to half a pixel beside it. Pixels next to the segments' ends are left
+    /// out.
+    void comparePattern(const std::vector<Point>& path, float dash, float gap,
+                        const std::function<void()>& drawLine)
+    {
+        setDashes(0.0f, 0.0f);
+        drawLine();
+        const std::vector<Point> line = drawnCentres();
+        setDashes(dash, gap);
+        drawLine();
+        std::size_t dashed = drawnCentres().size();
+        const double period = double(dash) + double(gap);
+        for (const Point& p : line) {
+            const bool isDrawn = pixel(int(p.x), int(p.y)) == orangeColor;
+            dashed -= isDrawn;
+            for (std::size_t i = 0; i + 1 < path.size(); ++i) {
+                const double length = glm::length(path[i + 1] - path[i]);
+                const Point along = (path[i + 1] - path[i]) / length;
+                const double distance = glm::dot(p - path[i], along);
+                if (distance < 1.0 || distance > length - 1.0) continue;
+                const double place = std::fmod(distance, period);
+                ++compared;
+                if (isDrawn == (place <= double(dash))) continue;
+                worst = std::max(worst, std::min({place, std::fabs(place - double(dash)), period - place}));
+            }
+        }
+        EXPECT_EQ(dashed, 0u) << "a dash outside the line";
+    }
+    void report(const char* what, std::size_t lines)
+    {
+        std::printf(
+            "%s: %zu lines, %zu pixels, dashes begin and end at most %.2g pixels off, tolerance %.2g\n", what,
+            lines, compared, worst, Tolerance);
+        EXPECT_GT(compared, 10 * lines);
+        EXPECT_LE(worst, Tolerance);
+    }
+    double number(double from, double to) { return std::uniform_real_distribution<double>(from, to)(random); }
+
+    static constexpr double Tolerance = 0.51;
+    std::size_t compared = 0;
+    double worst = 0.0;
+    std::mt19937 random{17};
 };
+
+TEST_F(DashedLineDrawingTest, RandomLinesFollowThePattern)
+{
+    for (int run = 0; run < 150; ++run) {
+        Point from;
+        Point to;
+        do {
+            from = {number(-30, 94), number(-30, 94)};
+            to = {number(2, 62), number(2, 62)};
+        } while (glm::length(to - from) < 25.0);
+        comparePattern({from, to}, float(number(1.0, 15.0)), float(number(1.0, 15.0)), [&] {
+            drawPixels({from, to});
+        });
+    }
+    report("dashes, random lines", 150);
+}
+
+TEST_F(DashedLineDrawingTest, RandomStripsBeginAnewAtEachPoint)
+{
+    for (int run = 0; run < 60; ++run) {
+        // the segments share no column, so that each pixel belongs to one
+        std::vector<Point> path;
+        for (const double column : {1.0, 15.0, 38.0, 63.0})
+            path.emplace_back(column + number(-0.9, 0.9), number(2, 62));
+        if (run % 2 == 1) std::reverse(path.begin(), path.end());
+        const auto columns = [&](const Point& p, std::size_t i) {
+            return p.x > std::min(path[i].x, path[i + 1].x) && p.x < std::max(path[i].x, path[i + 1].x);
+        };
+        const float dash = float(number(2.0, 8.0));
+        const float gap = float(number(2.0, 8.0));
+        for (std::size_t i = 0; i + 1 < path.size(); ++i) {
+            drawPixels(path);
+            const std::size_t before = compared;
+            comparePattern({path[i], path[i + 1]}, dash, gap, [&] {
+                drawPixels(path);
+                // what belongs to the other segments is taken out of the picture
+                for (int y = 0; y < Size; ++y)
+                    for (int x = 0; x < Size; ++x)
+                        if (!columns({x + 0.5, y + 0.5}, i)) images[0].setPixelColor(x, y, Qt::black);
+            });
+            EXPECT_GT(compared, before);
+        }
+    }
+    report("dashes, strips of three segments", 180);
+}
+
+TEST_F(DashedLineDrawingTest, RandomLinesInSpaceFollowThePatternOnScreen)
+{
+    const glm::mat4 projection = glm::perspective(glm::radians(70.0f), 1.0f, 1.0f, 50.0f);
+    set("projection", projection);
+    std::size_t lines = 0;
+    int starts = 0;
+    while (lines < 150) {
+        const glm::dvec3 to = glm::vec3(number(-8, 8), number(-8, 8), number(-12, 4));
+        glm::dvec3 from = glm::vec3(number(-8, 8), number(-8, 8), number(-12, 4));
+        if (lines % 2 == 0) { // through a place of the near plane that is in view
+            const glm::dvec3 place(number(-0.6, 0.6), number(-0.6, 0.6), -1.0);
+            from = glm::vec3(place + (place - to) * number(0.05, 0.5));
+        }
+        if ((from.z > -1.1 && to.z > -1.1) || std::fabs(from.z + 1.0) < 0.1 || std::fabs(to.z + 1.0) < 0.1)
+            continue;
+        const auto onScreen = [&](const glm::dvec3& end, const glm::dvec3& other) {
+            const glm::dvec3 cut =
+                end.z <= -1.0 ? end : end + (other - end) * ((-1.0 - end.z) / (other.z - end.z));
+            return toPixels(glm::dmat4(projection) * glm::dvec4(cut, 1.0));
+        };
+        const Point start = onScreen(from, to);
+        const Point end = onScreen(to, from);
+        const Point middle = (start + end) / 2.0;
+        if (glm::length(end - start) < 30.0 || middle.x < 10.0 || middle.x > 54.0 || middle.y < 10.0 ||
+            middle.y > 54.0)
+            continue;
+        ++lines;
+        starts += from.z > -1.0;
+        line(glm::vec3(from), glm::vec3(to));
+        comparePattern({start, end}, float(number(2.0, 10.0)), float(number(2.0, 10.0)),
+                       [this] { draw(GL_LINES, 2); });
+    }
+    EXPECT_GT(starts, 20) << "begin behind the near plane";
+    report("dashes, random lines in space", lines);
+}
+
+TEST_F(DashedLineDrawingTest, DistancesAreCountedInPixelsOfTheResolution)
+{
+    // a picture twice as wide and half as high as it is told
+    set("u_resolution", glm::vec2(2 * Size, Size / 2));
+    setDashes(10.0f, 6.0f);
+    drawPixels({{0.0, 20.5}, {64.0, 20.5}});
+    EXPECT_EQ(touchedCount(), 40);
+    for (int x = 0; x < Size; ++x)
+        EXPECT_EQ(pixel(x, 20) == orangeColor, x % 8 < 5) << x;
+    drawPixels({{20.5, 0.0}, {20.5, 64.0}});
+    for (int y = 0; y < Size; ++y)
+        EXPECT_EQ(pixel(20, y) == orangeColor, y % 32 < 20) << y;
+}
 
 TEST_F(DashedLineDrawingTest, HorizontalRunsHaveTheirLengths)
 {
