@@ -11,6 +11,29 @@
 #include <framework/model/CProjectModel.h>
 #include <framework/model/FeatureElement.h>
 
+namespace {
+
+/// Makes items of a class that takes its element and the size of points.
+template <typename Element, typename Item>
+class ItemCreator : public Graphics3dItemCreator
+{
+public:
+    explicit ItemCreator(std::optional<float> pointSize)
+        : m_pointSize(pointSize)
+    {
+    }
+    Graphics3dItem* create(CModelElement* element) override
+    {
+        auto* own = dynamic_cast<Element*>(element);
+        return own ? new Item(own, m_pointSize) : nullptr;
+    }
+
+private:
+    std::optional<float> m_pointSize;
+};
+
+} // namespace
+
 namespace element_types {
 
 static_assert(Feature == FeatureElement::Type, "one number for one type");
@@ -22,11 +45,13 @@ void registerCreators(CProjectModel& model)
     model.registerCreator(std::make_unique<COrdinaryItemCreator<ViewpointElement>>());
 }
 
-void registerItems(Scene3d& scene)
+void registerItems(Scene3d& scene, std::optional<float> pointSize)
 {
     feature_drawers::addTo(scene);
-    CGraphics3dExtension::registerElementType<MeshElement, MeshItem>(Mesh, &scene);
-    CGraphics3dExtension::registerElementType<FeatureElement, FeatureItem>(Feature, &scene);
+    CGraphics3dExtension::registerElementType(
+        Mesh, &scene, std::make_unique<ItemCreator<MeshElement, MeshItem>>(pointSize));
+    CGraphics3dExtension::registerElementType(
+        Feature, &scene, std::make_unique<ItemCreator<FeatureElement, FeatureItem>>(pointSize));
 }
 
 QString name(int type)

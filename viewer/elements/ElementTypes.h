@@ -2,6 +2,8 @@
 
 #include <QtCore/QString>
 
+#include <optional>
+
 class CProjectModel;
 class Scene3d;
 
@@ -14,8 +16,9 @@ constexpr int Viewpoint = 0x36FFD200; ///< ViewpointElement
 
 /// Lets the model load elements of these types from project files.
 void registerCreators(CProjectModel& model);
-/// Shows elements of these types in the scene, whose context must be current.
-void registerItems(Scene3d& scene);
+/// Shows elements of these types in the scene, whose context must be current. pointSize (pixels) is that of
+/// points that say none of their own; without it 2 pixels for points of meshes and 6 for those of features.
+void registerItems(Scene3d& scene, std::optional<float> pointSize = {});
 /// The word for a type in listings: "mesh", "feature", "viewpoint"; "0x..." for others.
 QString name(int type);
 

@@ -61,9 +61,10 @@ MeshData pointSet(std::vector<glm::vec3> points, const FeatureStyle& style)
 
 } // namespace
 
-FeatureItem::FeatureItem(FeatureElement* element)
+FeatureItem::FeatureItem(FeatureElement* element, std::optional<float> pointSize)
     : Graphics3dItem(element)
-    , m_style(FeatureStyle::of(*element))
+    , m_pointSize(pointSize)
+    , m_style(FeatureStyle::of(*element, pointSize))
     , m_lines(0, DrawerType::Mono)
     , m_info(geometryInfoOf(*element)) // which the drawer type depends on
 {
@@ -88,7 +89,7 @@ void FeatureItem::updateDataImpl()
 
 void FeatureItem::rebuild(const FeatureElement& element)
 {
-    m_style = FeatureStyle::of(element);
+    m_style = FeatureStyle::of(element, m_pointSize);
     m_info = geometryInfoOf(element);
     m_bounds = element.getBounds();
     m_origin = m_bounds.getCenter();

@@ -16,7 +16,8 @@
 class FeatureItem : public Graphics3dItem
 {
 public:
-    explicit FeatureItem(FeatureElement* element);
+    /// pointSize (pixels): see FeatureStyle::of.
+    explicit FeatureItem(FeatureElement* element, std::optional<float> pointSize = {});
     ~FeatureItem() override;
 
     void updateData(ISubject* subject) override;
@@ -35,6 +36,7 @@ protected:
 private:
     void rebuild(const FeatureElement& element);
 
+    std::optional<float> m_pointSize;
     FeatureStyle m_style;
     gmx::BoundingBox m_bounds; // model coordinates
     glm::dvec3 m_origin{0.0};  // model coordinates

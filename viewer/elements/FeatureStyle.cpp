@@ -34,14 +34,15 @@ bool isDashed(const CModelElement& element)
 
 } // namespace
 
-FeatureStyle FeatureStyle::of(const CModelElement& element)
+FeatureStyle FeatureStyle::of(const CModelElement& element, std::optional<float> pointSize)
 {
     FeatureStyle style;
     style.pen.setColor(readColor(element, "stroke", defaultStroke));
     style.pen.setWidthF(readPixels(element, "stroke-width", 1.0));
     style.pen.setStyle(isDashed(element) ? Qt::DashLine : Qt::SolidLine);
     style.pointColor = readColor(element, "marker-color", style.pen.color());
-    style.pointSize = static_cast<float>(readPixels(element, "marker-size", 6.0));
+    const auto otherwise = static_cast<double>(pointSize.value_or(style.pointSize));
+    style.pointSize = static_cast<float>(readPixels(element, "marker-size", otherwise));
     return style;
 }
 

@@ -3,6 +3,8 @@
 #include <QtGui/QColor>
 #include <QtGui/QPen>
 
+#include <optional>
+
 class CModelElement;
 
 /// How a feature is drawn, by its properties: "stroke" (colour), "stroke-width" (pixels), "stroke-dasharray"
@@ -13,7 +15,8 @@ struct FeatureStyle
     QColor pointColor;
     float pointSize = 6.0f; ///< pixels
 
-    static FeatureStyle of(const CModelElement& element);
+    /// pointSize (pixels): that of points without "marker-size"; 6 without it.
+    static FeatureStyle of(const CModelElement& element, std::optional<float> pointSize = {});
     /// The type of drawer that draws lines with the pen.
     int lineDrawerType() const;
 };

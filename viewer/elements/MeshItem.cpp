@@ -2,12 +2,14 @@
 
 #include <Viewer3dModule/drawers/DrawerType.h>
 #include <Viewer3dModule/drawers/PaintContext.h>
+#include <Viewer3dModule/scene/CurrentContextGuard.h>
 #include <Viewer3dModule/scene/Scene3d.h>
 
 #include <glm/gtc/matrix_transform.hpp>
 
-MeshItem::MeshItem(MeshElement* element)
+MeshItem::MeshItem(MeshElement* element, std::optional<float> pointSize)
     : Graphics3dItem(element)
+    , m_pointSize(pointSize)
 {
     takeNode();
 }
@@ -17,7 +19,9 @@ MeshItem::~MeshItem() = default;
 void MeshItem::takeNode()
 {
     auto* element = static_cast<MeshElement*>(getModelElement());
-    if (element && element->getNode()) m_node = element->takeNode();
+    if (!element || !element->getNode()) return;
+    m_node = element->takeNode();
+    if (m_pointSize) m_node->setPointSize(*m_pointSize);
 }
 
 void MeshItem::updateDataImpl()
@@ -35,6 +39,19 @@ int MeshItem::getDefaultDrawerType() const
 Drawable3dPrimitive::GeometryInfo MeshItem::getGeometryInfo()
 {
     return m_node ? m_node->getGeometryInfo() : GeometryInfo();
+}
+
+std::vector<glm::vec3> MeshItem::getVertices()
+{
+    if (!m_node) return {};
+    const CurrentContextGuard callers;
+    if (scene()) scene()->makeCurrent();
+    return m_node->getVertices();
+}
+
+int MeshItem::getNodePointsCount() const
+{
+    return m_node ? m_node->getVertexCount() : 0;
 }
 
 gmx::BoundingBox MeshItem::sceneBoundingBox() const

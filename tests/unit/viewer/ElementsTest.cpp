@@ -141,6 +141,17 @@ TEST(FeatureStyle, NonsenseGivesDefaults)
     EXPECT_EQ(style.pointSize, plain.pointSize);
 }
 
+TEST(FeatureStyle, MarkerSizeWinsOverTheSizeOfOtherPoints)
+{
+    FeatureElement feature;
+    EXPECT_EQ(FeatureStyle::of(feature).pointSize, 6.0f);
+    EXPECT_EQ(FeatureStyle::of(feature, 200.0f).pointSize, 200.0f);
+    feature.setProperty("marker-size", 9);
+    EXPECT_EQ(FeatureStyle::of(feature, 200.0f).pointSize, 9.0f);
+    feature.setProperty("marker-size", "huge");
+    EXPECT_EQ(FeatureStyle::of(feature, 200.0f).pointSize, 200.0f);
+}
+
 TEST(FeatureStyle, WidthIsLimited)
 {
     FeatureElement feature;
