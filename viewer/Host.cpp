@@ -134,7 +134,7 @@ std::unique_ptr<Scene3d> Host::createScene(CProject& project)
     auto scene = std::make_unique<Scene3d>(project.getModel(), nullptr);
     for (QObject* extension : m_application.getExtensions())
         if (auto* extender = qobject_cast<IScene3dExtension*>(extension)) extender->extendScene(scene.get());
-    element_types::registerItems(*scene);
+    element_types::registerItems(*scene, m_pointSize);
     return scene;
 }
 

@@ -6,6 +6,7 @@
 #include <QtCore/QStringList>
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 class CProject;
@@ -37,6 +38,9 @@ public:
     /// A scene of the project that shows the viewer's elements and those of plug-ins; its context is current
     /// afterwards. The scene goes before the project. Throws ksp::CommonError where there is no OpenGL 4.3.
     std::unique_ptr<Scene3d> createScene(CProject& project);
+    /// The size, in pixels, of points that say none of their own, in scenes made from now on; nothing, as at
+    /// first: as element_types::registerItems has it.
+    void setPointSize(std::optional<float> pixels) { m_pointSize = pixels; }
 
     /// The reader that makes elements of files with the extension (lower case), or null.
     IModelReader* findModelReader(const QString& extension) const;
@@ -58,5 +62,6 @@ private:
 
     Application m_application;
     bool m_keepsSettings;
+    std::optional<float> m_pointSize;
     std::vector<Message> m_startMessages;
 };

@@ -14,12 +14,13 @@ namespace {
 constexpr int longestSide = 16384;         // pixels; the most that OpenGL drivers commonly draw
 constexpr qint64 mostPixels = 100'000'000; // colour and depth of a picture take 8 bytes a pixel and more
 constexpr double largestCoordinate = 1e12; // model units: in millimetres far beyond the moon
+constexpr double largestPoint = 255.0;     // pixels; OpenGL drivers draw larger points no larger
 constexpr double smallestAngle = 1e-7;     // radians between the line of sight and the up vector
 const QStringList commands = {"render", "info", "plugins"};
 
 const char* const overview =
     "Shows files of meshes, points and features, and makes pictures of them.\n\n"
-    "  viewer3d [FILES...]                    open the files in a window\n"
+    "  viewer3d [FILES...] [OPTIONS]          open the files in a window\n"
     "  viewer3d render FILES... -o OUT.png    make a picture\n"
     "  viewer3d info FILES...                 list elements, counts and bounds\n"
     "  viewer3d plugins                       list the plug-ins and what can be read\n\n"
@@ -121,6 +122,25 @@ CameraOptions parseCamera(const CommandParser& parser)
     return camera;
 }
 
+void addPointSizeOption(CommandParser& parser)
+{
+    parser.add({"point-size"}, "size of points without one of their own; 2 at first, in features 6",
+               "PIXELS");
+}
+
+std::optional<float> parsePointSize(const CommandParser& parser)
+{
+    if (!parser.isSet("point-size")) return {};
+    const QString text = parser.value("point-size");
+    bool isNumber = false;
+    const double size = text.trimmed().toDouble(&isNumber);
+    if (!isNumber || !(size > 0.0 && size <= largestPoint))
+        throw UsageError(
+            QStringLiteral("--point-size %1: a number of pixels is wanted, more than 0 and at most %2")
+                .arg(text, QString::number(largestPoint)));
+    return static_cast<float>(size);
+}
+
 void addCameraOptions(CommandParser& parser)
 {
     parser.add({"size"}, "size of the picture in pixels; 1280x720 at first", "WxH");
@@ -140,6 +160,7 @@ Command parseRender(const QStringList& arguments)
     addCameraOptions(parser);
     parser.add({"background"}, "colour behind the scene: a name, #rrggbb, #aarrggbb or transparent",
                "COLOUR");
+    addPointSizeOption(parser);
     parser.parse(arguments);
     if (parser.isHelpAsked()) return HelpRequest{parser.helpText()};
 
@@ -154,6 +175,7 @@ Command parseRender(const QStringList& arguments)
             QStringLiteral("-o %1: render writes PNG; the name must end in .png").arg(options.output));
     if (parser.isSet("size")) options.size = parseSize(parser.value("size"));
     if (parser.isSet("background")) options.background = parseColor(parser.value("background"));
+    options.pointSize = parsePointSize(parser);
     options.camera = parseCamera(parser);
     return options;
 }
@@ -193,8 +215,9 @@ void refuseUnknownCommand(const QString& word)
 
 Command parseWindow(const QStringList& arguments)
 {
-    CommandParser parser("[FILES...]", overview);
+    CommandParser parser("[FILES...] [OPTIONS]", overview);
     parser.add({"v", "version"}, "show the version");
+    addPointSizeOption(parser);
     // before its options are found unknown, which they would not be to the command that was meant
     if (!arguments.isEmpty() && !arguments.first().startsWith(QLatin1Char('-')))
         refuseUnknownCommand(arguments.first());
@@ -203,7 +226,7 @@ Command parseWindow(const QStringList& arguments)
     if (parser.isSet("version"))
         return HelpRequest{QStringLiteral("viewer3d %1\n").arg(QStringLiteral(V3D_VERSION))};
     if (!parser.positionalArguments().isEmpty()) refuseUnknownCommand(parser.positionalArguments().first());
-    return WindowOptions{parser.positionalArguments()};
+    return WindowOptions{parser.positionalArguments(), parsePointSize(parser)};
 }
 
 } // namespace

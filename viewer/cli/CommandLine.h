@@ -29,6 +29,7 @@ struct CameraOptions
 struct WindowOptions
 {
     QStringList files;
+    std::optional<float> pointSize; ///< pixels; nothing: as usual
 };
 
 struct RenderOptions
@@ -37,7 +38,8 @@ struct RenderOptions
     QString output;
     QSize size = QSize(1280, 720); ///< pixels
     CameraOptions camera;
-    QColor background; ///< invalid: that of the settings
+    QColor background;              ///< invalid: that of the settings
+    std::optional<float> pointSize; ///< pixels; nothing: as usual
 };
 
 struct InfoOptions

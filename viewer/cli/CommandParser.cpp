@@ -64,10 +64,12 @@ void CommandParser::add(const QStringList& names, const QString& description, co
 void CommandParser::parse(const QStringList& arguments)
 {
     if (m_parser.parse(QStringList(QStringLiteral("viewer3d")) + arguments)) return;
-    if (m_parser.unknownOptionNames().isEmpty())
+    if (m_parser.unknownOptionNames().isEmpty()) {
+        QString command = m_synopsis.section(QLatin1Char(' '), 0, 0);
+        if (command.startsWith(QLatin1Char('['))) command.clear(); // the window has no word of its own
         throw UsageError(
-            m_parser.errorText().trimmed() +
-            QStringLiteral(" See: viewer3d %1 --help").arg(m_synopsis.section(QLatin1Char(' '), 0, 0)));
+            QStringLiteral("%1 See: viewer3d %2 --help").arg(m_parser.errorText(), command).simplified());
+    }
     const QString wrong = m_parser.unknownOptionNames().first();
     const QString nearest = nearestOption(wrong);
     throw UsageError(QStringLiteral("unknown option %1; ").arg(dashed(wrong)) +

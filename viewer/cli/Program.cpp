@@ -74,6 +74,7 @@ void requireAnyFile(const QStringList& files)
 int runWindow(const WindowOptions& options)
 {
     Host host(Host::Settings::Kept);
+    host.setPointSize(options.pointSize);
     MainWindow window(host);
     window.setDiscardQuestion([&window] {
         return QMessageBox::question(

@@ -34,6 +34,7 @@ void commands::render(const RenderOptions& options)
     PictureFile::requireWritable(options.output);
     ProgressBar bar;
     Host host(Host::Settings::InMemory);
+    host.setPointSize(options.pointSize);
     const std::unique_ptr<CProject> project = host.createProject();
     const std::unique_ptr<Scene3d> scene = host.createScene(*project);
     FileOpener opener(host, *project, scene.get());

@@ -83,7 +83,7 @@ TEST(Documents, UserGuideNamesEveryOptionOfRender)
 {
     const QString guide = document("docs/user-guide.md");
     const QString help = std::get<HelpRequest>(parseCommandLine({"render", "--help"})).text;
-    auto options = QRegularExpression("--[a-z]+").globalMatch(help);
+    auto options = QRegularExpression("--[a-z][a-z-]+").globalMatch(help);
     while (options.hasNext()) {
         const QString option = options.next().captured();
         EXPECT_TRUE(option == "--help" || option == "--output" || guide.contains(option + ' '))

@@ -178,6 +178,38 @@ TEST_F(Render, LinesShowTheirPens)
     EXPECT_NEAR(changes, 1240 / 10, 6);
 }
 
+// One point of each kind, all of them far from each other.
+TEST_F(Render, PointsHaveTheSizeThatIsAskedForOrTheirOwn)
+{
+    const QStringList files = {
+        write("points.ply", "ply\nformat ascii 1.0\nelement vertex 1\nproperty double x\nproperty double y\n"
+                            "property double z\nproperty uchar red\nproperty uchar green\n"
+                            "property uchar blue\nend_header\n2700000 1200000 400 255 0 0\n"),
+        write("points.geojson", R"({"type":"FeatureCollection","features":[
+            {"type":"Feature","properties":{"marker-color":"#00ff00"},
+             "geometry":{"type":"Point","coordinates":[2700050,1200010,400]}},
+            {"type":"Feature","properties":{"marker-color":"#0000ff","marker-size":12},
+             "geometry":{"type":"Point","coordinates":[2700100,1200000,400]}}]})")};
+    const QStringList look = {
+        "--eye",    "2700050,1200005,900", "--target", "2700050,1200005,400", "--projection",
+        "parallel", "--background",        "black"};
+    // smoothing counts a pixel at the rim in part
+    const auto expectSides = [](const QImage& image, int mesh, int feature, int ownSize) {
+        double red = 0, green = 0, blue = 0;
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x) {
+                red += qRed(image.pixel(x, y)) / 255.0;
+                green += qGreen(image.pixel(x, y)) / 255.0;
+                blue += qBlue(image.pixel(x, y)) / 255.0;
+            }
+        EXPECT_NEAR(std::sqrt(red), mesh, 0.5);
+        EXPECT_NEAR(std::sqrt(green), feature, 0.5);
+        EXPECT_NEAR(std::sqrt(blue), ownSize, 0.5);
+    };
+    expectSides(render(files + look), 2, 6, 12);
+    expectSides(render(files + look + QStringList{"--point-size", "30"}), 30, 30, 12);
+}
+
 TEST_F(Render, ReplacesAnOldPicture)
 {
     write("out.png", "old");

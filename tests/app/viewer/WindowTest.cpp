@@ -155,6 +155,17 @@ TEST_F(Window, ShowsAnOpenedFileWhole)
     }
 }
 
+TEST_F(Window, ShowsPointsInTheSizeThatIsAskedFor)
+{
+    TearDown();
+    s_host->setPointSize(40.0f);
+    makeWindow();
+    s_host->setPointSize({});
+    m_window->openFiles({write("point.ply", "ply\nformat ascii 1.0\nelement vertex 1\nproperty float x\n"
+                                            "property float y\nproperty float z\nend_header\n1 2 3\n")});
+    EXPECT_NEAR(std::sqrt(drawn(grab())), 40.0, 1.0); // the edges need not lie between pixels
+}
+
 TEST_F(Window, ShowsTheSamples)
 {
     m_window->openFiles(sampleFiles());
@@ -475,7 +486,7 @@ TEST(WindowScaled, WorksOnScreensOfHighResolution)
         {"--gtest_filter=Window.Shows*:Window.Wheel*:Window.*Drag*:Window.Picture*:Window.Resized*"},
         {{"QT_SCALE_FACTOR", "2"}});
     EXPECT_EQ(run.status, 0) << run.out.constData();
-    EXPECT_TRUE(run.out.contains("[  PASSED  ] 9 tests")) << run.out.constData();
+    EXPECT_TRUE(run.out.contains("[  PASSED  ] 10 tests")) << run.out.constData();
 }
 
 TEST_F(Window, ProjectComesBackWithElementsViewsAndLight)

@@ -154,13 +154,14 @@ TEST(CommandLine, WordThatIsAFileIsAFile)
     const QString refused = refusal({"rendr", "x.obj", "-o", "y.png"});
     QDir::setCurrent(before);
     EXPECT_EQ(std::get<WindowOptions>(command).files, QStringList({"rendr", "x.obj"}));
-    EXPECT_EQ(refused, "unknown option -o; usage: viewer3d [FILES...]");
+    EXPECT_EQ(refused, "unknown option -o; usage: viewer3d [FILES...] [OPTIONS]");
 }
 
 TEST(CommandLine, WordsWithADotOrASlashAreFilesEvenWhereThereAreNone)
 {
     for (const char* word : {"rendr.obj", "./rendr", "rendr/"})
-        EXPECT_EQ(refusal({word, "-o", "y.png"}), "unknown option -o; usage: viewer3d [FILES...]") << word;
+        EXPECT_EQ(refusal({word, "-o", "y.png"}), "unknown option -o; usage: viewer3d [FILES...] [OPTIONS]")
+            << word;
 }
 
 TEST(CommandLine, MissingValueIsRefused)
@@ -267,6 +268,51 @@ TEST(CommandLine, WrongColourIsRefused)
     EXPECT_TRUE(renderRefusal({"--background", "greeen"}).startsWith("--background greeen: no such colour"));
 }
 
+TEST(CommandLine, PointSizeIsTakenByPicturesAndTheWindow)
+{
+    EXPECT_FALSE(parseRender({}).pointSize);
+    EXPECT_EQ(parseRender({"--point-size", "2.5"}).pointSize, 2.5f);
+    EXPECT_EQ(parseRender({"--point-size=255"}).pointSize, 255.0f);
+    EXPECT_FALSE(std::get<WindowOptions>(parseCommandLine({"a.ply"})).pointSize);
+    for (const QStringList& arguments :
+         {QStringList{"--point-size", "4", "a.ply"}, {"a.ply", "--point-size", "4"}}) {
+        const WindowOptions options = std::get<WindowOptions>(parseCommandLine(arguments));
+        EXPECT_EQ(options.pointSize, 4.0f);
+        EXPECT_EQ(options.files, QStringList("a.ply"));
+    }
+}
+
+TEST(CommandLine, PointSizeThatNothingCanBeDrawnInIsRefused)
+{
+    for (const QString size : {"0", "-3", "nan", "-nan", "inf", "255.5", "1e9", "big", "3px", "", "%1"}) {
+        const QString expected =
+            QString("--point-size ") + size + ": a number of pixels is wanted, more than 0 and at most 255";
+        EXPECT_EQ(renderRefusal({"--point-size", size}), expected);
+        EXPECT_EQ(refusal({"a.ply", "--point-size", size}), expected);
+    }
+}
+
+TEST(CommandLine, PointSizeWantsAValueOnce)
+{
+    EXPECT_EQ(renderRefusal({"--point-size"}),
+              "Missing value after '--point-size'. See: viewer3d render --help");
+    EXPECT_EQ(refusal({"--point-size"}), "Missing value after '--point-size'. See: viewer3d --help");
+    EXPECT_EQ(renderRefusal({"--point-size", "3", "--point-size", "4"}),
+              "--point-size is given 2 times; give it once");
+}
+
+TEST(CommandLine, MistypedCommandIsFoundBehindOptionsToo)
+{
+    EXPECT_EQ(refusal({"--point-size", "3", "rendr", "a.ply"}),
+              "rendr is neither a command nor a file; did you mean render?");
+}
+
+TEST(CommandLine, HelpOfTheWindowNamesItsOptions)
+{
+    const QString text = std::get<HelpRequest>(parseCommandLine({"--help"})).text;
+    EXPECT_TRUE(text.contains("--point-size PIXELS")) << qPrintable(text);
+}
+
 TEST(CommandLine, InfoTakesFilesAndJson)
 {
     const InfoOptions options = std::get<InfoOptions>(parseCommandLine({"info", "a.obj", "--json"}));
@@ -287,8 +333,8 @@ TEST(CommandLine, EveryCommandHasHelp)
 TEST(CommandLine, HelpNamesEveryOption)
 {
     const QString text = std::get<HelpRequest>(parseCommandLine({"render", "--help"})).text;
-    for (const char* option :
-         {"-o", "--size", "--view", "--projection", "--eye", "--target", "--up", "--background", "--help"})
+    for (const char* option : {"-o", "--size", "--view", "--projection", "--eye", "--target", "--up",
+                               "--background", "--point-size", "--help"})
         EXPECT_TRUE(text.contains(option)) << option;
 }
 
