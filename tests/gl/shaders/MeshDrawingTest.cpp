@@ -1,3 +1,4 @@
+#include <tests/support/LightReference.h>
 #include <tests/support/ShaderDrawing.h>
 
 #include <algorithm>
@@ -7,29 +8,6 @@
 namespace {
 
 using Vector = glm::dvec3;
-
-/// The three terms of the light at a point, each to be multiplied by its colour; eye coordinates.
-struct Light
-{
-    double ambient = 0.3;
-    double diffuse = 0.0;
-    double specular = 0.0;
-};
-
-Light lightAt(const Vector& point, const Vector& normal, const Vector& direction)
-{
-    Light light;
-    const double length = std::sqrt(glm::dot(normal, normal));
-    if (length == 0.0) return light;
-    const Vector n = normal / length;
-    const Vector l = direction / std::sqrt(glm::dot(direction, direction));
-    const Vector v = -point / std::sqrt(glm::dot(point, point));
-    // the light's ray mirrored at the surface
-    const Vector mirrored = 2.0 * glm::dot(n, l) * n - l;
-    light.diffuse = std::fabs(glm::dot(n, l));
-    light.specular = 0.25 * std::pow(std::max(glm::dot(v, mirrored), 0.0), 32.0);
-    return light;
-}
 
 class MeshDrawingTest : public ShaderDrawing
 {
@@ -66,7 +44,7 @@ protected:
         for (int y = 0; y < Size; y += 3)
             for (int x = 0; x < Size; x += 3) {
                 const Light light = lightAt(pointAt(x, y), normal, direction);
-                expectColor(x, y, (light.ambient + light.diffuse + light.specular) * color);
+                expectColor(x, y, light.on(color));
             }
     }
     void drawUnlit()
