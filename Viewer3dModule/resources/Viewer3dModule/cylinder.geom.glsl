@@ -3,9 +3,10 @@
 // model matrix tells; the point only starts it.
 //#include "shader:Viewer3dModule/DrawModes.glsl"
 
-// The surface is one strip of 144 vertices. With 22 components each they are more than the 1024 that every driver offers
-// to one invocation (46 vertices, or 25 where each output is counted as four components). So nine invocations take four
-// tiles each; with the two vertices that lead over to the next ones their strips have the triangles of the whole.
+// The surface is one strip of 144 vertices. With 22 components each they are more than the 1024 that every driver
+// offers to one invocation (46 vertices, or 25 where each output is counted as four components). So nine invocations
+// take four tiles each; with the two vertices that lead over to the next tile, their strips together have exactly the
+// triangles of the one strip, in its order.
 layout(points, invocations=9) in;
 layout(triangle_strip, max_vertices=18) out;
 

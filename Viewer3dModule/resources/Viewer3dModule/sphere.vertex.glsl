@@ -1,6 +1,6 @@
 #version 430 core
-// The single point that a sphere or a cylinder is made of. It is handed on as it is: the stages after this one build the
-// surface in the coordinates of the model.
+// The single point that a sphere or a cylinder is made of. It is handed on as it is: the stages after this one build
+// the surface in the coordinates of the model.
 //#include "shader:Viewer3dModule/DrawModes.glsl"
 
 layout(location = 0) in vec3 point_coords;
