@@ -30,7 +30,10 @@ class Drawable3dItem;
 class Graphics3dItem;
 class InteractiveGraphicsItem;
 class Item3dDrawer;
+class QImage;
 class QOpenGLShaderProgram;
+class QRect;
+class QRectF;
 struct PaintContext;
 
 /// The scene of one project model: the items that mirror its elements, the drawers that draw them, an OpenGL
@@ -155,6 +158,41 @@ public:
     void drawElements(const PaintContext& context, const CFilterElement* filter, ItemFilter itemFilter);
     /// A whole frame: drawElements, then the local items. What views and picture commands call.
     void drawFrame(const PaintContext& context, const CFilterElement* filter, ItemFilter itemFilter);
+
+    // --- pictures
+    // --------------------------------------------------------------------------------------------------
+
+    // Pictures are drawn off screen in the scene's context, into a frame buffer of their own that is gone
+    // afterwards. They are of QImage::Format_ARGB32, top row first, transparent black where nothing was
+    // drawn; the alpha of what was drawn stays. The caller's context is current afterwards, and in the
+    // scene's context the bound frame buffers, the viewport and the clear values are as they were. A size
+    // that the driver cannot draw is refused with a line in the log and gives a null picture.
+
+    /// The items (null pointers are passed over; only visible ones draw) as the pass shows them, at the size
+    /// of context.viewportRect: first those that are not highlighted, then over them, however far away, the
+    /// highlighted ones. The vertex array of the pass is the scene's, whatever the context names. A null
+    /// picture for an empty rectangle and without OpenGL.
+    QImage createItemsImage(const std::vector<Graphics3dItem*>& items, const PaintContext& context);
+    /// The items from above: looking along -z of the model with y up, as a parallel projection that shows
+    /// all of the region and holds all heights of the items.
+    /// @param modelRect  region in model coordinates, QRectF::top() being the least y; where it is not
+    ///                   valid, the items' box is the region
+    /// @param imageRect  its size is the picture's. Where it is not valid, a region whose longer side is
+    ///                   below 800 model units gets 800 pixels for that side, and a larger one a pixel a
+    ///                   unit; at least one pixel each way.
+    /// @param filter     for the items' own drawing, which finds it in PaintContext::extra2; not owned, may
+    ///                   be null. It decides nothing about which of the items are drawn.
+    QImage createItemsImage(const std::vector<Graphics3dItem*>& items, const QRectF& modelRect,
+                            const QRect& imageRect, const IElementFilter* filter);
+    /// The first of createItemsImages(draw, context, 1), or a null picture.
+    QImage createItemsImage(std::function<void()> draw, const PaintContext& context);
+    /// What draw draws into count colour attachments and a depth buffer of the size of context.viewportRect,
+    /// one picture an attachment, in their order. draw is called once, with the scene's context current and
+    /// the frame buffer bound, cleared, and drawn to through all attachments; a program that writes fewer
+    /// outputs leaves the others undefined, so whoever draws with it names fewer draw buffers. A picture for
+    /// which there is no memory is left out. No pictures, and no call of draw, for an empty rectangle, a
+    /// count below 1 or beyond the driver's attachments (with a line in the log) and without OpenGL.
+    std::vector<QImage> createItemsImages(std::function<void()> draw, const PaintContext& context, int count);
 
     // --- transform and bounds
     // --------------------------------------------------------------------------------------
