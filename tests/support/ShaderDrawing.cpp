@@ -203,10 +203,9 @@ std::uint32_t ShaderDrawing::depthBits(int x, int y) const
 
 bool ShaderDrawing::isUntouched(int x, int y) const
 {
-    for (int i = 0; i < 4; ++i) {
-        const int value = Untouched[static_cast<std::size_t>(i)];
-        if (pixel(x, y, i) != QColor(value, value, value, value)) return false;
-    }
+    for (int i = 0; i < 4; ++i)
+        if (word(x, y, i) != 0x01010101u * static_cast<std::uint32_t>(Untouched[static_cast<std::size_t>(i)]))
+            return false;
     return depths[static_cast<std::size_t>(y * Size + x)] == 1.0f;
 }
 
