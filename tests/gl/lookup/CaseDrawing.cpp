@@ -7,6 +7,8 @@
 #include <QtCore/QProcess>
 #include <QtCore/QSet>
 
+#include <algorithm>
+
 namespace {
 
 // One triangle over everything.
@@ -99,6 +101,26 @@ void CaseDrawing::download(unsigned binding, void* bytes, std::size_t size)
     gl->glMemoryBarrier(GL_BUFFER_UPDATE_BARRIER_BIT);
     gl->glBindBuffer(GL_SHADER_STORAGE_BUFFER, m_buffers[binding]);
     gl->glGetBufferSubData(GL_SHADER_STORAGE_BUFFER, 0, static_cast<GLsizeiptr>(size), bytes);
+}
+
+int CaseDrawing::integerOf(const char* name)
+{
+    const int location = program->uniformLocation(name);
+    EXPECT_GE(location, 0) << "no uniform " << name;
+    int value = -1;
+    if (location >= 0) gl->glGetUniformiv(program->programId(), location, &value);
+    return value;
+}
+
+int CaseDrawing::blockBinding(const char* name)
+{
+    const GLuint block = gl->glGetProgramResourceIndex(program->programId(), GL_SHADER_STORAGE_BLOCK, name);
+    int binding = -1;
+    const GLenum property = GL_BUFFER_BINDING;
+    if (block != GL_INVALID_INDEX)
+        gl->glGetProgramResourceiv(program->programId(), GL_SHADER_STORAGE_BLOCK, block, 1, &property, 1,
+                                   nullptr, &binding);
+    return binding;
 }
 
 void CaseDrawing::evaluate(int first, int count)

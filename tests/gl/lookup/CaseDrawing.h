@@ -44,6 +44,10 @@ protected:
     {
         upload(binding, values.data(), values.size() * sizeof(T));
     }
+    /// The value of an integer uniform that the program must have.
+    int integerOf(const char* name);
+    /// The binding of a storage block of the program, -1 when it has no such block.
+    int blockBinding(const char* name);
     /// Evaluates the cases first to first + count - 1.
     void evaluate(int first, int count);
     /// The buffer of results, which storage() made.

@@ -267,6 +267,11 @@ TEST_F(ElevationColorTest, WithoutLevelsThereIsNoColour)
     const std::vector<float> heights = {-5.0f, 0.0f, 5.0f};
     const std::vector<glm::vec4> nothing(3, glm::vec4(0.0f));
     EXPECT_EQ(colors(heights), nothing) << "nothing set at all";
+    EXPECT_EQ(integerOf("levelCount"), 0);
+    EXPECT_EQ(integerOf("levelStepDiscreteMode"), 0);
+    float step = -1.0f;
+    gl->glGetUniformfv(program->programId(), program->uniformLocation("levelStep"), &step);
+    EXPECT_EQ(step, 0.0f);
     setTable(fourLevels(1.0f, true));
     EXPECT_NE(colors(heights), nothing);
     setTable({{}, 1.0f, true});
