@@ -1,0 +1,39 @@
+// What the geometry stages of the glue programs share: their blocks, and how they emit a vertex. To be included after
+// GluePriority.glsl and the layouts of the stage.
+
+in GlueVertex
+{
+    vec3 real_coords;
+    flat uint mask;
+}
+glue_in[];
+
+out Glue
+{
+    GLUE_FIELDS
+}
+glue;
+
+// How much nearer a layer lies than the one below it, in normalised device coordinates: what lies at one place is
+// decided by the layers, whatever is drawn first. Beside that place depth decides as ever: a surface that comes nearer
+// within the width of a point, or an edge in front of it, covers that side of the point.
+const float offset = 0.000001;
+
+// Emits a vertex of a primitive of this layer, all vertices of which get the same coords.
+void emitVertex(vec4 clip, int layer, vec3 coords)
+{
+    gl_Position = vec4(clip.xy, clip.z - float(layer) * offset * clip.w, clip.w);
+    glue.coords = coords;
+    glue.priority_layer = layer;
+    glue.mask = glue_in[0].mask;
+    EmitVertex();
+}
+
+// Emits a point of the size that the vertex stage gave. OpenGL draws no point whose centre is out of view, but there
+// are drivers that draw it somewhere else when it is wide: so it does not get there.
+void emitPoint(vec4 clip, int layer, vec3 coords)
+{
+    if (any(greaterThan(abs(clip.xyz), vec3(clip.w)))) return;
+    gl_PointSize = gl_in[0].gl_PointSize;
+    emitVertex(clip, layer, coords);
+}
