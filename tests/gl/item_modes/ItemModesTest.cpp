@@ -278,7 +278,7 @@ protected:
         ASSERT_EQ(touched, expected(mode, 0, unused) ? covered() : 0)
             << "mode " << mode << ", flags " << m_flags;
         ASSERT_EQ(touchedCount(), touched);
-        ++cases;
+        ++pictures;
     }
     /// Pixels of the shape.
     int covered() const
@@ -308,7 +308,7 @@ protected:
         ASSERT_EQ(selectedWords(), words) << index;
     }
 
-    int cases = 0;
+    int pictures = 0;
     std::size_t comparedWords = 0;
 
 private:
@@ -321,16 +321,17 @@ private:
 TEST_P(ItemModesTest, EveryModeFollowsFlagsAndAlpha)
 {
     const glm::uvec2 id(0x89ABCDEFu, 0xFEDCBA98u);
-    for (const int flags : {-1, -2, -3, 0})
-        for (const float alpha : {0.8f, 0.0f, 0.49f, 0.51f}) {
-            setItem(flags, id);
-            setAlpha(alpha);
-            for (const Mode mode : {Ordinal, SelectionMask, GlueMask})
-                expectProtocol(mode);
-            expectBit(37, shown().a >= 0.5);
-            if (HasFatalFailure()) FAIL() << "flags " << flags << ", alpha " << alpha;
-        }
-    std::printf("%s: %d pictures, %zu words compared\n", GetParam().name.c_str(), cases, comparedWords);
+    const std::pair<int, float> cases[] = {{-1, 0.8f}, {-1, 0.0f}, {-1, 0.49f}, {-1, 0.51f},
+                                           {0, 0.8f},  {-2, 0.8f}, {-2, 0.0f},  {-3, 0.8f}};
+    for (const auto& [flags, alpha] : cases) {
+        setItem(flags, id);
+        setAlpha(alpha);
+        for (const Mode mode : {Ordinal, SelectionMask, GlueMask})
+            expectProtocol(mode);
+        expectBit(37, shown().a >= 0.5);
+        if (HasFatalFailure()) FAIL() << "flags " << flags << ", alpha " << alpha;
+    }
+    std::printf("%s: %d pictures, %zu words compared\n", GetParam().name.c_str(), pictures, comparedWords);
 }
 
 TEST_P(ItemModesTest, IdsAndDepthsAreExactToTheLastBit)
@@ -339,7 +340,7 @@ TEST_P(ItemModesTest, IdsAndDepthsAreExactToTheLastBit)
     std::uniform_real_distribution<float> depth(-1.0f, 1.0f);
     std::vector<glm::uvec2> ids = {{1u, 0u},          {0x01000001u, 0u}, {0xFFFFFFFFu, 0u},         {0u, 1u},
                                    {1u, 0x80000000u}, {~0u, ~0u},        {0xFFFFFFFFu, 0x7FFFFFFFu}};
-    for (int i = 0; i < 6; ++i)
+    for (int i = 0; i < 3; ++i)
         ids.emplace_back(static_cast<std::uint32_t>(random()), static_cast<std::uint32_t>(random()));
     for (const glm::uvec2& id : ids) {
         setItem(-1, id);
