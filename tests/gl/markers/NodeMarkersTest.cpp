@@ -145,6 +145,7 @@ TEST_F(NodeMarkersTest, AreNoneWhereBothNodesAreBeyondOneSide)
             EXPECT_EQ(markersOf(to, from).size(), 0u) << axis << ", " << side;
             from[axis] = side;
             EXPECT_GE(markersOf(from, to).size(), 2u) << axis << ", " << side;
+            EXPECT_GE(markersOf(to, from).size(), 2u) << axis << ", " << side;
             from[axis] = -1.1f * side;
             EXPECT_EQ(markersOf(from, to).size(), 3u) << axis << ", " << side;
         }
@@ -185,16 +186,18 @@ TEST_F(NodeMarkersTest, OfNodesInTheCamerasOwnPlaneHaveNoneBetween)
     flat[3] = {0, 0, 0, 0.5f};
     set("projection", flat);
     EXPECT_EQ(markersOf({0, 0, 0.25f}, {0.5f, 0, 0.125f}).size(), 3u);
-    EXPECT_EQ(markersOf({0, 0, -0.5f}, {0.5f, 0, 0.125f}).size(), 2u);
-    EXPECT_EQ(markersOf({0.5f, 0, 0.125f}, {0, 0, -0.5f}).size(), 2u);
+    EXPECT_EQ(markersOf({0.25f, 0.5f, -0.5f}, {0.5f, 0, 0.125f}).size(), 2u);
+    EXPECT_EQ(markersOf({0.5f, 0, 0.125f}, {0.25f, 0.5f, -0.5f}).size(), 2u);
+    EXPECT_EQ(markersOf({0.25f, 0.5f, -0.49f}, {0.5f, 0, 0.125f}).size(), 3u);
 }
 
 TEST_F(NodeMarkersTest, OfSinglePointsAreNumberedAlike)
 {
     useStage("EditNodes.points.geom");
+    feed({{0.5f, 0.25f, -0.5f}, {0, 0, 0}, {-0.5f, 0, 0.125f}});
+    EXPECT_EQ(numbers(markers(GL_POINTS)), (std::vector<int>{0, 2, 4}));
     set("pen_width", 7.0f);
     set("first_marker_idx", 20);
-    feed({{0.5f, 0.25f, -0.5f}, {0, 0, 0}, {-0.5f, 0, 0.125f}});
     const std::vector<Marker> all = markers(GL_POINTS);
     EXPECT_EQ(numbers(all), (std::vector<int>{20, 22, 24}));
     EXPECT_EQ(all[0].position, glm::vec4(0.5f, 0.25f, -0.5f, 1));
