@@ -1,7 +1,7 @@
-#include <tests/support/ProgramList.h>
+#include <tests/support/ShaderSources.h>
 
+#include <Viewer3dModule/scene/Scene3d.h>
 #include <Viewer3dModule/shaders/DrawMode.h>
-#include <Viewer3dModule/shaders/ShaderPreprocessor.h>
 
 #include <gtest/gtest.h>
 
@@ -12,7 +12,7 @@
 #include <QtCore/QRegularExpression>
 #include <QtCore/QTemporaryDir>
 
-#include <set>
+#include <cstdio>
 
 namespace {
 
@@ -25,55 +25,39 @@ QByteArray contentOf(const QString& path)
     return file.readAll();
 }
 
-QStringList shaderNames()
+// The files of the folder, which the resources are made of.
+QStringList filesOfTheFolder()
 {
-    return QDir(sourceFolder).entryList(QDir::Files | QDir::Hidden, QDir::Name);
+    return QDir(sourceFolder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
 }
 
-// The integer constants of a source with its includes.
-QMap<QString, int> constantsOf(const QString& name)
+// The numbers that a source with its includes names as constants.
+QMap<QString, double> constantsOf(const QString& name)
 {
-    static const QRegularExpression constant(QStringLiteral("^const int (\\w+) = (-?\\d+);"),
-                                             QRegularExpression::MultilineOption);
-    QMap<QString, int> constants;
+    static const QRegularExpression constant(
+        QStringLiteral("^const (?:int|uint|float) (\\w+) = (-?[\\d.]+(?:e-?\\d+)?)u?;"),
+        QRegularExpression::MultilineOption);
+    QMap<QString, double> constants;
     auto matches = constant.globalMatch(preprocessShader(shaderPath(name), {}));
     while (matches.hasNext()) {
         const QRegularExpressionMatch match = matches.next();
         EXPECT_FALSE(constants.contains(match.captured(1))) << match.captured(1).toStdString();
-        constants.insert(match.captured(1), match.captured(2).toInt());
+        constants.insert(match.captured(1), match.captured(2).toDouble());
     }
     return constants;
 }
 
+// How glslangValidator wants a file of this stage to be called; the words in the order of the program
+// builder.
 QString stageSuffix(const QString& file)
 {
-    if (file.contains(QLatin1String("vertex"))) return QStringLiteral("vert");
-    if (file.contains(QLatin1String("fragment"))) return QStringLiteral("frag");
-    for (const char* tessellation : {"tesc", "tese"})
-        if (file.contains(QLatin1String(tessellation))) return QLatin1String(tessellation);
-    return QStringLiteral("geom");
-}
-
-bool isStage(const QString& file)
-{
-    return contentOf(sourceFolder + QLatin1Char('/') + file).startsWith("#version");
-}
-
-// Every set of the RX_ defines that a source asks about.
-std::vector<std::vector<std::string>> defineSets(const QString& file)
-{
-    static const QRegularExpression use(QStringLiteral("#ifn?def (RX_\\w+)"));
-    std::set<std::string> names;
-    auto matches = use.globalMatch(preprocessShader(QStringLiteral("shader:Viewer3dModule/") + file, {}));
-    while (matches.hasNext())
-        names.insert(matches.next().captured(1).toStdString());
-    std::vector<std::vector<std::string>> sets{{}};
-    for (const std::string& name : names)
-        for (std::size_t i = 0, count = sets.size(); i < count; ++i) {
-            sets.push_back(sets[i]);
-            sets.back().push_back(name);
-        }
-    return sets;
+    const std::pair<const char*, const char*> suffixes[] = {{"vertex", "vert"}, {"fragment", "frag"},
+                                                            {"geom", "geom"},   {"tesc", "tesc"},
+                                                            {"tese", "tese"},   {"comp", "comp"}};
+    for (const auto& [word, suffix] : suffixes)
+        if (file.contains(QLatin1String(word))) return QLatin1String(suffix);
+    ADD_FAILURE() << "no stage: " << file.toStdString();
+    return {};
 }
 
 // The Khronos compiler over sources that are written into a folder of its own.
@@ -118,9 +102,67 @@ protected:
     static void SetUpTestSuite() { mapShaderPrefix(); }
 };
 
+TEST_F(ShaderSourcesTest, FolderHoldsTheseFilesAndNoOther)
+{
+    const QStringList stages = {"DrawModes",
+                                "GluePriority",
+                                "SelectionMode",
+                                "EmitGlueVertex",
+                                "Quaternion",
+                                "HashTable",
+                                "OrderedContainer",
+                                "PlanTexture",
+                                "Jet",
+                                "light.fragment",
+                                "gradient.fragment",
+                                "common.vertex",
+                                "dummy.vertex",
+                                "dashedLines.vertex",
+                                "dashedLines.fragment",
+                                "sphere.vertex",
+                                "GlueMask.vertex",
+                                "PerGlyphCaption.vertex",
+                                "PerGlyphCaption.geom",
+                                "caption.geom",
+                                "WideLines.geom",
+                                "SolidRegularLines.geom",
+                                "cylinder.geom",
+                                "EditNodes.geom",
+                                "EditNodes.points.geom",
+                                "EditNodes.fragment",
+                                "Selection.face2points.geom",
+                                "Selection.line2points.geom",
+                                "GlueMask.points.geom",
+                                "GlueMask.line2points.geom",
+                                "GlueMask.face2points.geom",
+                                "GlueMask.line2line.geom",
+                                "GlueMask.face2line.geom",
+                                "GlueMask.face2face.geom",
+                                "GlueMask.fragment",
+                                "GlueMask.line2line.fragment",
+                                "GlueMask.face2face.fragment",
+                                "sphereCube.tesc",
+                                "sphereCube.tese",
+                                "sphereCube.geom",
+                                "sphereCube.fragment",
+                                "mono.fragment",
+                                "mono.point.fragment",
+                                "texture.fragment",
+                                "mesh.fragment",
+                                "edl.fragment"};
+    QStringList expected;
+    for (const QString& stage : stages)
+        expected.append(stage + ".glsl");
+    expected.sort();
+    EXPECT_EQ(expected.size(), 46);
+    QStringList found = filesOfTheFolder();
+    found.sort();
+    EXPECT_EQ(found, expected);
+}
+
 TEST_F(ShaderSourcesTest, ResourcesHoldTheFolderByteForByte)
 {
-    const QStringList names = shaderNames();
+    const QStringList names = filesOfTheFolder();
     EXPECT_FALSE(names.isEmpty());
     EXPECT_EQ(QDir(QStringLiteral("shader:Viewer3dModule")).entryList(QDir::Files, QDir::Name), names);
     for (const QString& name : names)
@@ -131,7 +173,7 @@ TEST_F(ShaderSourcesTest, ResourcesHoldTheFolderByteForByte)
 
 TEST_F(ShaderSourcesTest, OnlyStagesHaveAVersionLineAndItIsTheirFirst)
 {
-    for (const QString& name : shaderNames()) {
+    for (const QString& name : filesOfTheFolder()) {
         const QByteArray content = contentOf(sourceFolder + QLatin1Char('/') + name);
         const bool included = content.count("void main()") == 0;
         EXPECT_EQ(content.count("#version"), included ? 0 : 1) << name.toStdString();
@@ -141,14 +183,14 @@ TEST_F(ShaderSourcesTest, OnlyStagesHaveAVersionLineAndItIsTheirFirst)
 
 TEST_F(ShaderSourcesTest, SourcesAreAscii)
 {
-    for (const QString& name : shaderNames())
+    for (const QString& name : filesOfTheFolder())
         for (const char c : contentOf(sourceFolder + QLatin1Char('/') + name))
             ASSERT_TRUE(c == '\n' || (c >= ' ' && c <= '~')) << name.toStdString();
 }
 
 TEST_F(ShaderSourcesTest, DrawModesAgreeWithTheProgram)
 {
-    const QMap<QString, int> expected = {
+    const QMap<QString, double> expected = {
         {"ordinal_draw", DrawMode::OrdinalDraw},     {"selection_mask_draw", DrawMode::SelectionMaskDraw},
         {"glue_mask_draw", DrawMode::GlueMaskDraw},  {"selection_buffer_draw", DrawMode::SelectionBufferDraw},
         {"item_normal_flag", ItemFlag::Normal},      {"item_highlited_flag", ItemFlag::Highlighted},
@@ -175,7 +217,7 @@ TEST_F(ShaderSourcesTest, NumbersOfTheProgramSideAreFixed)
 
 TEST_F(ShaderSourcesTest, GluePrioritiesAreFixed)
 {
-    const QMap<QString, int> expected = {
+    const QMap<QString, double> expected = {
         {"empty_flag", 0},     {"raw_coords_flag", 1},  {"face_flag", 2}, {"face_edge_flag", 3},
         {"face_node_flag", 4}, {"cloud_point_flag", 5}, {"edge_flag", 6}, {"mid_node_flag", 7},
         {"node_flag", 8},      {"point_item_flag", 9}};
@@ -184,45 +226,109 @@ TEST_F(ShaderSourcesTest, GluePrioritiesAreFixed)
 
 TEST_F(ShaderSourcesTest, InvocationsOfSolidLinesHoldTheLargestSection)
 {
-    const QMap<QString, int> constants = constantsOf("SolidRegularLines.geom");
+    const QMap<QString, double> constants = constantsOf("SolidRegularLines.geom");
     EXPECT_EQ(constants.value("max_section_points_count"), 32);
-    const int edges = constants.value("edges_per_invocation");
+    const int edges = static_cast<int>(constants.value("edges_per_invocation"));
     const QByteArray source = contentOf(sourceFolder + "/SolidRegularLines.geom.glsl");
     EXPECT_TRUE(source.contains(QByteArray("invocations=") + QByteArray::number((31 + edges - 1) / edges)));
     EXPECT_TRUE(source.contains(QByteArray("max_vertices=") + QByteArray::number(2 * (edges + 1))));
 }
 
+TEST_F(ShaderSourcesTest, OffsetOfGlueLayersIsFixed)
+{
+    EXPECT_EQ(constantsOf("EmitGlueVertex").value("offset"), 0.000001);
+}
+
+TEST_F(ShaderSourcesTest, EyeDomeLightingHasItsNumbers)
+{
+    const QMap<QString, double> constants = constantsOf("edl.fragment");
+    EXPECT_EQ(constants.value("not_used_edl_shading", -1), 0);
+    EXPECT_EQ(constants.value("positive_edl_shading"), 1);
+    EXPECT_EQ(constants.value("negative_edl_shading"), 2);
+    EXPECT_EQ(constants.value("dome_radius"), 5);
+    EXPECT_EQ(constants.value("foreground_level"), 0.001);
+    EXPECT_EQ(constants.value("foreground_level"), Scene3d::getForegroundItemsZRange());
+}
+
+TEST_F(ShaderSourcesTest, SurfacesOfCylindersAreCutIntoTheirTiles)
+{
+    const QMap<QString, double> constants = constantsOf("cylinder.geom");
+    EXPECT_EQ(constants.value("nTiles"), 36);
+    const int tiles = static_cast<int>(constants.value("tiles_per_invocation"));
+    const QByteArray source = contentOf(sourceFolder + "/cylinder.geom.glsl");
+    EXPECT_TRUE(source.contains("invocations=" + QByteArray::number(36 / tiles)));
+    EXPECT_EQ(36 % tiles, 0);
+}
+
+TEST_F(ShaderSourcesTest, ColourLevelsAreAsManyAsTheProgramSideHas)
+{
+    EXPECT_EQ(constantsOf("gradient.fragment").value("max_color_levels"), 256);
+    EXPECT_TRUE(contentOf(QStringLiteral(V3D_SOURCE_DIR "/Viewer3dModule/drawers/ColorLevels.cpp"))
+                    .contains("constexpr std::size_t maxLevels = 256;"));
+}
+
+TEST_F(ShaderSourcesTest, PlanTexturesGoEightLevelsDeep)
+{
+    EXPECT_EQ(constantsOf("PlanTexture").value("max_plan_depth"), 8);
+}
+
+TEST_F(ShaderSourcesTest, ColourModesAgreeWithTheProgram)
+{
+    const QMap<QString, double> constants = constantsOf("mesh.fragment");
+    EXPECT_EQ(constants.value("vertex_color_mode"), 1);
+    EXPECT_EQ(constants.value("texture_color_mode"), 2);
+    EXPECT_EQ(constantsOf("sphereCube.fragment").value("texture_color_mode"), 2);
+    EXPECT_TRUE(contentOf(QStringLiteral(V3D_SOURCE_DIR "/Viewer3dModule/drawables/MeshNode3d.cpp"))
+                    .contains("enum ColorMode { ItemColor = 0, VertexColors = 1, TextureColor = 2 };"));
+}
+
 TEST_F(ShaderSourcesTest, StorageBlocksHaveTheirBindings)
 {
-    const QByteArray selection = contentOf(sourceFolder + "/SelectionMode.glsl");
-    EXPECT_TRUE(selection.contains("layout(std430, binding = 8) buffer items_selection_buffer\n"));
-    EXPECT_TRUE(selection.contains("layout(std430, binding = 9) readonly buffer mask_selection_buffer\n"));
-    const QByteArray solid = contentOf(sourceFolder + "/SolidRegularLines.geom.glsl");
-    EXPECT_TRUE(solid.contains("layout(std430, binding = 11) readonly buffer segments_buffer\n"));
+    const auto expect = [](const QString& name, const QByteArray& block) {
+        EXPECT_TRUE(
+            contentOf(sourceFolder + QLatin1Char('/') + name).contains("layout(std430, binding = " + block))
+            << block.constData();
+    };
+    expect("SelectionMode.glsl", "8) buffer items_selection_buffer\n");
+    expect("SelectionMode.glsl", "9) readonly buffer mask_selection_buffer\n");
+    expect("SolidRegularLines.geom.glsl", "11) readonly buffer segments_buffer\n");
+    expect("PlanTexture.glsl", "7) readonly buffer texture_plan_tree\n");
+    expect("HashTable.glsl", "1) readonly buffer TABLE_NAME##_bucket");
+    expect("HashTable.glsl", "2) readonly buffer TABLE_NAME##_keys");
+    expect("HashTable.glsl", "3) readonly buffer TABLE_NAME##_val");
+    expect("OrderedContainer.glsl", "1) readonly buffer CONTAINER_NAME##_keys");
+    expect("OrderedContainer.glsl", "2) readonly buffer CONTAINER_NAME##_val");
 }
 
 TEST_F(ShaderSourcesTest, KhronosCompilerAcceptsEveryStageUnderEveryDefine)
 {
     Validator validator;
-    int count = 0;
-    for (const QString& name : shaderNames()) {
-        if (!isStage(name)) continue;
-        for (const auto& defines : defineSets(name)) {
-            validator.add(QStringLiteral("shader:Viewer3dModule/") + name, defines);
-            ++count;
-        }
-    }
-    EXPECT_GE(count, 80);
+    const std::vector<shader_sources::StageVariant> variants = shader_sources::stageVariants();
+    for (const shader_sources::StageVariant& variant : variants)
+        validator.add(shader_sources::pathOf(variant.name), variant.defines);
+    EXPECT_GE(variants.size(), 130u);
+    std::printf("glslangValidator: %zu stages with their defines\n", variants.size());
     validator.run({});
 }
 
-class DefaultProgramSourcesTest : public ::testing::TestWithParam<ProgramRecipe>
+TEST_F(ShaderSourcesTest, EveryStageIsPartOfSomeProgram)
+{
+    QStringList used;
+    for (const auto* programs : {&defaultPrograms(), &furtherPrograms()})
+        for (const ProgramRecipe& program : *programs)
+            used += program.files;
+    for (const QString& name : shader_sources::names())
+        EXPECT_EQ(shader_sources::isStage(name), used.contains(shader_sources::pathOf(name)))
+            << name.toStdString();
+}
+
+class ProgramSourcesTest : public ::testing::TestWithParam<ProgramRecipe>
 {
 protected:
     static void SetUpTestSuite() { mapShaderPrefix(); }
 };
 
-TEST_P(DefaultProgramSourcesTest, KhronosCompilerLinksIt)
+TEST_P(ProgramSourcesTest, KhronosCompilerLinksIt)
 {
     Validator validator;
     for (const QString& file : GetParam().files)
@@ -230,7 +336,10 @@ TEST_P(DefaultProgramSourcesTest, KhronosCompilerLinksIt)
     validator.run({QStringLiteral("-l")});
 }
 
-INSTANTIATE_TEST_SUITE_P(Programs, DefaultProgramSourcesTest, ::testing::ValuesIn(defaultPrograms()),
-                         [](const auto& program) { return program.param.name; });
+const auto nameOfProgram = [](const auto& program) { return program.param.name; };
+
+INSTANTIATE_TEST_SUITE_P(Programs, ProgramSourcesTest, ::testing::ValuesIn(defaultPrograms()), nameOfProgram);
+INSTANTIATE_TEST_SUITE_P(FurtherPrograms, ProgramSourcesTest, ::testing::ValuesIn(furtherPrograms()),
+                         nameOfProgram);
 
 } // namespace
