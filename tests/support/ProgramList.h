@@ -78,8 +78,13 @@ inline const std::vector<ProgramRecipe>& furtherPrograms()
     return programs;
 }
 
-/// Lets paths such as "shader:Viewer3dModule/mono.fragment.glsl" reach the resources.
+/// Lets paths such as "shader:Viewer3dModule/mono.fragment.glsl" reach the resources. Where the environment
+/// names a folder in V3D_TEST_SHADER_FOLDER, its sources take the place of those: so altered sources are
+/// tested without a rebuild.
 inline void mapShaderPrefix()
 {
-    QDir::setSearchPaths(QStringLiteral("shader"), {QStringLiteral(":/")});
+    QStringList folders{QStringLiteral(":/")};
+    const QString altered = qEnvironmentVariable("V3D_TEST_SHADER_FOLDER");
+    if (!altered.isEmpty()) folders.prepend(altered);
+    QDir::setSearchPaths(QStringLiteral("shader"), folders);
 }

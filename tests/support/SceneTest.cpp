@@ -1,16 +1,16 @@
 #include "SceneTest.h"
 
+#include "ProgramList.h"
+
 #include <framework/model/CProject.h>
 #include <framework/model/CProjectModel.h>
-
-#include <QtCore/QDir>
 
 SceneTest::SceneTest() = default;
 SceneTest::~SceneTest() = default;
 
 void SceneTest::SetUp()
 {
-    QDir::setSearchPaths(QStringLiteral("shader"), {QStringLiteral(":/")});
+    mapShaderPrefix();
     ASSERT_NE(QOpenGLContext::globalShareContext(), nullptr)
         << "no OpenGL: is there an X server, and QT_QPA_PLATFORM=xcb?";
     project = std::make_unique<CProject>();
