@@ -250,47 +250,4 @@ TEST_F(ProgramBuildingTest, EveryDriverOffersSomeStorage)
     EXPECT_GE(offered.geometryBlocks, 0);
 }
 
-class DefaultProgramBuildingTest : public GlTest, public ::testing::WithParamInterface<ProgramRecipe>
-{
-};
-
-TEST_P(DefaultProgramBuildingTest, Links)
-{
-    mapShaderPrefix();
-    const std::unique_ptr<QOpenGLShaderProgram> program(
-        buildShaderProgram(nullptr, GetParam().files, GetParam().defines, {}));
-    EXPECT_TRUE(program->isLinked());
-    const QVariant expected = GetParam().name == "WideLines"           ? QVariant(2)
-                              : GetParam().name == "SolidRegularLines" ? QVariant(10)
-                              : GetParam().name == "Caption"           ? QVariant(1)
-                                                                       : QVariant();
-    EXPECT_EQ(program->property("primitives"), expected);
-}
-
-INSTANTIATE_TEST_SUITE_P(Programs, DefaultProgramBuildingTest, ::testing::ValuesIn(defaultPrograms()),
-                         [](const auto& program) { return program.param.name; });
-
-TEST_F(ProgramBuildingTest, EveryUniformOfItemsIsInSomeDefaultProgram)
-{
-    ItemUniforms found;
-    const auto merge = [](int& into, int location) { into = std::max(into, location); };
-    for (const ProgramRecipe& recipe : defaultPrograms()) {
-        const auto program = build(recipe.files, recipe.defines);
-        const ItemUniforms here = ItemUniforms::of(*program);
-        merge(found.itemColor, here.itemColor);
-        merge(found.penWidth, here.penWidth);
-        merge(found.dashSize, here.dashSize);
-        merge(found.gapSize, here.gapSize);
-        merge(found.resolution, here.resolution);
-        merge(found.colorMode, here.colorMode);
-        merge(found.texture0, here.texture0);
-        merge(found.filledTextureBack, here.filledTextureBack);
-        merge(found.materialMode, here.materialMode);
-    }
-    for (const int location :
-         {found.itemColor, found.penWidth, found.dashSize, found.gapSize, found.resolution, found.colorMode,
-          found.texture0, found.filledTextureBack, found.materialMode})
-        EXPECT_GE(location, 0);
-}
-
 } // namespace

@@ -1,68 +1,19 @@
 #include <tests/support/ShaderDrawing.h>
 
-#include <Viewer3dModule/shaders/ShaderProgramBuilder.h>
-
 #include <glm/gtc/matrix_transform.hpp>
 
 #include <cmath>
 
-// The vertices' colours through the geometry stages, and which sets of defines make programs.
+// The vertices' colours through the geometry stages.
 namespace {
 
 const std::string color = "RX_USE_PER_VERTEX_COLOR";
 const std::string normal = "RX_USE_PER_VERTEX_NORMAL";
-const std::string texture = "RX_USE_PER_VERTEX_TEX_COORDS";
-const std::string instanced = "RX_USE_INSTANCED_DRAW";
-const std::string positions = "RX_USE_INSTANCE_POSITION";
-const std::string noCoords = "RX_NO_USE_PER_VERTEX_COORDS";
 const std::string emulation = "RX_USE_ADJACENCY_EMULATION";
-const std::string bitmap = "RX_USE_TEXTURE_AS_BITMAP";
 
-const QStringList mono = {"common.vertex", "mono.fragment"};
 const QStringList wide = {"common.vertex", "WideLines.geom", "mono.fragment"};
-const QStringList caption = {"common.vertex", "caption.geom", "texture.fragment"};
 const QStringList monoCaption = {"common.vertex", "caption.geom", "mono.fragment"};
-const QStringList textured = {"common.vertex", "texture.fragment"};
-const QStringList mesh = {"common.vertex", "mesh.fragment"};
 const QStringList solid = {"dummy.vertex", "SolidRegularLines.geom", "mesh.fragment"};
-const QStringList solidMono = {"dummy.vertex", "SolidRegularLines.geom", "mono.fragment"};
-
-class DefineSetsTest : public GlTest, public ::testing::WithParamInterface<ProgramRecipe>
-{
-};
-
-TEST_P(DefineSetsTest, Links)
-{
-    mapShaderPrefix();
-    const std::unique_ptr<QOpenGLShaderProgram> built(
-        buildShaderProgram(nullptr, GetParam().files, GetParam().defines, {}));
-    EXPECT_TRUE(built->isLinked());
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Programs, DefineSetsTest,
-    ::testing::Values(
-        recipe("MonoInstances", mono, {instanced}),
-        recipe("MonoInstancePositions", mono, {instanced, positions}),
-        recipe("MonoInstancePoints", mono, {instanced, positions, noCoords}),
-        recipe("MonoColoredInstances", mono, {instanced, color}), recipe("WideLinesColored", wide, {color}),
-        recipe("WideLinesInstances", wide, {instanced}),
-        recipe("WideLinesColoredInstances", wide, {instanced, positions, color}),
-        recipe("CaptionInstances", caption, {instanced, positions, noCoords}),
-        recipe("CaptionBitmap", caption, {bitmap}), recipe("CaptionColored", caption, {color}),
-        recipe("CaptionPlainColored", monoCaption, {color}),
-        recipe("TextureBitmapInstances", textured, {texture, bitmap, instanced}),
-        recipe("TextureColored", textured, {texture, color}), recipe("MeshPlain", mesh, {}),
-        recipe("MeshNormals", mesh, {normal}), recipe("MeshColored", mesh, {color}),
-        recipe("MeshColoredNormals", mesh, {color, normal}), recipe("MeshTextured", mesh, {texture}),
-        recipe("MeshTexturedNormals", mesh, {texture, normal}),
-        recipe("MeshInstances", mesh, {instanced, normal, color, texture}),
-        recipe("SolidColored", solid, {normal, color}), recipe("SolidTextured", solid, {normal, texture}),
-        recipe("SolidAll", solid, {normal, color, texture}),
-        recipe("SolidEmulated", solid, {normal, emulation}),
-        recipe("SolidEmulatedAll", solid, {normal, color, texture, emulation}),
-        recipe("SolidPlainColored", solidMono, {color})),
-    [](const auto& program) { return program.param.name; });
 
 class VertexColorDrawingTest : public ShaderDrawing
 {

@@ -5,6 +5,7 @@
 #include <QtCore/QProcess>
 #include <QtCore/QTemporaryDir>
 
+#include <algorithm>
 #include <cstdio>
 #include <map>
 
@@ -89,6 +90,16 @@ int layoutNumber(const QString& source, const QString& name)
     const QRegularExpression number(QStringLiteral("layout\\s*\\([^)]*\\b%1\\s*=\\s*(\\d+)").arg(name));
     const auto match = number.match(source);
     return match.hasMatch() ? match.captured(1).toInt() : 1;
+}
+
+int storageBlocks(const QString& source)
+{
+    return source.count(QRegularExpression(QStringLiteral("\\bbuffer\\s+\\w+\\s*\\{")));
+}
+
+int images(const QString& source)
+{
+    return source.count(QRegularExpression(QStringLiteral("\\buniform\\b[^;]*\\b[iu]?image\\w+\\s")));
 }
 
 QString kindOf(const QString& name)
@@ -177,13 +188,17 @@ TEST_F(GeometryLimitsTest, CountingFindsAllOutputs)
                        "in Item { flat vec4 color; } item_in[];\n"
                        "out Item { flat vec4 color; flat uvec2 id; flat int flags; } item;\n"
                        "out vec3 a;\nflat out int b;\nout float c[3];\nuniform vec4 no;\n"
-                       "in vec4 neither[];\npatch out mat3 d;\n");
+                       "in vec4 neither[];\npatch out mat3 d;\n"
+                       "layout(std430, binding = 8)readonly buffer data { int words[]; };\n"
+                       "layout(r32ui)uniform uimage2D picture;\nuniform sampler2D no_image;\n");
     EXPECT_EQ(outputComponents(source), 4 + 7 + 3 + 1 + 3 + 9);
     EXPECT_EQ(outputComponents(source + "gl_PointSize = 1.0;"), 4 + 7 + 3 + 1 + 3 + 9 + 1);
     EXPECT_EQ(inputComponents(source), 4 + 4);
     EXPECT_EQ(layoutNumber(source, "max_vertices"), 18);
     EXPECT_EQ(layoutNumber(source, "invocations"), 4);
     EXPECT_EQ(layoutNumber(source, "vertices"), 1);
+    EXPECT_EQ(storageBlocks(source), 1);
+    EXPECT_EQ(images(source), 1);
     EXPECT_EQ(
         interfaceOf("layout(location = 4)in mat4 m;\nlayout(location=0) in vec3 p[4];\n", "in", locationsOf),
         8);
@@ -244,13 +259,30 @@ TEST_F(GeometryLimitsTest, TessellationStagesFitEveryDriver)
     tightest.print();
 }
 
-TEST_F(GeometryLimitsTest, InputsOfFragmentStagesFitEveryDriver)
+// Storage is for fragment stages, with one exception that is checked when its program is built.
+TEST_F(GeometryLimitsTest, NoStageBeforeTheFragmentsHasStorage)
+{
+    for (const char* kind : {"vert", "tesc", "tese", "geom"})
+        forEachStage(QLatin1String(kind), [&](const StageVariant& stage, const QString& source) {
+            const auto& defines = stage.defines;
+            const bool isException =
+                stage.name == "SolidRegularLines.geom.glsl" &&
+                std::count(defines.begin(), defines.end(), "RX_USE_PER_VERTEX_TEX_COORDS") == 1;
+            EXPECT_EQ(storageBlocks(source), isException ? 1 : 0) << stage.name.toStdString();
+        });
+}
+
+TEST_F(GeometryLimitsTest, FragmentStagesFitEveryDriver)
 {
     Tightest tightest;
     const int count =
         forEachStage(QStringLiteral("frag"), [&](const StageVariant& stage, const QString& source) {
             tightest.check("fragment, inputs", inputComponents(source), 60, stage);
-            tightest.check("fragment, outputs", interfaceOf(source, "out", locationsOf), 8, stage);
+            const int outputs = interfaceOf(source, "out", locationsOf);
+            tightest.check("fragment, outputs", outputs, 8, stage);
+            tightest.check("fragment, storage blocks", storageBlocks(source), 8, stage);
+            tightest.check("fragment, outputs, images and storage blocks",
+                           outputs + images(source) + storageBlocks(source), 8, stage);
         });
     EXPECT_GE(count, 20);
     tightest.print();

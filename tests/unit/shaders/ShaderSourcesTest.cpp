@@ -1,3 +1,4 @@
+#include <tests/support/ProgramVariants.h>
 #include <tests/support/ShaderSources.h>
 
 #include <Viewer3dModule/scene/Scene3d.h>
@@ -339,6 +340,7 @@ TEST_P(ProgramSourcesTest, KhronosCompilerLinksIt)
 const auto nameOfProgram = [](const auto& program) { return program.param.name; };
 
 INSTANTIATE_TEST_SUITE_P(Programs, ProgramSourcesTest, ::testing::ValuesIn(defaultPrograms()), nameOfProgram);
+INSTANTIATE_TEST_SUITE_P(Variants, ProgramSourcesTest, ::testing::ValuesIn(programVariants()), nameOfProgram);
 INSTANTIATE_TEST_SUITE_P(FurtherPrograms, ProgramSourcesTest, ::testing::ValuesIn(furtherPrograms()),
                          nameOfProgram);
 
