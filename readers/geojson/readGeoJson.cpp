@@ -8,13 +8,11 @@ namespace readers {
 
 std::vector<std::unique_ptr<FeatureElement>> readGeoJson(const QString& path, ksp::StagedProgress progress)
 {
-    constexpr qint64 largest = 512 * 1024 * 1024; // bytes; the parsed document takes several times as much
+    constexpr qint64 largest = 512 * 1024 * 1024; // bytes; the features may take several times as much
     std::vector<std::unique_ptr<FeatureElement>> features;
     withFile(path, [&](QIODevice& device) {
         if (device.size() > largest) throw ksp::CommonError(QStringLiteral("is larger than 512 MiB"));
-        QByteArray bytes = device.readAll();
-        if (bytes.startsWith("\xef\xbb\xbf")) bytes.remove(0, 3);
-        features = GeoJsonParser(progress).parse(bytes);
+        features = GeoJsonParser(progress).parse(device.readAll());
     });
     return features;
 }
