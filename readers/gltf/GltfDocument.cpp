@@ -6,7 +6,6 @@
 #include <QtCore/QDir>
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
-#include <QtCore/QJsonDocument>
 #include <QtCore/QUrl>
 #include <QtCore/QtEndian>
 
@@ -109,17 +108,16 @@ std::uint64_t toWhole(const QJsonValue& value, std::uint64_t defaultValue, const
     return static_cast<std::uint64_t>(number);
 }
 
-GltfDocument::GltfDocument(QIODevice& device, const QString& path)
+GltfDocument::GltfDocument(QIODevice& device, const QString& path, ksp::StagedProgress progress)
     : m_folder(QFileInfo(path).path())
 {
     if (device.size() > std::numeric_limits<int>::max() / 2) fail(QStringLiteral("is larger than 1 GiB"));
     m_bytes = device.readAll();
-    if (m_bytes.size() >= 4 && qFromLittleEndian<quint32>(m_bytes.constData()) == containerMark)
-        readContainer();
-    else
-        parse(m_bytes);
-    const QString version =
-        m_root.value(QLatin1String("asset")).toObject().value(QLatin1String("version")).toString();
+    const bool contained =
+        m_bytes.size() >= 4 && qFromLittleEndian<quint32>(m_bytes.constData()) == containerMark;
+    m_index.read(contained ? readContainer() : m_bytes, static_cast<std::size_t>(m_bytes.size()),
+                 std::move(progress));
+    const QString version = m_index.getValue("asset").toObject().value(QLatin1String("version")).toString();
     if (version != QLatin1String("2.0") && !version.startsWith(QLatin1String("2.")))
         fail(version.isEmpty()
                  ? QStringLiteral("is not a glTF file")
@@ -127,8 +125,8 @@ GltfDocument::GltfDocument(QIODevice& device, const QString& path)
     checkExtensions();
 }
 
-// A head of three numbers, then chunks of a length, a type and bytes.
-void GltfDocument::readContainer()
+// A head of three numbers, then chunks of a length, a type and bytes. Gives the text.
+QByteArray GltfDocument::readContainer()
 {
     constexpr int headSize = 12;
     constexpr int chunkHeadSize = 8;
@@ -139,6 +137,7 @@ void GltfDocument::readContainer()
     const auto length = qFromLittleEndian<quint32>(bytes + 8);
     if (length > static_cast<quint32>(m_bytes.size()))
         fail(QStringLiteral("is too short: %1 bytes announced, %2 there").arg(length).arg(m_bytes.size()));
+    QByteArray json;
     bool hasJson = false;
     const auto end = static_cast<int>(length);
     for (int at = headSize; at + chunkHeadSize <= end;) {
@@ -150,29 +149,20 @@ void GltfDocument::readContainer()
         const QByteArray chunk = QByteArray::fromRawData(bytes + at, static_cast<int>(size));
         if (type == jsonChunk && !hasJson) {
             hasJson = true;
-            parse(chunk);
+            json = chunk;
         } else if (type == binaryChunk && m_chunk.isEmpty()) {
             m_chunk = chunk;
         }
         at += static_cast<int>(size);
     }
     if (!hasJson) fail(QStringLiteral("has no chunk of text"));
-}
-
-void GltfDocument::parse(const QByteArray& json)
-{
-    QJsonParseError error;
-    const QJsonDocument document = QJsonDocument::fromJson(json, &error);
-    if (error.error != QJsonParseError::NoError)
-        fail(QStringLiteral("is not valid JSON at byte %1: %2").arg(error.offset).arg(error.errorString()));
-    if (!document.isObject()) fail(QStringLiteral("is not a glTF file"));
-    m_root = document.object();
+    return json;
 }
 
 // Those about looks can be done without: plain colours are what is drawn anyway.
 void GltfDocument::checkExtensions() const
 {
-    const QJsonArray required = m_root.value(QLatin1String("extensionsRequired")).toArray();
+    const QJsonArray required = m_index.getValue("extensionsRequired").toArray();
     for (const QJsonValue& value : required) {
         const QString name = value.toString();
         const QLatin1String harmless[] = {QLatin1String("KHR_materials_"), QLatin1String("KHR_texture_"),
@@ -184,16 +174,21 @@ void GltfDocument::checkExtensions() const
     }
 }
 
-QJsonObject GltfDocument::getMember(const char* list, const QJsonValue& index) const
+int GltfDocument::toIndex(const char* list, const QJsonValue& index) const
 {
-    const QJsonArray members = m_root.value(QLatin1String(list)).toArray();
+    const int count = getCountOf(list);
     const std::uint64_t number = toWhole(index, std::numeric_limits<std::uint64_t>::max(), list);
-    if (number >= static_cast<std::uint64_t>(members.size()))
+    if (number >= static_cast<std::uint64_t>(count))
         fail(QStringLiteral("member %1 of \"%2\" is named, there are %3")
                  .arg(index.toDouble(-1.0))
                  .arg(QLatin1String(list))
-                 .arg(members.size()));
-    return members.at(static_cast<int>(number)).toObject();
+                 .arg(count));
+    return static_cast<int>(number);
+}
+
+QJsonObject GltfDocument::getMember(const char* list, const QJsonValue& index)
+{
+    return m_index.getMember(list, toIndex(list, index));
 }
 
 QByteArray GltfDocument::readAddress(const QString& address, std::uint64_t most) const
@@ -215,10 +210,10 @@ QByteArray GltfDocument::readAddress(const QString& address, std::uint64_t most)
 
 const QByteArray& GltfDocument::getBuffer(const QJsonValue& index)
 {
-    const QJsonObject buffer = getMember("buffers", index);
-    const int number = index.toInt();
+    const int number = toIndex("buffers", index);
     const auto known = m_buffers.find(number);
     if (known != m_buffers.end()) return known->second;
+    const QJsonObject buffer = getMember("buffers", index);
     const std::uint64_t length =
         toWhole(buffer.value(QLatin1String("byteLength")), 0, "the length of a buffer");
     const QJsonValue address = buffer.value(QLatin1String("uri"));
@@ -251,7 +246,7 @@ QByteArray GltfDocument::readView(const QJsonValue& view)
     return QByteArray::fromRawData(buffer.constData() + offset, static_cast<int>(length));
 }
 
-std::uint64_t GltfDocument::getCount(const QJsonValue& accessor) const
+std::uint64_t GltfDocument::getCount(const QJsonValue& accessor)
 {
     return toWhole(getMember("accessors", accessor).value(QLatin1String("count")), 0,
                    "the count of an accessor");

@@ -1,10 +1,11 @@
 #pragma once
 
+#include <readers/gltf/GltfIndex.h>
+
 #include <QtCore/QByteArray>
 #include <QtCore/QIODevice>
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonObject>
-#include <QtCore/QStringList>
 
 #include <cstdint>
 #include <map>
@@ -20,19 +21,20 @@ class GltfDocument
 public:
     /// path: for finding the files beside it. Refuses other versions and extensions that the file cannot do
     /// without and that change what its geometry is.
-    GltfDocument(QIODevice& device, const QString& path);
+    GltfDocument(QIODevice& device, const QString& path, ksp::StagedProgress progress);
 
-    const QJsonObject& getRoot() const { return m_root; }
+    /// The number of the scene to show; undefined when the document names none.
+    QJsonValue getScene() const { return m_index.getValue("scene"); }
     const QString& getFolder() const { return m_folder; }
     /// Bytes of the file.
     std::uint64_t getSize() const { return static_cast<std::uint64_t>(m_bytes.size()); }
     /// The number of members that one of the root's lists has.
-    int getCountOf(const char* list) const { return m_root.value(QLatin1String(list)).toArray().size(); }
+    int getCountOf(const char* list) const { return m_index.getCountOf(list); }
     /// The numbered member of one of the root's lists.
-    QJsonObject getMember(const char* list, const QJsonValue& index) const;
+    QJsonObject getMember(const char* list, const QJsonValue& index);
 
     /// The number of entries that an accessor has.
-    std::uint64_t getCount(const QJsonValue& accessor) const;
+    std::uint64_t getCount(const QJsonValue& accessor);
     /// All its numbers, entry by entry, normalised where it says so. Refuses one of another number of
     /// components.
     std::vector<double> readAccessor(const QJsonValue& accessor, int components);
@@ -42,8 +44,8 @@ public:
     QByteArray readAddress(const QString& address, std::uint64_t most) const;
 
 private:
-    void readContainer();
-    void parse(const QByteArray& json);
+    QByteArray readContainer();
+    int toIndex(const char* list, const QJsonValue& index) const;
     void checkExtensions() const;
     const QByteArray& getBuffer(const QJsonValue& index);
     void readEntries(const QJsonObject& source, int componentType, int components, std::uint64_t count,
@@ -54,7 +56,7 @@ private:
     QString m_folder;
     QByteArray m_bytes; ///< the file
     QByteArray m_chunk; ///< the buffer in a binary container, a part of m_bytes
-    QJsonObject m_root;
+    GltfIndex m_index;
     std::map<int, QByteArray> m_buffers;
 };
 

@@ -12,6 +12,8 @@ namespace readers {
 
 namespace {
 
+constexpr double readingWeight = 20.0; // percent of the progress that finding the document's members is
+
 enum Mode { Points, Lines, LineLoop, LineStrip, Triangles, TriangleStrip, TriangleFan };
 
 // Entries of vertices and indices that a document may unfold to by using meshes many times: a small one can
@@ -71,7 +73,7 @@ bool isFinite(const glm::dmat4& matrix)
 GltfParser::GltfParser(QIODevice& device, const QString& path, ksp::StagedProgress progress)
     : m_path(path)
     , m_progress(std::move(progress))
-    , m_document(device, path)
+    , m_document(device, path, m_progress.startStage(readingWeight))
     , m_materials(m_document, path)
     , m_entriesLeft(freeEntries + entriesPerByte * m_document.getSize())
 {
@@ -99,26 +101,25 @@ std::vector<MeshData> GltfParser::parse()
 }
 
 // Those of the scene that the document names, or its first; without scenes the nodes that are nobody's child.
-QJsonArray GltfParser::getRootNodes() const
+QJsonArray GltfParser::getRootNodes()
 {
-    const QJsonObject& root = m_document.getRoot();
-    if (!root.value(QLatin1String("scenes")).toArray().isEmpty()) {
-        const QJsonValue scene = root.value(QLatin1String("scene"));
+    if (m_document.getCountOf("scenes") > 0) {
+        const QJsonValue scene = m_document.getScene();
         return m_document.getMember("scenes", scene.isUndefined() ? QJsonValue(0) : scene)
             .value(QLatin1String("nodes"))
             .toArray();
     }
-    const QJsonArray nodes = root.value(QLatin1String("nodes")).toArray();
-    std::vector<bool> isChild(static_cast<std::size_t>(nodes.size()), false);
-    for (const QJsonValue& node : nodes) {
-        const QJsonArray list = node.toObject().value(QLatin1String("children")).toArray();
+    const int count = m_document.getCountOf("nodes");
+    std::vector<bool> isChild(static_cast<std::size_t>(count), false);
+    for (int i = 0; i < count; ++i) {
+        const QJsonArray list = m_document.getMember("nodes", i).value(QLatin1String("children")).toArray();
         for (const QJsonValue& child : list) {
             const int number = child.toInt(-1);
-            if (number >= 0 && number < nodes.size()) isChild[static_cast<std::size_t>(number)] = true;
+            if (number >= 0 && number < count) isChild[static_cast<std::size_t>(number)] = true;
         }
     }
     QJsonArray roots;
-    for (int i = 0; i < nodes.size(); ++i) {
+    for (int i = 0; i < count; ++i) {
         if (!isChild[static_cast<std::size_t>(i)]) roots.append(i);
     }
     return roots;

@@ -29,7 +29,7 @@ private:
         glm::dmat4 transform = glm::dmat4(1.0);
     };
 
-    QJsonArray getRootNodes() const;
+    QJsonArray getRootNodes();
     Walk addNode(const QJsonValue& index, const glm::dmat4& parent);
     void addMesh(const QJsonObject& mesh, const QString& name, const glm::dmat4& transform);
     void addPrimitive(const QJsonObject& primitive, const glm::dmat4& transform, bool colored);

@@ -336,3 +336,46 @@ TEST_F(GltfTest, VerticesThatAreNotFiniteAreLeftOut)
     EXPECT_EQ(refusalOf(document(oneMesh(plainSquare, ",\"translation\":[1e308,0,0],\"scale\":[1e308,1,1]"))),
               "has nothing to draw whose coordinates are finite and below 1e15");
 }
+
+TEST_F(GltfTest, ListsGivenTwiceAreTheLast)
+{
+    EXPECT_EQ(refusalOf(document(oneMesh(plainSquare) + ",\"nodes\":[{}]")), "has nothing to draw");
+    EXPECT_EQ(readGltf(document("\"nodes\":[{},{},{}]," + oneMesh(plainSquare))).size(), 1u);
+    EXPECT_EQ(refusalOf(document(oneMesh(plainSquare) + ",\"nodes\":7")),
+              "member 0 of \"nodes\" is named, there are 0");
+}
+
+TEST_F(GltfTest, SceneIsTheOneThatTheDocumentNames)
+{
+    const QByteArray scenes = R"("scenes":[{"nodes":[0]},{"nodes":[0,1]}],"nodes":[{"mesh":0},{"mesh":0}],)"
+                              R"("meshes":[{"primitives":[)" +
+                              plainSquare + "]}]";
+    EXPECT_EQ(readGltf(document(scenes)).size(), 1u);
+    EXPECT_EQ(readGltf(document("\"scene\":1," + scenes)).size(), 2u);
+    EXPECT_EQ(readGltf(document(scenes + ",\"scene\":1.0")).size(), 2u);
+    EXPECT_EQ(refusalOf(document("\"scene\":2," + scenes)), "member 2 of \"scenes\" is named, there are 2");
+    EXPECT_EQ(refusalOf(document("\"scene\":\"1\"," + scenes)), "scenes is not a whole number");
+}
+
+TEST_F(GltfTest, WhatStandsInListsOfMembersIsAnObject)
+{
+    for (const char* other : {"null", "7", "\"a\"", "[]"})
+        EXPECT_EQ(refusalOf(document(oneMesh(plainSquare) + ",\"images\":[{}," + other + "]")),
+                  "a member of \"images\" is no object")
+            << other;
+}
+
+TEST_F(GltfTest, ForeignMembersArePassedOver)
+{
+    EXPECT_EQ(readGltf(document(R"("animations":[7,[{"nodes":[{}]}]],"extras":{"nodes":[7]},)" +
+                                oneMesh(plainSquare, R"(,"extras":{"mesh":9,"nodes":[1]})")))
+                  .size(),
+              1u);
+}
+
+TEST_F(GltfTest, MillionsOfMembersAreRefused)
+{
+    EXPECT_EQ(refusalOf("{\"nodes\":[" + QByteArray("{},").repeated(200'000) + "{}]}"),
+              "has far more \"nodes\" than a file of its size should");
+    EXPECT_EQ(refusalOf("{\"nodes\":[" + QByteArray("{},").repeated(99'999) + "{}]}"), "is not a glTF file");
+}
