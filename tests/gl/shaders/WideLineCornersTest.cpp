@@ -272,4 +272,13 @@ TEST_F(WideLineCornersTest, RandomSegmentsUnderParallelProjections)
     report("wide lines, parallel projections", 5000);
 }
 
+// Central and parallel projections put all that is behind the eye before the near plane too; others need not.
+TEST_F(WideLineCornersTest, NothingBehindTheEyeIsDrawnWhateverItsDepth)
+{
+    glm::mat4 matrix(1.0f);
+    matrix[3] = glm::vec4(0.0f, 0.0f, 3.0f, -1.0f);
+    setView(matrix, 64, 64, 4.0f);
+    expectCorners({{{-0.5f, 0.2f, 0.0f}, {0.5f, -0.3f, 0.0f}}});
+}
+
 } // namespace
