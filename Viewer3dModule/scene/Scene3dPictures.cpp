@@ -5,7 +5,7 @@
 #include <Viewer3dModule/host/Graphics3dItem.h>
 #include <Viewer3dModule/scene/CurrentContextGuard.h>
 #include <Viewer3dModule/scene/Scene3d.h>
-#include <Viewer3dModule/scene/TargetLimit.h>
+#include <Viewer3dModule/scene/longestTargetSide.h>
 #include <framework/ksp/Log.h>
 
 #include <QtCore/QRectF>
@@ -218,9 +218,8 @@ QImage Scene3d::createItemsImage(const std::vector<Graphics3dItem*>& items, cons
     box = box.transformed(sceneToModel);
     if (modelRect.isValid()) box = withRectangle(box, modelRect);
     const QSize size = imageRect.isValid() ? imageRect.size() : topViewSize(box.getSize());
-    // A thousandth of a scene unit is more than scene coordinates are rounded by.
-    const double reach = 0.01 * box.getDiagonal() + 0.001 * glm::length(glm::dvec3(sceneToModel[2]));
-    const TopView top = topView(box, size, reach);
+    // A hundredth of a scene unit is more than scene coordinates and depths are rounded by.
+    const TopView top = topView(box, size, 0.01 * glm::length(glm::dvec3(sceneToModel[2])));
 
     PaintContext context;
     context.setViewport(QRect(QPoint(0, 0), size));

@@ -150,7 +150,7 @@ TEST_F(ItemPicturesTest, ComeInTheOrderOfAttachments)
     expectFilled(images[2], qRgba(0, 0, 255, 255));
 }
 
-// The attachments are filled first, so that what their memory happens to hold does not pass for a clear. The
+// The attachments are filled first, because some drivers hand memory out again as it was. The
 // drawing names the one draw buffer that its program writes: what a program leaves out is undefined
 // elsewhere, and this machine's driver then writes what it finds.
 TEST_F(ItemPicturesTest, AreTransparentBlackWhereNothingIsWritten)

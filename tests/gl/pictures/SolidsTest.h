@@ -82,7 +82,7 @@ public:
     ~FullScreen();
     FullScreen(const FullScreen&) = delete;
     FullScreen& operator=(const FullScreen&) = delete;
-    /// With the vertex array, of the context that is current; blending replaces nothing but is left on.
+    /// Draws with the vertex array, which is of the context that is current.
     void draw(unsigned int vertexArray);
 
 private:

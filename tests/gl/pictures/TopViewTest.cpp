@@ -70,12 +70,15 @@ TEST_F(TopViewTest, WhatIsHigherHidesWhatIsLower)
 // The top and the bottom of the box are within the near and far planes, however small the region is.
 TEST_F(TopViewTest, AllHeightsAreSeen)
 {
-    SolidItem* roof = add(squareVertices(-5, 0, 5, 5, 200.0f), Qt::red);
-    SolidItem* floor = add(squareVertices(-5, -5, 5, 0, -200.0f), Qt::blue);
-    for (const QRectF& region : {QRectF(), QRectF(-0.01, -0.01, 0.02, 0.02)}) {
-        const QImage image = picture({roof, floor}, region, QRect(0, 0, 8, 8));
-        EXPECT_EQ(countPixels(image, QColor(Qt::red)), 32);
-        EXPECT_EQ(countPixels(image, QColor(Qt::blue)), 32);
+    for (const float height : {0.1f, 3.3f, 77.7f, 123.456f, 333.3f, 499.9f}) {
+        SolidItem* roof = add(squareVertices(-5, 0, 5, 5, height), Qt::red);
+        SolidItem* floor = add(squareVertices(-5, -5, 5, 0, -height), Qt::blue);
+        for (const double half : {5.0, 0.1, 0.001}) {
+            const QRectF region(-half, -half, 2.0 * half, 2.0 * half);
+            const QImage image = picture({roof, floor}, region, QRect(0, 0, 8, 8));
+            EXPECT_EQ(countPixels(image, QColor(Qt::red)), 32) << height << ' ' << half;
+            EXPECT_EQ(countPixels(image, QColor(Qt::blue)), 32) << height << ' ' << half;
+        }
     }
 }
 
@@ -155,6 +158,20 @@ TEST_F(TopViewTest, APlumbLineHasOnePixel)
 {
     EXPECT_EQ(picture({add({glm::vec3(0, 0, -1), glm::vec3(0, 0, 1), glm::vec3(0, 0, 1)})}).size(),
               QSize(1, 1));
+}
+
+// The near and the far plane hold the ends of a line that looks straight at the eye, and a point.
+TEST_F(TopViewTest, UprightThingsLieBetweenTheNearAndTheFarPlane)
+{
+    for (const float half : {0.0f, 1.0f}) {
+        SolidItem* item = add({glm::vec3(0, 0, -half), glm::vec3(0, 0, half), glm::vec3(0, 0, half)});
+        picture({item});
+        for (const float z : {-half, half}) {
+            const PaintContext& pass = item->lastContext;
+            const glm::vec4 clip = pass.projection * pass.view * glm::vec4(0, 0, z, 1);
+            EXPECT_LT(std::abs(clip.z), 0.9999f * clip.w) << half << ' ' << z;
+        }
+    }
 }
 
 TEST_F(TopViewTest, OfNoItemsIsTransparent)

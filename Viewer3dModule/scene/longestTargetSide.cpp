@@ -1,4 +1,4 @@
-#include <Viewer3dModule/scene/TargetLimit.h>
+#include <Viewer3dModule/scene/longestTargetSide.h>
 
 #include <algorithm>
 
