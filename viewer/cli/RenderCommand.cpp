@@ -46,9 +46,9 @@ void commands::render(const RenderOptions& options)
     const QColor background = options.background.isValid()
                                   ? options.background
                                   : View3dSettings::getInstance()->getBackgroundColor();
-    const Viewpoint viewpoint = makeViewpoint(options.camera, *scene, renderer, options.size);
+    const Viewpoint viewpoint = makeViewpoint(options.camera, *scene, renderer, options.camera.size);
     const QImage picture =
-        bar.runSilent([&] { return renderer.picture(viewpoint, options.size, background); });
+        bar.runSilent([&] { return renderer.picture(viewpoint, options.camera.size, background); });
     bar.throwIfInterrupted();
     PictureFile::write(options.output, picture);
 }

@@ -50,7 +50,7 @@ TEST(CommandLine, RenderHasItsDefaults)
     const RenderOptions options = parseRender({});
     EXPECT_EQ(options.files, QStringList("a.obj"));
     EXPECT_EQ(options.output, "a.png");
-    EXPECT_EQ(options.size, QSize(1280, 720));
+    EXPECT_EQ(options.camera.size, QSize(1280, 720));
     EXPECT_EQ(options.camera.view, StandardView::Iso);
     EXPECT_EQ(options.camera.projection, IProjection::Central);
     EXPECT_FALSE(options.camera.position);
@@ -62,7 +62,7 @@ TEST(CommandLine, RenderTakesAllItsOptions)
     const RenderOptions options = parseRender(
         {"b.ply", "--size", "640x480", "--view=left", "--projection", "parallel", "--background", "#102030"});
     EXPECT_EQ(options.files, QStringList({"a.obj", "b.ply"}));
-    EXPECT_EQ(options.size, QSize(640, 480));
+    EXPECT_EQ(options.camera.size, QSize(640, 480));
     EXPECT_EQ(options.camera.view, StandardView::Left);
     EXPECT_EQ(options.camera.projection, IProjection::Parallel);
     EXPECT_EQ(options.background, QColor(0x10, 0x20, 0x30));

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QtCore/QStringList>
+
+class CommandParser;
+
+/// What "viewer3d info" is asked for.
+struct InfoOptions
+{
+    QStringList files;
+    bool json = false;
+
+    static const char* const synopsis;
+    static const char* const description;
+    static void declare(CommandParser& parser);
+    /// Throws UsageError.
+    static InfoOptions read(const CommandParser& parser);
+};

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QtCore/QSize>
+#include <QtCore/QStringList>
+#include <QtGui/QColor>
+#include <glm/glm.hpp>
+
+/// The values that options are given, read from their text. All throw UsageError, whose text begins with the
+/// option and its value as they were given. option: its name without dashes.
+namespace OptionValue {
+
+/// Three numbers between commas, none of them larger than 1e12.
+glm::dvec3 point(const QString& option, const QString& text);
+/// WIDTHxHEIGHT in pixels, a size that pictures can have.
+QSize size(const QString& option, const QString& text);
+/// The number of the word in the list; capital letters do not matter.
+int word(const QString& option, const QString& text, const QStringList& words);
+/// A name, #rrggbb, #aarrggbb or transparent.
+QColor color(const QString& option, const QString& text);
+
+} // namespace OptionValue

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <viewer/cli/CameraOptions.h>
+
+#include <QtCore/QStringList>
+#include <QtGui/QColor>
+
+#include <optional>
+
+class CommandParser;
+
+/// What "viewer3d render" is asked for.
+struct RenderOptions
+{
+    QStringList files;
+    QString output;
+    CameraOptions camera;
+    QColor background;              ///< invalid: that of the settings
+    std::optional<float> pointSize; ///< pixels; nothing: as usual
+
+    static const char* const synopsis;
+    static const char* const description;
+    static void declare(CommandParser& parser);
+    /// Throws UsageError.
+    static RenderOptions read(const CommandParser& parser);
+};

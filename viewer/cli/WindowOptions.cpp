@@ -1,0 +1,24 @@
+#include <viewer/cli/WindowOptions.h>
+
+#include <viewer/cli/CommandParser.h>
+#include <viewer/cli/PointSizeOption.h>
+
+const char* const WindowOptions::synopsis = "[FILES...] [OPTIONS]";
+const char* const WindowOptions::description =
+    "Shows files of meshes, points and features, and makes pictures of them.\n\n"
+    "  viewer3d [FILES...] [OPTIONS]          open the files in a window\n"
+    "  viewer3d render FILES... -o OUT.png    make a picture\n"
+    "  viewer3d info FILES...                 list elements, counts and bounds\n"
+    "  viewer3d plugins                       list the plug-ins and what can be read\n\n"
+    "viewer3d COMMAND --help tells the options of a command. Exit status: 0 done, 1 failed, 2 wrong usage.";
+
+void WindowOptions::declare(CommandParser& parser)
+{
+    parser.add({"v", "version"}, "show the version");
+    PointSizeOption::declare(parser);
+}
+
+WindowOptions WindowOptions::read(const CommandParser& parser)
+{
+    return {parser.positionalArguments(), PointSizeOption::read(parser)};
+}

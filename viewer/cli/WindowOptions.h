@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QtCore/QStringList>
+
+#include <optional>
+
+class CommandParser;
+
+/// What the window is opened with.
+struct WindowOptions
+{
+    QStringList files;
+    std::optional<float> pointSize; ///< pixels; nothing: as usual
+
+    static const char* const synopsis;
+    static const char* const description;
+    static void declare(CommandParser& parser);
+    /// Throws UsageError.
+    static WindowOptions read(const CommandParser& parser);
+};
