@@ -97,7 +97,7 @@ bool Prism3D::contains(const glm::dvec3& point) const
     glm::dvec4 q = m_matrix * glm::dvec4(point, 1.0);
     q /= q.w;
     if (q.z < 0.0 || (m_height > 0.0 && q.z > m_height)) return false;
-    return fence_polygon::contains(m_fence, q);
+    return fence_polygon::contains(m_fence, glm::dvec2(q));
 }
 
 std::shared_ptr<gmx::IFence3D> Prism3D::getIFence3D(const glm::dmat4& modelToScene) const

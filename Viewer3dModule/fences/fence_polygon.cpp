@@ -40,6 +40,11 @@ bool contains(const Points& polygon, const glm::dvec2& point)
     return inside;
 }
 
+bool contains(const Points& polygon, const glm::vec2& point)
+{
+    return contains(polygon, glm::dvec2(point));
+}
+
 void serialize(ksp::CQtArchive& archive, Points& polygon)
 {
     static_assert(sizeof(glm::vec2) == 8, "points are stored as blocks of two floats");

@@ -40,6 +40,9 @@ bool isAllowed(const Points& polygon);
 /// two. Areas that a self-crossing polygon winds round twice are outside. An edge takes the same decision
 /// whichever way it runs. False for a point with a NaN. The time is proportional to the number of points.
 bool contains(const Points& polygon, const glm::dvec2& point);
+/// The same for a place that is given in floats. A function of its own: compilers have been seen to leave out
+/// the way of two doubles through floats and back when both ends are in sight.
+bool contains(const Points& polygon, const glm::vec2& point);
 
 /// Reads or writes the number of points (32 bits) and their coordinates (floats).
 void serialize(ksp::CQtArchive& archive, Points& polygon);
