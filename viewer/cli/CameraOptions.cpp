@@ -4,6 +4,8 @@
 #include <viewer/cli/OptionValue.h>
 #include <viewer/cli/UsageError.h>
 
+#include <Viewer3dModule/scene/Scene3d.h>
+
 namespace {
 
 constexpr double smallestAngle = 1e-7; // radians between the line of sight and the up vector
@@ -67,4 +69,14 @@ CameraOptions CameraOptions::read(const CommandParser& parser)
     if (parser.isSet("eye") || parser.isSet("target") || parser.isSet("up"))
         camera.position = readPosition(parser);
     return camera;
+}
+
+Viewpoint CameraOptions::viewpoint(const Scene3d& scene, const gmx::BoundingBox& visible) const
+{
+    if (!position) return Viewpoint::fitting(visible, standardViewDirection(view), projection, size);
+    const glm::dmat4 toScene = scene.modelToSceneTransform();
+    const glm::dvec3 eye = scene.mapFromModel(position->eye);
+    const glm::dvec3 forward(toScene * glm::dvec4(position->target - position->eye, 0.0));
+    const glm::dvec3 up = glm::normalize(glm::dvec3(toScene * glm::dvec4(position->up, 0.0)));
+    return Viewpoint::looking(eye, eye + forward, up, projection, size);
 }

@@ -8,6 +8,7 @@
 #include <optional>
 
 class CommandParser;
+class Scene3d;
 
 /// Where to look from, and the size of what is seen: the options of every command that draws. Points are
 /// model coordinates.
@@ -29,4 +30,8 @@ struct CameraOptions
     static void declare(CommandParser& parser);
     /// Throws UsageError.
     static CameraOptions read(const CommandParser& parser);
+
+    /// The viewpoint in scene coordinates. The scene's bounds must be up to date; visible is the box of what
+    /// there is to see in it, which standard views fit.
+    Viewpoint viewpoint(const Scene3d& scene, const gmx::BoundingBox& visible) const;
 };

@@ -10,25 +10,6 @@
 #include <Viewer3dModule/scene/Scene3d.h>
 #include <framework/model/CProject.h>
 
-namespace {
-
-/// The viewpoint in scene coordinates; the scene's bounds must be up to date.
-Viewpoint makeViewpoint(const CameraOptions& options, const Scene3d& scene, const FrameRenderer& renderer,
-                        const QSize& size)
-{
-    if (!options.position)
-        return Viewpoint::fitting(renderer.visibleBounds(), standardViewDirection(options.view),
-                                  options.projection, size);
-    const CameraOptions::Position& position = *options.position;
-    const glm::dmat4 toScene = scene.modelToSceneTransform();
-    const glm::dvec3 eye = scene.mapFromModel(position.eye);
-    const glm::dvec3 forward(toScene * glm::dvec4(position.target - position.eye, 0.0));
-    const glm::dvec3 up = glm::normalize(glm::dvec3(toScene * glm::dvec4(position.up, 0.0)));
-    return Viewpoint::looking(eye, eye + forward, up, options.projection, size);
-}
-
-} // namespace
-
 void commands::render(const RenderOptions& options)
 {
     PictureFile::requireWritable(options.output);
@@ -46,7 +27,7 @@ void commands::render(const RenderOptions& options)
     const QColor background = options.background.isValid()
                                   ? options.background
                                   : View3dSettings::getInstance()->getBackgroundColor();
-    const Viewpoint viewpoint = makeViewpoint(options.camera, *scene, renderer, options.camera.size);
+    const Viewpoint viewpoint = options.camera.viewpoint(*scene, renderer.visibleBounds());
     const QImage picture =
         bar.runSilent([&] { return renderer.picture(viewpoint, options.camera.size, background); });
     bar.throwIfInterrupted();
