@@ -1,11 +1,16 @@
 #!/usr/bin/env python3
-"""What the shipped files link, and whether a closed program may load it.
+"""What the shipped files link, and whether that may be.
 
 Usage: check_licences.py FOLDER TABLE     an installed tree; the table of judged packages
 
 Every ELF file below FOLDER is read for the libraries that it needs (DT_NEEDED), and these in turn. A library from
 outside FOLDER belongs to a Debian package. That package must be in TABLE, or its machine-readable copyright file must
-name nothing but licences that allow linking from a closed program. Whatever is unknown is refused.
+name nothing but licences that allow linking. Whatever is unknown is refused.
+
+What is allowed depends on who links. A closed host may load our libraries and plug-ins, and with them everything that
+they link: nothing of that may be under the GPL. Nobody can load our own programs (the dynamic linker refuses them), and
+their sources are under the MIT licence, which the GPL takes in: what only a program links may be under the GPL, too,
+in a version that goes with the rest of what it links, LGPL-3 and Apache-2.0, which version 2 alone does not.
 
 Prints each package with its licence, one line a finding, and exits with 1 when there is a finding. Libraries that are
 opened while a program runs (OpenGL drivers, Qt's platform plug-ins) belong to the machine and are not read.
@@ -17,10 +22,13 @@ from pathlib import Path
 
 # Licences that allow it, by the beginning of their short name. The LGPL does since everything here links dynamically.
 ALLOWED = re.compile(
-    r"^(expat|mit|x11|isc|bsd|zlib|libpng|apache-2|bsl-1|lgpl|mpl|ftl|sgi-b|unicode|public-domain|pd$|gcc-exception)",
+    r"^(expat|mit|x11|isc|ntp|hylafax|bsd|zlib|libpng|apache-2|bsl-1|lgpl|mpl|ftl|sgi-b|unicode|public-domain|pd$"
+    r"|gcc-exception)",
     re.IGNORECASE)
 # What no name may hold, however it begins.
 REFUSED = re.compile(r"(?<!l)gpl", re.IGNORECASE)
+# What programs may link beyond that.
+ALLOWED_IN_PROGRAMS = re.compile(r"^gpl-(2(\.0)?\+|3(\.0)?\+?)$", re.IGNORECASE)
 
 
 class LicenceError(Exception):
@@ -64,10 +72,14 @@ def read_table(text):
     return table
 
 
-def is_allowed(expression):
+def is_allowed(expression, by_program=False):
     """Whether a licence expression leaves a choice that allows it: of "A or B" one must, of "A and B" both."""
+    def allows(name):
+        return bool(ALLOWED.match(name) and not REFUSED.search(name)) or (
+            by_program and bool(ALLOWED_IN_PROGRAMS.match(name)))
+
     expression = expression.replace(",", " ")
-    return all(any(ALLOWED.match(name.strip()) and not REFUSED.search(name) for name in re.split(r"\s+or\s+", part))
+    return all(any(allows(name.strip()) for name in re.split(r"\s+or\s+", part))
                for part in re.split(r"\s+and\s+", expression))
 
 
@@ -85,7 +97,7 @@ def paragraphs(text):
         yield fields
 
 
-def judge_copyright(text):
+def judge_copyright(text, by_program=False):
     """(licences, None) of a copyright file that names allowed licences only, else (None, what is wrong)."""
     if not re.search(r"^Format(-Specification)?:", text, re.MULTILINE):
         return None, "its copyright file is not machine-readable"
@@ -95,7 +107,7 @@ def judge_copyright(text):
         if all(name.startswith("debian/") for name in files):
             continue # no files named, or packaging, which is not in the library
         licence = fields.get("License", "").split("\n")[0].strip()
-        if not is_allowed(licence):
+        if not is_allowed(licence, by_program):
             return None, f"{licence or 'no licence'} for {' '.join(files)[:60]}"
         licences.add(licence)
     if not licences:
@@ -103,14 +115,14 @@ def judge_copyright(text):
     return ", ".join(sorted(licences)), None
 
 
-def judge(package, table, system):
+def judge(package, table, system, by_program=False):
     """(licence, None) for a package that may be linked, else (None, what is wrong)."""
     if package in table:
         return table[package][0], None
     text = system.copyright(package)
     if text is None:
         return None, "it has no copyright file"
-    return judge_copyright(text)
+    return judge_copyright(text, by_program)
 
 
 def is_elf(path):
@@ -118,10 +130,19 @@ def is_elf(path):
         return file.read(4) == b"\x7fELF"
 
 
+def read_elf(option, path):
+    return subprocess.run(["readelf", option, "-W", str(path)], capture_output=True, text=True, check=True).stdout
+
+
+def is_program(path):
+    """Whether a file can be started only and not loaded. Shared libraries can have an entry point, too: no sign."""
+    return bool(re.search(r"^\s*Type:\s+EXEC", read_elf("-h", path), re.MULTILINE)
+                or re.search(r"\(FLAGS_1\).*\bPIE\b", read_elf("-d", path)))
+
+
 def needed(path):
     """The names of the libraries that a file itself needs."""
-    answer = subprocess.run(["readelf", "-d", "-W", str(path)], capture_output=True, text=True, check=True)
-    return re.findall(r"\(NEEDED\).*\[(.+)\]", answer.stdout)
+    return re.findall(r"\(NEEDED\).*\[(.+)\]", read_elf("-d", path))
 
 
 def resolved(path):
@@ -155,19 +176,20 @@ def check(folder, table, system):
     shipped = [path for path in sorted(folder.rglob("*")) if path.is_file() and not path.is_symlink() and is_elf(path)]
     findings, packages, read = [], {}, set()
     for file in shipped:
+        by_program = is_program(file)
         for path, chain in closure(file).values():
             where = " -> ".join(chain)
             if path is None:
                 findings.append(f"{where}: not found")
                 continue
-            if path in read or folder in Path(path).resolve().parents:
+            if (path, by_program) in read or folder in Path(path).resolve().parents:
                 continue
-            read.add(path)
+            read.add((path, by_program))
             package = system.owner(path)
             if package is None:
                 findings.append(f"{where}: {path} belongs to no package")
                 continue
-            licence, problem = judge(package, table, system)
+            licence, problem = judge(package, table, system, by_program)
             if problem:
                 findings.append(f"{where}: package {package}: {problem}")
             else:

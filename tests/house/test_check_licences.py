@@ -78,6 +78,24 @@ class CopyrightTest(unittest.TestCase):
         self.refused(HEAD)
 
 
+class ProgramCopyrightTest(unittest.TestCase):
+    """What a program alone links may be under the GPL, where that goes with LGPL-3 and Apache-2.0."""
+
+    def problem(self, licence):
+        return licences.judge_copyright(copyright_file(("*", licence)), by_program=True)[1]
+
+    def test_the_gpl_passes_from_version_2_upwards(self):
+        for licence in ("GPL-2+", "GPL-2.0+", "GPL-3", "GPL-3+", "Expat and GPL-3+"):
+            self.assertIsNone(self.problem(licence), licence)
+
+    def test_version_2_alone_is_refused(self):
+        self.assertEqual(self.problem("GPL-2"), "GPL-2 for *")
+
+    def test_others_are_refused_as_everywhere(self):
+        for licence in ("AGPL-3", "Our-own-licence", "GPL-2+ and Our-own-licence", ""):
+            self.assertIsNotNone(self.problem(licence), licence)
+
+
 class TableTest(unittest.TestCase):
     def test_an_entry_decides(self):
         table = licences.read_table("# comment\n\nlibx | MIT | the GPL is for tests\n")
@@ -113,20 +131,26 @@ class LinkTest(unittest.TestCase):
             calls = "".join(f"void {other}(); " for other in links)
             source = calls + f"void {name}() {{ {''.join(other + '(); ' for other in links)} }}"
             target = path.parent / (name + ".so" if links == ["madeup_middle"] else f"lib{name}.so")
-            subprocess.run([COMPILER, "-shared", "-fPIC", "-x", "c++", "-", "-o", str(target), f"-L{root}",
-                            f"-Wl,-rpath,{root}", *[f"-l{other}" for other in links]],
-                           input=source, text=True, check=True)
+            cls.root = root
+            cls.compile(source, target, ["-shared", "-fPIC", *[f"-l{other}" for other in links]])
         cls.shipped = root / "shipped"
-        cls.root = root
 
     @classmethod
     def tearDownClass(cls):
         cls.folder.cleanup()
 
+    @classmethod
+    def compile(cls, source, target, options):
+        subprocess.run([COMPILER, "-x", "c++", "-", "-o", str(target), f"-L{cls.root}", f"-Wl,-rpath,{cls.root}",
+                        *options], input=source, text=True, check=True)
+
+    @staticmethod
+    def table():
+        return licences.read_table((Path(__file__).parent / "licences.txt").read_text(encoding="utf-8"))
+
     def findings(self, codec):
         machine = Machine({"libmadeup_codec": codec, "libmadeup_middle": copyright_file(("*", "Expat"))})
-        table = licences.read_table((Path(__file__).parent / "licences.txt").read_text(encoding="utf-8"))
-        return licences.check(self.shipped, table, machine)
+        return licences.check(self.shipped, self.table(), machine)
 
     def test_a_gpl_library_behind_another_is_refused(self):
         findings, packages, shipped = self.findings(copyright_file(("*", "GPL-3+")))
@@ -144,6 +168,43 @@ class LinkTest(unittest.TestCase):
         findings, _, _ = licences.check(self.shipped, {}, Machine({"libmadeup_middle": copyright_file(("*", "MIT"))}))
         self.assertIn("reader_madeup.so -> libmadeup_middle.so -> libmadeup_codec.so: "
                       f"{self.root}/libmadeup_codec.so belongs to no package", findings)
+
+    def test_a_program_may_link_what_a_reader_may_not(self):
+        copyright_files = {"libmadeup_codec": copyright_file(("*", "GPL-2+")),
+                           "libmadeup_middle": copyright_file(("*", "Expat"))}
+        for option in ("-pie", "-no-pie"):
+            folder = self.root / ("program" + option)
+            folder.mkdir()
+            self.compile("void madeup_codec(); int main() { madeup_codec(); }", folder / "program",
+                         ["-fPIE" if option == "-pie" else "-fno-pie", option, "-lmadeup_codec"])
+            findings, packages, shipped = licences.check(folder, self.table(), Machine(copyright_files))
+            self.assertEqual(findings, [])
+            self.assertEqual(packages["libmadeup_codec"], "GPL-2+")
+            self.assertEqual(len(shipped), 1)
+            # the reader beside it stays refused, whichever of them is read first
+            for name in ("a_reader.so", "z_reader.so"):
+                self.compile("void madeup_codec(); void reader() { madeup_codec(); }", folder / name,
+                             ["-shared", "-fPIC", "-lmadeup_codec"])
+            findings, _, _ = licences.check(folder, self.table(), Machine(copyright_files))
+            self.assertEqual(findings, ["a_reader.so -> libmadeup_codec.so: package libmadeup_codec: GPL-2+ for *"])
+
+    def test_a_library_that_can_be_started_too_is_no_program(self):
+        library = self.root / "startable.so"
+        self.compile("extern const char interpreter[] __attribute__((section(\".interp\"))) = "
+                     "\"/lib64/ld-linux-x86-64.so.2\"; void entry() {}", library, ["-shared", "-fPIC"])
+        self.assertIn("INTERP", licences.read_elf("-l", library))
+        self.assertFalse(licences.is_program(library))
+
+    def test_a_library_that_writes_tiff_is_refused_and_a_program_passes(self):
+        folder = self.root / "tiff"
+        folder.mkdir()
+        self.compile("extern \"C\" const char* TIFFGetVersion(); int main() { return *TIFFGetVersion(); }",
+                     folder / "program", ["-fPIE", "-pie", "-ltiff"])
+        self.assertEqual(licences.check(folder, self.table(), licences.Debian())[0], [])
+        self.compile("extern \"C\" const char* TIFFGetVersion(); const char* version() { return TIFFGetVersion(); }",
+                     folder / "reader.so", ["-shared", "-fPIC", "-ltiff"])
+        self.assertEqual(licences.check(folder, self.table(), licences.Debian())[0],
+                         ["reader.so -> libtiff.so.6 -> libjbig.so.0: package libjbig0: GPL-2+ for *"])
 
     def test_nothing_to_read_is_refused(self):
         findings, _, _ = licences.check(self.root / "empty", {}, Machine({}))
