@@ -281,6 +281,31 @@ MUTATIONS = [
         ("light", "item.is_lit != 0", "item.is_lit == 0"),
     ),
     *changes(
+        "colours by height", "common.vertex", "gl_elevation",
+        ("height of a vertex", "vertex_color.r = worldPosition().z", "vertex_color.r = point_coords.z"),
+        ("place of the height", "item.vertex_color.r = world", "item.vertex_color.g = world"),
+    ),
+    *changes(
+        "colours by height", "dashedLines.vertex", "gl_elevation",
+        ("height of a vertex", "vec4(world.z, 0.0, 0.0, 1.0)", "vec4(point_coords.x, 0.0, 0.0, 1.0)"),
+    ),
+    *changes(
+        "colours by height", "dashedLines.fragment", "gl_elevation",
+        ("alpha of the item", "vec4(1.0, 1.0, 1.0, item.color.a)", "vec4(1.0, 1.0, 1.0, 1.0)"),
+        ("highlighted lines", "colorFromFlags(item.flags, own_color, item.color)", "own_color"),
+    ),
+    *changes(
+        "colours by height", "mono.fragment", "gl_elevation",
+        ("alpha of the item", "item.vertex_color.a * item.color.a", "item.vertex_color.a"),
+        ("alpha of the vertices", "item.vertex_color.a * item.color.a", "item.color.a"),
+        ("highlighted items", "colorFromFlags(item.flags, own_color, item.color)", "own_color"),
+    ),
+    *changes(
+        "colours by height", "mesh.fragment", "gl_elevation",
+        ("alpha of the source", "vec4(1.0, 1.0, 1.0, own_color.a)", "vec4(1.0, 1.0, 1.0, 1.0)"),
+        ("height", "elevColor(item.vertex_color.r)", "elevColor(item.vertex_color.g)"),
+    ),
+    *changes(
         "caption", "caption.geom", "gl_shaders",
         ("offset upwards", "-offset.y", "offset.y"),
         ("offset to the right", "vec4(offset.x,", "vec4(-offset.x,"),

@@ -13,6 +13,7 @@ inline const std::vector<ProgramRecipe>& programVariants()
     static const std::string positions = "RX_USE_INSTANCE_POSITION";
     static const std::string noCoords = "RX_NO_USE_PER_VERTEX_COORDS";
     static const std::string emulation = "RX_USE_ADJACENCY_EMULATION";
+    static const std::string elevation = "RX_USE_ELEVATION_COLOR";
     static const std::string bitmap = "RX_USE_TEXTURE_AS_BITMAP";
 
     static const QStringList mono = {"common.vertex", "mono.fragment"};
@@ -22,6 +23,7 @@ inline const std::vector<ProgramRecipe>& programVariants()
     static const QStringList monoCaption = {"common.vertex", "caption.geom", "mono.fragment"};
     static const QStringList textured = {"common.vertex", "texture.fragment"};
     static const QStringList mesh = {"common.vertex", "mesh.fragment"};
+    static const QStringList dashed = {"dashedLines.vertex", "dashedLines.fragment"};
     static const QStringList solid = {"dummy.vertex", "SolidRegularLines.geom", "mesh.fragment"};
     static const QStringList solidMono = {"dummy.vertex", "SolidRegularLines.geom", "mono.fragment"};
     static const QStringList solidTexture = {"dummy.vertex", "SolidRegularLines.geom", "texture.fragment"};
@@ -55,6 +57,11 @@ inline const std::vector<ProgramRecipe>& programVariants()
         recipe("MeshTexturedNormals", mesh, {texture, normal}),
         recipe("MeshInstances", mesh, {instanced, normal, color, texture}),
         recipe("MeshInstancePositions", mesh, {instanced, positions, normal, color, texture}),
+        recipe("MonoElevation", mono, {color, elevation}),
+        recipe("MonoElevationInstances", mono, {instanced, positions, color, elevation}),
+        recipe("WideLinesElevation", wide, {color, elevation}),
+        recipe("DashedLinesElevation", dashed, {color, elevation}),
+        recipe("MeshElevation", mesh, {normal, color, texture, elevation}),
         recipe("SolidColored", solid, {normal, color}),
         recipe("SolidTextured", solid, {normal, texture}),
         recipe("SolidAll", solid, {normal, color, texture}),

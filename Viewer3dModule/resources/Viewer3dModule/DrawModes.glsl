@@ -18,7 +18,9 @@ const int item_invisible_flag = -3;
 //   index         the instance's index within its draw call, 0 in programs that draw no instances
 //   color_mode    the uniform uColorMode, see mesh.fragment
 //   is_lit        1 when the uniform uLightMode is set; only surfaces with normals look at it
-//   vertex_color  with RX_USE_PER_VERTEX_COLOR: the colour of the vertex, the one field that is interpolated
+//   vertex_color  with RX_USE_PER_VERTEX_COLOR: the colour of the vertex, the one field that is interpolated. Where
+//                 RX_USE_ELEVATION_COLOR asks for colours by height, too, its red is the height in the scene instead;
+//                 the fragment stages that know of this make a colour of it.
 #ifdef RX_USE_PER_VERTEX_COLOR
 #define VERTEX_COLOR_FIELD vec4 vertex_color;
 #define COPY_VERTEX_COLOR(from) item.vertex_color = from.vertex_color;

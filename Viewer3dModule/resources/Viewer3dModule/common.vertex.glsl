@@ -85,5 +85,8 @@ void main()
 #endif
 #ifdef RX_USE_PER_VERTEX_COLOR
     item.vertex_color = point_color;
+#ifdef RX_USE_ELEVATION_COLOR
+    item.vertex_color.r = worldPosition().z;
+#endif
 #endif
 }

@@ -1,7 +1,7 @@
 #version 430 core
 // Dashes and gaps of fixed lengths in pixels, anew from the start of each segment, or from where it comes into sight
 // through the near plane. Only colours are dashed: a line is selected in its gaps too. Dashed lines take no part in
-// glue masks.
+// glue masks. With RX_USE_PER_VERTEX_COLOR and RX_USE_ELEVATION_COLOR their colour is that of the height.
 //#include "shader:Viewer3dModule/DrawModes.glsl"
 //#include "shader:Viewer3dModule/SelectionMode.glsl"
 
@@ -14,6 +14,10 @@ item;
 in vec4 vertPos;
 flat in vec4 startPos;
 flat in vec2 dashes;
+
+#ifdef RX_USE_ELEVATION_COLOR
+//#include "shader:Viewer3dModule/gradient.fragment.glsl"
+#endif
 
 uniform vec2 u_resolution; // size of the viewport, pixels
 
@@ -42,5 +46,12 @@ void main()
 {
     if (draw_mode == glue_mask_draw) discard;
     if (draw_mode == ordinal_draw && isInGap()) discard;
-    write_item(item.color, item.id, 0, vec4(0.0));
+    vec4 shown = item.color;
+#ifdef RX_USE_PER_VERTEX_COLOR
+#ifdef RX_USE_ELEVATION_COLOR
+    vec4 own_color = elevColor(item.vertex_color.r) * vec4(1.0, 1.0, 1.0, item.color.a);
+    shown = colorFromFlags(item.flags, own_color, item.color);
+#endif
+#endif
+    write_item(shown, item.id, 0, vec4(0.0));
 }

@@ -30,10 +30,14 @@ flat out vec2 dashes;   // u_dashSize, u_gapSize
 
 void main()
 {
-    gl_Position = projection * (view * (model * vec4(point_coords, 1.0)));
+    vec4 world = model * vec4(point_coords, 1.0);
+    gl_Position = projection * (view * world);
     gl_PointSize = pen_width;
     vertPos = gl_Position;
     startPos = gl_Position;
     dashes = vec2(u_dashSize, u_gapSize);
     FILL_ITEM(item_flags, item_id, 0)
+#ifdef RX_USE_PER_VERTEX_COLOR
+    item.vertex_color = vec4(world.z, 0.0, 0.0, 1.0); // a height, or nothing that is looked at
+#endif
 }

@@ -1,6 +1,8 @@
 #version 430 core
 // Surfaces: plain, coloured by their vertices or textured, with or without light. What the vertices bring along is
 // chosen by the same defines as in the vertex stage; a primitive may leave attributes out that its modes do not read.
+// With RX_USE_PER_VERTEX_COLOR and RX_USE_ELEVATION_COLOR their colour is that of the height, and only the alpha is
+// that of the source.
 //#include "shader:Viewer3dModule/DrawModes.glsl"
 //#include "shader:Viewer3dModule/SelectionMode.glsl"
 
@@ -31,6 +33,10 @@ uniform int filled_texture_back = 0; // 1: the item's colour shows behind transp
 //#include "shader:Viewer3dModule/light.fragment.glsl"
 #endif
 
+#ifdef RX_USE_ELEVATION_COLOR
+//#include "shader:Viewer3dModule/gradient.fragment.glsl"
+#endif
+
 vec4 ownColor()
 {
 #ifdef RX_USE_PER_VERTEX_COLOR
@@ -44,6 +50,17 @@ vec4 ownColor()
     }
 #endif
     return item.color;
+}
+
+vec4 shownColor()
+{
+    vec4 own_color = ownColor();
+#ifdef RX_USE_PER_VERTEX_COLOR
+#ifdef RX_USE_ELEVATION_COLOR
+    own_color = elevColor(item.vertex_color.r) * vec4(1.0, 1.0, 1.0, own_color.a);
+#endif
+#endif
+    return own_color;
 }
 
 vec3 litColor(vec3 surface_color)
@@ -61,6 +78,6 @@ vec3 litColor(vec3 surface_color)
 
 void main()
 {
-    vec4 surface = colorFromFlags(item.flags, ownColor(), item.color);
+    vec4 surface = colorFromFlags(item.flags, shownColor(), item.color);
     write_item(vec4(litColor(surface.rgb), surface.a), item.id, item.index, vec4(0.0));
 }

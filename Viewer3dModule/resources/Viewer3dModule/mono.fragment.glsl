@@ -1,5 +1,6 @@
 #version 430 core
-// One colour: the item's, or with RX_USE_PER_VERTEX_COLOR that of the vertices.
+// One colour: the item's, or with RX_USE_PER_VERTEX_COLOR that of the vertices, or with RX_USE_ELEVATION_COLOR besides
+// that of the height, as transparent as the item and its vertices are.
 //#include "shader:Viewer3dModule/DrawModes.glsl"
 //#include "shader:Viewer3dModule/GluePriority.glsl"
 //#include "shader:Viewer3dModule/SelectionMode.glsl"
@@ -10,10 +11,18 @@ in Item
 }
 item;
 
+#ifdef RX_USE_ELEVATION_COLOR
+//#include "shader:Viewer3dModule/gradient.fragment.glsl"
+#endif
+
 void main()
 {
 #ifdef RX_USE_PER_VERTEX_COLOR
-    vec4 shown = colorFromFlags(item.flags, item.vertex_color, item.color);
+    vec4 own_color = item.vertex_color;
+#ifdef RX_USE_ELEVATION_COLOR
+    own_color = elevColor(item.vertex_color.r) * vec4(1.0, 1.0, 1.0, item.vertex_color.a * item.color.a);
+#endif
+    vec4 shown = colorFromFlags(item.flags, own_color, item.color);
 #else
     vec4 shown = item.color;
 #endif
