@@ -3,6 +3,7 @@
 #include <framework/ksp/CommonError.h>
 #include <readers/common/MeshAssembler.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -16,6 +17,18 @@ int findCorners(const PlyHeader::Element& element)
     const int plural = element.find("vertex_indices");
     const int list = plural >= 0 ? plural : element.find("vertex_index");
     return list >= 0 && element.properties[static_cast<std::size_t>(list)].isList ? list : -1;
+}
+
+// The numbers of the properties, which are no lists; empty when one is not there.
+std::vector<std::size_t> findAll(const PlyHeader::Element& element, std::initializer_list<const char*> names)
+{
+    std::vector<std::size_t> found;
+    for (const char* name : names) {
+        const int number = element.find(name);
+        if (number < 0 || element.properties[static_cast<std::size_t>(number)].isList) return {};
+        found.push_back(static_cast<std::size_t>(number));
+    }
+    return found;
 }
 
 std::uint32_t checked(std::int32_t index, const MeshAssembler& mesh)
@@ -76,8 +89,12 @@ void PlyParser::readElement(const PlyHeader::Element& element, MeshAssembler& me
         readCornerLists(element, &PlyParser::keepFace);
     else if (element.name == "tristrips" && findCorners(element) >= 0)
         readCornerLists(element, &PlyParser::keepStrips);
-    else if (element.name == "edge" && element.find("vertex1") >= 0 && element.find("vertex2") >= 0)
-        readEdges(element);
+    else if (const auto ends = findAll(element, {"vertex1", "vertex2"});
+             element.name == "edge" && !ends.empty())
+        readIndices(element, ends, m_edges);
+    else if (const auto vertex = findAll(element, {"vertex_index"});
+             element.name == "point" && !vertex.empty())
+        readIndices(element, vertex, m_points);
     else
         skipRecords(element);
 }
@@ -186,22 +203,23 @@ void PlyParser::keepStrips()
     m_strips.push_back(-1);
 }
 
-void PlyParser::readEdges(const PlyHeader::Element& element)
+// Appends the properties of each record, in their order.
+void PlyParser::readIndices(const PlyHeader::Element& element, const std::vector<std::size_t>& properties,
+                            std::vector<std::int32_t>& indices)
 {
-    const auto first = static_cast<std::size_t>(element.find("vertex1"));
-    const auto second = static_cast<std::size_t>(element.find("vertex2"));
-    std::int32_t ends[2] = {0, 0};
+    std::vector<std::int32_t> named(properties.size());
     for (std::uint64_t record = 0; record < element.count; ++record) {
         m_values.setPlace(&element, record);
         for (std::size_t i = 0; i < element.properties.size(); ++i) {
-            const PlyHeader::Property& property = element.properties[i];
-            if ((i != first && i != second) || property.isList)
-                m_values.skip(property);
+            const auto place = std::find(properties.begin(), properties.end(), i);
+            if (place == properties.end())
+                m_values.skip(element.properties[i]);
             else
-                ends[i == second] = readIndex(property.type);
+                named[static_cast<std::size_t>(place - properties.begin())] =
+                    readIndex(element.properties[i].type);
         }
         m_hasPrimitives = true;
-        m_edges.insert(m_edges.end(), ends, ends + 2);
+        indices.insert(indices.end(), named.begin(), named.end());
     }
 }
 
@@ -242,6 +260,8 @@ void PlyParser::addPrimitives(MeshAssembler& mesh)
     addStrips(mesh);
     for (std::size_t i = 0; i < m_edges.size(); i += 2)
         mesh.addLine(checked(m_edges[i], mesh), checked(m_edges[i + 1], mesh));
+    for (const std::int32_t vertex : m_points)
+        mesh.addPoint(checked(vertex, mesh));
     if (!m_hasPrimitives) mesh.addPointsOfAllVertices();
 }
 

@@ -10,8 +10,9 @@ namespace readers {
 class MeshAssembler;
 
 /// Reads PLY files, ascii and binary in both byte orders: vertices with normals and colours, faces,
-/// triangle strips and edges; what it does not know is skipped. A file without faces, strips and edges is a
-/// set of points. Values are read one after the other, none is kept that is not drawn.
+/// triangle strips, edges and, where an element "point" names them, points; what it does not know is skipped.
+/// A file without any of these is a set of points. Values are read one after the other, none is kept that is
+/// not drawn.
 class PlyParser
 {
 public:
@@ -34,7 +35,8 @@ private:
     void readElement(const PlyHeader::Element& element, MeshAssembler& mesh);
     void readVertices(const PlyHeader::Element& element, MeshAssembler& mesh);
     void readCornerLists(const PlyHeader::Element& element, void (PlyParser::*keep)());
-    void readEdges(const PlyHeader::Element& element);
+    void readIndices(const PlyHeader::Element& element, const std::vector<std::size_t>& properties,
+                     std::vector<std::int32_t>& indices);
     void skipRecords(const PlyHeader::Element& element);
     void readCorners(const PlyHeader::Property& list);
     void keepFace();
@@ -54,8 +56,9 @@ private:
     std::vector<std::int32_t> m_polygons; // the number of corners, then they
     std::vector<std::int32_t> m_strips;   // -1 ends one
     std::vector<std::int32_t> m_edges;
+    std::vector<std::int32_t> m_points;
     std::vector<std::int32_t> m_corners; // of the record under way
-    bool m_hasPrimitives = false;        // faces, strips or edges, even ones that were left out
+    bool m_hasPrimitives = false;        // that name vertices, even ones that were left out
     LeftOut m_leftOut;
 };
 

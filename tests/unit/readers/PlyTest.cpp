@@ -167,6 +167,42 @@ TEST_F(PlyTest, EdgesAreLines)
     EXPECT_EQ(meshes[0].parts[0].kind, Part::Lines);
 }
 
+TEST_F(PlyTest, PointsBesideLinesAndFacesAreNamed)
+{
+    const auto meshes =
+        readPly(head("ascii", "element vertex 6\n" + xyz +
+                                  "element face 1\nproperty list uchar int vertex_indices\n" +
+                                  "element edge 1\nproperty int vertex1\nproperty int vertex2\n"
+                                  "element point 2\nproperty uchar kind\nproperty int vertex_index\n") +
+                "0 0 0\n1 0 0\n0 1 0\n5 5 5\n6 6 6\n7 7 7\n3 0 1 2\n0 3\n9 4\n9 3\n");
+    ASSERT_EQ(meshes.at(0).parts.size(), 3u);
+    EXPECT_EQ(countOf(meshes[0], Part::Triangles), 1u);
+    EXPECT_EQ(countOf(meshes[0], Part::Lines), 1u);
+    EXPECT_EQ(countOf(meshes[0], Part::Points), 2u); // and the vertex that nothing names is none
+    for (std::size_t i = 0; i < 3; ++i) {
+        if (meshes[0].parts[i].kind == Part::Points) {
+            EXPECT_EQ(cornersOf(meshes[0], i), (std::vector<glm::dvec3>{{6, 6, 6}, {5, 5, 5}}));
+        }
+    }
+}
+
+TEST_F(PlyTest, PointThatIsNotThereIsRefused)
+{
+    const QByteArray elements = "element vertex 1\n" + xyz + "element point 1\nproperty int vertex_index\n";
+    EXPECT_EQ(refusalOf(head("ascii", elements) + "1 2 3\n1\n"), "vertex 1 is named, there are 1");
+}
+
+// An element of this name that names no vertices is one that is not known.
+TEST_F(PlyTest, PointElementOfAnotherMeaningIsSkipped)
+{
+    for (const QByteArray& property : {QByteArray("float size"), QByteArray("list uchar int vertex_index")}) {
+        const auto meshes = readPly(
+            head("ascii", "element vertex 2\n" + xyz + "element point 1\nproperty " + property + "\n") +
+            "0 0 0\n1 1 1\n1 0\n");
+        EXPECT_EQ(countOf(meshes.at(0), Part::Points), 2u);
+    }
+}
+
 TEST_F(PlyTest, NoFacesInAFaceElementIsAPointSet)
 {
     const auto meshes =
