@@ -10,7 +10,7 @@ namespace {
 
 constexpr int longestSide = 16384;         // pixels; the most that OpenGL drivers commonly draw
 constexpr qint64 mostPixels = 100'000'000; // colour and depth of a picture take 8 bytes a pixel and more
-const QStringList commands = {"render", "info", "plugins"};
+const QStringList commands = {"render", "export", "info", "plugins"};
 
 /// A first argument that is neither a command nor a file is a command mistyped.
 void refuseUnknownCommand(const QString& word)
@@ -59,6 +59,7 @@ Command parseCommandLine(const QStringList& arguments)
 {
     const QString word = arguments.value(0);
     if (word == "render") return parse<RenderOptions>(arguments.mid(1));
+    if (word == "export") return parse<ExportOptions>(arguments.mid(1));
     if (word == "info") return parse<InfoOptions>(arguments.mid(1));
     if (word == "plugins") return parse<PluginsOptions>(arguments.mid(1));
     return parse<WindowOptions>(arguments);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <viewer/cli/ExportOptions.h>
 #include <viewer/cli/HelpRequest.h>
 #include <viewer/cli/InfoOptions.h>
 #include <viewer/cli/PluginsOptions.h>
@@ -9,7 +10,8 @@
 #include <variant>
 
 /// What the arguments ask for.
-using Command = std::variant<WindowOptions, RenderOptions, InfoOptions, PluginsOptions, HelpRequest>;
+using Command =
+    std::variant<WindowOptions, RenderOptions, ExportOptions, InfoOptions, PluginsOptions, HelpRequest>;
 
 /// Reads the arguments, the program's name not among them. Throws UsageError. Needs no application object and
 /// looks at no file, but to tell a file from a mistyped command.

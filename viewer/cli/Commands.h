@@ -14,6 +14,8 @@ namespace commands {
 
 /// Makes the picture and writes it, whole or not at all. Needs a QGuiApplication and OpenGL.
 void render(const RenderOptions& options);
+/// Writes what the scene draws, whole or not at all. Needs a QGuiApplication and OpenGL.
+void exportScene(const ExportOptions& options);
 /// What the files hold, as text or JSON. Needs no display.
 QByteArray info(const InfoOptions& options);
 /// The plug-ins and the extensions that can be opened.

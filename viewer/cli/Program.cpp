@@ -138,11 +138,16 @@ int Program::execute(const Command& command)
         return runWindow(*window);
     }
     HeldLog log;
-    if (const auto* picture = std::get_if<RenderOptions>(&command)) {
+    const auto* picture = std::get_if<RenderOptions>(&command);
+    const auto* geometry = std::get_if<ExportOptions>(&command);
+    if (picture || geometry) {
         requireDisplay();
         QApplication application(argc, m_argv);
         configure(application);
-        commands::render(*picture);
+        if (picture)
+            commands::render(*picture);
+        else
+            commands::exportScene(*geometry);
     } else {
         QCoreApplication application(argc, m_argv);
         configure(application);

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QtCore/QStringList>
+
+class CommandParser;
+
+/// What "viewer3d export" is asked for.
+struct ExportOptions
+{
+    QStringList files;
+    QString output;
+    bool ascii = false; ///< numbers as text
+
+    static const char* const synopsis;
+    static const char* const description;
+    static void declare(CommandParser& parser);
+    /// Throws UsageError.
+    static ExportOptions read(const CommandParser& parser);
+};
