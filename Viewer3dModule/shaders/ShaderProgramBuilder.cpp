@@ -92,13 +92,26 @@ void declareVaryings(const QOpenGLShaderProgram& program, const std::vector<std:
                                     GL_INTERLEAVED_ATTRIBS);
 }
 
-// Drivers differ in what they offer, and some link a program that needs more.
-void checkStorage(const QOpenGLShaderProgram& program, const QString& name)
+unsigned int kindOf(Stage stage)
+{
+    if (stage == QOpenGLShader::Fragment) return GL_FRAGMENT_SHADER;
+    return stage == QOpenGLShader::Geometry ? GL_GEOMETRY_SHADER : 0;
+}
+
+// Drivers that lack storage refuse it at different places, in words that name no program, so it is asked for
+// first.
+bool hasStorage(const QStringList& files, const std::vector<std::string>& defines)
 {
     OpenGLFunctions* gl = currentGLFunctions();
-    if (!gl) return;
-    const QString missing = missingStorage(storageUsed(*gl, program.programId()), storageOffered(*gl));
-    if (!missing.isEmpty()) ksp::Log::error(QStringLiteral("%1 and others: %2").arg(name, missing));
+    if (!gl) return true;
+    StorageLimits needed;
+    for (const QString& file : files)
+        if (const std::optional<Stage> stage = stageOf(file))
+            needed = storageOfBoth(needed, storageDeclared(preprocessShader(file, defines), kindOf(*stage)));
+    const QString missing = missingStorage(needed, storageOffered(*gl));
+    if (!missing.isEmpty())
+        ksp::Log::error(QStringLiteral("%1: %2").arg(files.join(QStringLiteral(", ")), missing));
+    return missing.isEmpty();
 }
 
 } // namespace
@@ -108,12 +121,11 @@ QOpenGLShaderProgram* buildShaderProgram(QObject* parent, const QStringList& fil
                                          const std::vector<std::string>& varyings)
 {
     auto* program = new QOpenGLShaderProgram(parent);
+    if (!hasStorage(files, defines)) return program;
     // The stages that did compile might link without the missing one, and draw something else than was meant.
     if (!addStages(*program, files, defines)) return program;
     declareVaryings(*program, varyings);
-    if (program->link()) {
-        checkStorage(*program, files.value(0));
-    } else {
+    if (!program->link()) {
         ksp::log_format(ksp::Log::Error, "%s and others: link error", qUtf8Printable(files.value(0)));
         ksp::Log::error(program->log());
     }

@@ -19,8 +19,8 @@ class QOpenGLShaderProgram;
 /// @return          always a new program. When a stage did not compile or the program did not link, this is
 ///                  logged as an error and isLinked() is false. QOpenGLShaderProgram::bind() would try to
 ///                  link it again, each time: whoever draws asks isLinked() first and leaves such a program
-///                  alone. A program that uses more shader storage than the driver offers is logged as an
-///                  error too, and is linked all the same: only passes that touch the storage go wrong.
+///                  alone. A program whose sources declare more shader storage than the driver offers (see
+///                  storageDeclared) is not compiled at all: one line names its files and the limit.
 ///
 /// The program's property "primitives" (int, see PrimitiveBit) names the kinds that its geometry stage takes;
 /// without a geometry stage, or where its input layout was not recognised, there is no such property.

@@ -1,7 +1,9 @@
 #include <tests/support/GlTest.h>
 #include <tests/support/LogTrap.h>
 #include <tests/support/ProgramList.h>
+#include <tests/support/ProgramVariants.h>
 
+#include <Viewer3dModule/shaders/ShaderPreprocessor.h>
 #include <Viewer3dModule/shaders/ShaderProgramBuilder.h>
 #include <Viewer3dModule/shaders/StorageLimits.h>
 #include <Viewer3dModule/shaders/Uniforms.h>
@@ -10,7 +12,10 @@
 #include <QtCore/QTemporaryDir>
 #include <QtGui/QOpenGLShaderProgram>
 
+#include <algorithm>
+#include <cstdio>
 #include <memory>
+#include <utility>
 
 namespace {
 
@@ -48,6 +53,21 @@ protected:
                                     write("c.fragment.glsl", plainFragment)});
         EXPECT_TRUE(program->isLinked()) << layout.constData();
         return program->property("primitives");
+    }
+    /// The highest binding of a linked program's storage blocks, -1 when it has none.
+    int highestBinding(GLuint program)
+    {
+        GLint count = 0;
+        gl->glGetProgramInterfaceiv(program, GL_SHADER_STORAGE_BLOCK, GL_ACTIVE_RESOURCES, &count);
+        int highest = -1;
+        for (GLint block = 0; block < count; ++block) {
+            const GLenum property = GL_BUFFER_BINDING;
+            GLint binding = 0;
+            gl->glGetProgramResourceiv(program, GL_SHADER_STORAGE_BLOCK, static_cast<GLuint>(block), 1,
+                                       &property, 1, nullptr, &binding);
+            highest = std::max(highest, binding);
+        }
+        return highest;
     }
 
 private:
@@ -220,26 +240,80 @@ TEST_F(ProgramBuildingTest, VaryingsAreCapturedInterleavedInListOrder)
     EXPECT_EQ(names, QStringList({"two", "gl_Position", "one"}));
 }
 
-TEST_F(ProgramBuildingTest, StorageOfAProgramIsCounted)
+TEST_F(ProgramBuildingTest, TooHighABindingIsOneLineThatNamesProgramAndLimit)
 {
-    const auto storageOf = [this](const QStringList& stages, const std::vector<std::string>& defines) {
-        QStringList files;
-        for (const QString& stage : stages)
-            files.append(shaderPath(stage));
-        return storageUsed(*gl, build(files, defines)->programId());
-    };
-    // Blocks at 8 and 9 in the fragment stage, and at 11 in the geometry stage. Mesa does not tell which
-    // stage refers to a block that is only read.
-    const StorageLimits mono = storageOf({"common.vertex", "mono.fragment"}, {});
-    EXPECT_EQ(mono.bindings, 10);
-    EXPECT_TRUE(mono.fragmentBlocks == 1 || mono.fragmentBlocks == 2) << mono.fragmentBlocks;
-    EXPECT_EQ(mono.geometryBlocks, 0);
-    const StorageLimits solid = storageOf({"dummy.vertex", "SolidRegularLines.geom", "mesh.fragment"},
-                                          {"RX_USE_PER_VERTEX_NORMAL", "RX_USE_PER_VERTEX_TEX_COORDS"});
-    EXPECT_EQ(solid.bindings, 12);
-    EXPECT_TRUE(solid.geometryBlocks == 0 || solid.geometryBlocks == 1) << solid.geometryBlocks;
-    const auto none = build({write("a.vertex.glsl", plainVertex), write("b.fragment.glsl", plainFragment)});
-    EXPECT_EQ(storageUsed(*gl, none->programId()).bindings, 0);
+    const QString vertex = write("a.vertex.glsl", plainVertex);
+    const QString fragment =
+        write("b.fragment.glsl", "#version 430 core\nlayout(std430, binding = 999) buffer far { int a[]; };\n"
+                                 "out vec4 c;\nvoid main() { c = vec4(a[0]); }\n");
+    const auto program = build({vertex, fragment});
+    ASSERT_NE(program, nullptr);
+    EXPECT_FALSE(program->isLinked());
+    EXPECT_TRUE(program->shaders().isEmpty()) << "the driver is not asked";
+    const QString expected =
+        QStringLiteral(
+            "%1, %2: the driver's GL_MAX_SHADER_STORAGE_BUFFER_BINDINGS is %3, the program needs 1000")
+            .arg(vertex, fragment)
+            .arg(storageOffered(*gl).bindings);
+    EXPECT_EQ(LogTrap::take(), QStringList{expected});
+}
+
+TEST_F(ProgramBuildingTest, TooManyBlocksInAGeometryStageAreOneLine)
+{
+    const int blocks = storageOffered(*gl).geometryBlocks + 1;
+    QByteArray source = "#version 430 core\nlayout(points) in;\nlayout(points, max_vertices = 1) out;\n";
+    QByteArray sum = "0";
+    for (int i = 0; i < blocks; ++i) {
+        const QByteArray number = QByteArray::number(i);
+        source += "layout(std430) buffer b" + number + " { int a" + number + "; };\n";
+        sum += " + a" + number;
+    }
+    source += "void main() { gl_Position = vec4(float(" + sum + ")); EmitVertex(); }\n";
+    const QString geometry = write("b.geom.glsl", source);
+    const auto program =
+        build({write("a.vertex.glsl", plainVertex), geometry, write("c.fragment.glsl", plainFragment)});
+    EXPECT_FALSE(program->isLinked());
+    const QStringList lines = LogTrap::take();
+    ASSERT_EQ(lines.size(), 1);
+    EXPECT_TRUE(lines[0].contains(geometry + ", ")) << lines[0].toStdString();
+    EXPECT_TRUE(
+        lines[0].endsWith(QStringLiteral("GL_MAX_GEOMETRY_SHADER_STORAGE_BLOCKS is %1, the program needs %2")
+                              .arg(blocks - 1)
+                              .arg(blocks)))
+        << lines[0].toStdString();
+}
+
+TEST_F(ProgramBuildingTest, HighestBindingOfTheDriverIsTaken)
+{
+    const QByteArray last = QByteArray::number(storageOffered(*gl).bindings - 1);
+    const auto program =
+        build({write("a.vertex.glsl", plainVertex),
+               write("b.fragment.glsl", "#version 430 core\nlayout(std430, binding = " + last +
+                                            ") buffer far { int a[]; };\nout vec4 c;\n"
+                                            "void main() { c = vec4(a[0]); }\n")});
+    EXPECT_TRUE(program->isLinked());
+}
+
+// What is read out of the sources is what the driver finds in the program.
+TEST_F(ProgramBuildingTest, StorageThatSourcesDeclareIsThatOfTheProgram)
+{
+    const std::pair<QString, GLenum> stages[] = {{QStringLiteral("vertex"), GL_VERTEX_SHADER},
+                                                 {QStringLiteral("fragment"), GL_FRAGMENT_SHADER},
+                                                 {QStringLiteral("geom"), GL_GEOMETRY_SHADER}};
+    int programs = 0;
+    for (const auto* list : {&defaultPrograms(), &furtherPrograms(), &programVariants()})
+        for (const ProgramRecipe& recipe : *list) {
+            StorageLimits declared;
+            for (const QString& file : recipe.files)
+                for (const auto& [word, stage] : stages)
+                    if (file.contains(word + ".glsl"))
+                        declared = storageOfBoth(
+                            declared, storageDeclared(preprocessShader(file, recipe.defines), stage));
+            const auto program = build(recipe.files, recipe.defines);
+            EXPECT_EQ(highestBinding(program->programId()), declared.bindings - 1) << recipe.name;
+            ++programs;
+        }
+    std::printf("storage: declared and active bindings agree in %d programs\n", programs);
 }
 
 TEST_F(ProgramBuildingTest, EveryDriverOffersSomeStorage)
