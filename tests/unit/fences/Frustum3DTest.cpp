@@ -206,6 +206,9 @@ TEST(Frustum3D, RefusedPolygonsEmptyItAndLeaveTheRest)
     EXPECT_TRUE(set(zero, z, 1e-320, 2.0, 3.0, ring, one)); // beyond what floats hold on the screen
     EXPECT_TRUE(set(zero, z, 0.25, -2.0, 3.0, ring, one));
     EXPECT_TRUE(set(zero, z, 0.25, 2.0, 3.0, ring, glm::dmat4(0.0)));
+    glm::dmat4 flat(1.0); // the points lie before the eye, but there is no way back
+    flat[0][0] = 0.0;
+    EXPECT_TRUE(set(zero, z, 0.25, 2.0, 3.0, ring, flat));
     for (const double depth : {0.0, -1.0}) {
         std::vector<glm::dvec3> points = ring;
         points[2].z = depth;

@@ -99,6 +99,66 @@ TEST(IFence3D, BoxHoldsOutermostPointsThatRoundingLetsIn)
                 outOfBox);
 }
 
+TEST(IFence3D, BoxHoldsWhatRoundingToFloatsLetsIn)
+{
+    // sides of the box are sides of the frustum: its left in the near plane, its right in the far one
+    const Frustum3D fence = frustum({}, square(0.01, {3.0, 2.0}), 1.0, 900.0, 0.7);
+    const auto inScene = fence.getIFence3D(glm::dmat4(1.0));
+    const gmx::BoundingBox box = inScene->getBoundingBox().value();
+    Dice dice(3);
+    int beyond = 0, outOfBox = 0;
+    for (int i = 0; i < 2000; ++i) {
+        const bool isLeft = i % 2 == 0;
+        const double depth = isLeft ? 1.0 : 900.0, border = fence.fence()[isLeft ? 0 : 1].x;
+        const double way = (isLeft ? -1.0 : 1.0) * dice.between(0.0, 3e-7);
+        const glm::dvec3 point((border + way) * depth * 0.7, 2.0 * depth * 0.7, depth);
+        if (!inScene->contains(point)) continue;
+        ++beyond;
+        outOfBox += !box.contains(point);
+    }
+    EXPECT_GT(beyond, 200);
+    EXPECT_EQ(outOfBox, 0);
+    std::printf("%d points beyond the border that rounding lets in, %d out of the box\n", beyond, outOfBox);
+}
+
+TEST(IFence3D, BoxHoldsWhatTheWayBackToTheModelLetsIn)
+{
+    // large numbers in the model, in the scene, and in both
+    const glm::dvec3 middles[] = {farAway, -farAway, glm::dvec3(0.0)};
+    const glm::dvec3 centers[] = {farAway, glm::dvec3(0.0), farAway};
+    Dice dice(4);
+    for (int k = 0; k < 3; ++k) {
+        int inside = 0, outOfBox = 0;
+        for (int i = 0; i < 20000; ++i) {
+            const glm::dmat4 transform = modelToScene(middles[k], dice.between(0.2, 0.4));
+            const glm::dvec3 center = centers[k] + dice.point(-1.0, 1.0);
+            const double radius = dice.between(0.1, 5.0);
+            const auto inScene = sphere(center, radius).getIFence3D(transform);
+            const glm::dvec3 outermost = center + glm::dvec3(radius, 0.0, 0.0);
+            glm::dvec3 point(transform * glm::dvec4(outermost, 1.0));
+            const double step = 1e-16 * (std::abs(point.x) + std::abs(outermost.x));
+            point.x += dice.between(0.0, 4.0) * step;
+            const bool answer = inScene->contains(point);
+            inside += answer;
+            outOfBox += answer && !inScene->getBoundingBox()->contains(point);
+        }
+        EXPECT_GT(inside, 100);
+        EXPECT_EQ(outOfBox, 0);
+        std::printf("20000 points at the outermost of balls, %d inside, %d of these out of the box\n", inside,
+                    outOfBox);
+    }
+}
+
+TEST(IFence3D, BoxOfABallInAFlatSceneIsFlat)
+{
+    glm::dmat4 flat(1.0);
+    flat[2][2] = 0.0;
+    const auto box = sphere({1.0, 2.0, 3.0}, 0.5).getIFence3D(flat)->getBoundingBox();
+    ASSERT_TRUE(box && box->isValid());
+    expectNear(box->getMin(), {0.5, 1.5, 0.0}, 1e-12);
+    expectNear(box->getMax(), {1.5, 2.5, 0.0}, 1e-12);
+}
+
 void expectBox(const gmx::IFence3D& fence, const glm::dvec3& min, const glm::dvec3& max, double tolerance)
 {
     const std::optional<gmx::BoundingBox> box = fence.getBoundingBox();

@@ -153,6 +153,9 @@ TEST_F(MovedPrism, NothingMovesToWhereNumbersAreNotFiniteOrWithoutPolygon)
     m_fence.reset();
     move(3.0, true);
     EXPECT_EQ(m_fence.matrix(), matrix);
+    m_fence = randomPrism(m_frame, 0.0);
+    m_fence.movePlane({nan, 0.0, 0.0}, true);
+    EXPECT_EQ(m_fence.matrix(), matrix);
 }
 
 } // namespace
