@@ -15,6 +15,8 @@ Drawable3dItem::Drawable3dItem(Drawable3dItem&& other) noexcept
     , m_transform(other.m_transform)
     , m_drawerIndex(std::exchange(other.m_drawerIndex, -1))
     , m_visible(other.m_visible)
+    , m_drawsOpaque(other.m_drawsOpaque)
+    , m_pixelReach(other.m_pixelReach)
 {
     if (m_drawer) m_drawer->replaceItem(m_drawerIndex, this);
 }
@@ -72,14 +74,20 @@ void Drawable3dItem::setTransform(const glm::mat4& matrix, bool combine)
     m_transform = combine ? matrix * m_transform : matrix;
 }
 
-// Known only once the object is complete: never asked from a constructor, because drawing comes later.
+// The casts work only once the object is complete; drawing comes later.
+const InteractiveGraphicsItem* Drawable3dItem::hostItem() const
+{
+    if (!m_hostItemKnown) {
+        m_hostItem = dynamic_cast<const InteractiveGraphicsItem*>(this);
+        m_drawId = m_hostItem ? static_cast<std::uint64_t>(m_hostItem->getId())
+                              : reinterpret_cast<std::uintptr_t>(this);
+        m_hostItemKnown = true;
+    }
+    return m_hostItem;
+}
+
 std::uint64_t Drawable3dItem::drawId() const
 {
-    if (!m_drawIdKnown) {
-        const auto* hostItem = dynamic_cast<const InteractiveGraphicsItem*>(this);
-        m_drawId =
-            hostItem ? static_cast<std::uint64_t>(hostItem->getId()) : reinterpret_cast<std::uintptr_t>(this);
-        m_drawIdKnown = true;
-    }
+    hostItem();
     return m_drawId;
 }

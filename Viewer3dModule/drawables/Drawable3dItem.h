@@ -7,6 +7,7 @@
 
 #include <functional>
 
+class InteractiveGraphicsItem;
 class Item3dDrawer;
 class QPainter;
 class Scene3d;
@@ -54,6 +55,20 @@ public:
     /// Triggers nothing by itself.
     void setVisible(bool visible) { m_visible = visible; }
 
+    /// The host's side of an item that stands for a model element, else null. Not to be asked before the item
+    /// is complete (in constructors).
+    const InteractiveGraphicsItem* hostItem() const;
+    /// How far beyond its box the item may draw, in pixels: half of a pen's width, the size of a caption.
+    /// Whoever needs a part of the picture only leaves out items that are farther away from it. Infinity: the
+    /// item is never left out, which holds in any case for items of drawer type DrawerType::Caption.
+    float pixelReach() const { return m_pixelReach; }
+    void setPixelReach(float pixels) { m_pixelReach = pixels; }
+    /// Whether the item promises that it draws what getGeometryInfo tells, all of it with an alpha of at
+    /// least 0.5 unless it is highlighted. A selection need not draw such an item to know that it lies in an
+    /// area that holds its box. False at first.
+    bool drawsOpaque() const { return m_drawsOpaque; }
+    void setDrawsOpaque(bool opaque) { m_drawsOpaque = opaque; }
+
 protected:
     friend class Scene3d;
     friend class Graphics3dItem;
@@ -66,7 +81,7 @@ protected:
 private:
     friend class Item3dDrawer;
     /// What tells the item from others in masks: the LONGID of an item that stands for a model element, else
-    /// its address. Found at the first call and kept.
+    /// its address.
     std::uint64_t drawId() const;
 
     QPointer<Item3dDrawer> m_drawer;
@@ -74,7 +89,11 @@ private:
     glm::mat4 m_transform = glm::mat4(1.0f);
     int m_drawerIndex = -1;
     bool m_visible = true;
+    bool m_drawsOpaque = false;
+    float m_pixelReach = 32.0f; // pens and points up to 64 pixels wide
 
-    mutable bool m_drawIdKnown = false;
+    // Found at the first call and kept.
+    mutable bool m_hostItemKnown = false;
+    mutable const InteractiveGraphicsItem* m_hostItem = nullptr;
     mutable std::uint64_t m_drawId = 0;
 };

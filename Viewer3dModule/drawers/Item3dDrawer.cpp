@@ -2,10 +2,12 @@
 
 #include <Viewer3dModule/drawables/Drawable3dItem.h>
 #include <Viewer3dModule/drawers/ContextualItem3dDrawer.h>
+#include <Viewer3dModule/drawers/IItem3dSelectionProvider.h>
 #include <Viewer3dModule/host/Scene3dViewLightingSettings.h>
 #include <Viewer3dModule/host/View3dSettings.h>
 #include <Viewer3dModule/scene/Scene3d.h>
 #include <Viewer3dModule/shaders/DrawMode.h>
+#include <framework/graphics/InteractiveGraphicsItem.h>
 #include <framework/model/CProjectModel.h>
 
 #include <QtGui/QOpenGLShaderProgram>
@@ -148,7 +150,19 @@ bool Item3dDrawer::prepareProgram(const PaintContext& context)
     m_itemIdLocation = program->uniformLocation("item_id");
     m_itemFlagsLocation = program->uniformLocation("item_flags");
     m_glueMaskLocation = program->uniformLocation("glue_mask");
+    joinSelection(context);
     return true;
+}
+
+void Item3dDrawer::joinSelection(const PaintContext& context)
+{
+    m_selection = nullptr;
+    m_itemIndexLocation = -1;
+    if (context.drawMode != DrawMode::SelectionBufferDraw) return;
+    m_itemIndexLocation = context.program->uniformLocation("item_index");
+    if (!m_scene || !m_scene->isHasItemSelectionProvider()) return;
+    IItem3dSelectionProvider* provider = m_scene->getItemSelectionProvider();
+    if (provider->bindProgram(context)) m_selection = provider;
 }
 
 void Item3dDrawer::setTransform(const PaintContext& context, const glm::mat4& matrix, bool multiply)
@@ -194,6 +208,7 @@ void Item3dDrawer::setItemParameters(const Drawable3dItem* item, const PaintCont
     if (m_itemFlagsLocation >= 0)
         uniforms::set(*gl, m_itemFlagsLocation,
                       item->isHighlighted() ? ItemFlag::Highlighted : ItemFlag::Normal);
+    if (m_itemIndexLocation >= 0) setSelectionIndex(*gl, *item);
     if (m_itemIdLocation >= 0) {
         const std::uint64_t id = item->drawId();
         uniforms::set(*gl, m_itemIdLocation,
@@ -201,6 +216,17 @@ void Item3dDrawer::setItemParameters(const Drawable3dItem* item, const PaintCont
     }
     if (context.drawMode == DrawMode::GlueMaskDraw && m_glueMaskLocation >= 0)
         uniforms::set(*gl, m_glueMaskLocation, item->getGlueMask());
+}
+
+// An item that gets no index of its own must not go on with that of the item before it: it gets the index 0,
+// which nobody reads.
+void Item3dDrawer::setSelectionIndex(OpenGLFunctions& gl, const Drawable3dItem& item)
+{
+    const InteractiveGraphicsItem* hostItem = item.hostItem();
+    if (hostItem && m_selection)
+        m_selection->addItemId(hostItem->getId());
+    else
+        uniforms::set(gl, m_itemIndexLocation, 0);
 }
 
 void Item3dDrawer::setPenWidth(float width)

@@ -17,6 +17,7 @@
 
 class ContextualItem3dDrawer;
 class Drawable3dItem;
+class IItem3dSelectionProvider;
 
 /// A render strategy: draws all items of its registry, which it does not own, with one program.
 ///
@@ -53,7 +54,8 @@ public:
     /// This drawer and the context as one value; the context must outlive it.
     ContextualItem3dDrawer asContextual(const PaintContext& context);
 
-    /// Per-item uniforms: flags (highlight), identifier, glue mask.
+    /// Per-item uniforms: flags (highlight), identifier, glue mask; in a pass for the selection buffer the
+    /// item's index, 0 for an item that stands for no element.
     void setItemParameters(const Drawable3dItem* item, const PaintContext& context);
     /// Sets "pen_width" (pixels).
     void setPenWidth(float width);
@@ -105,6 +107,8 @@ protected:
 private:
     const Item3dDrawer* root() const;
     void findLight(const PaintContext& context);
+    void joinSelection(const PaintContext& context);
+    void setSelectionIndex(OpenGLFunctions& gl, const Drawable3dItem& item);
 
     Scene3d* m_scene;
     QPointer<Item3dDrawer> m_parent;
@@ -121,6 +125,8 @@ private:
     bool m_lightMode = true;
 
     bool m_lightModeChanged = false;
+    int m_itemIndexLocation = -1;
+    IItem3dSelectionProvider* m_selection = nullptr; // only in a pass for the selection buffer
     ItemUniforms m_itemUniforms;
     QPointer<QOpenGLShaderProgram> m_preparedProgram;
 };

@@ -1,6 +1,7 @@
 #include <Viewer3dModule/scene/Scene3d.h>
 
 #include <Viewer3dModule/drawables/Drawable3dItem.h>
+#include <Viewer3dModule/drawers/Item3dSelectionProvider.h>
 #include <Viewer3dModule/drawers/PaintContext.h>
 #include <Viewer3dModule/drawers/SequentialItem3dDrawer.h>
 #include <Viewer3dModule/host/Graphics3dItem.h>
@@ -46,6 +47,7 @@ Scene3d::~Scene3d()
     m_drawers.clear();
     m_localItems.clear();
     m_localDrawers.clear();
+    m_selectionProvider.reset();
     qDeleteAll(findChildren<QOpenGLShaderProgram*>(QString(), Qt::FindDirectChildrenOnly));
     doneCurrent();
 }

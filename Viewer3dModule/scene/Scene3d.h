@@ -28,13 +28,17 @@
 class CProjectModel;
 class Drawable3dItem;
 class Graphics3dItem;
+class IItem3dSelectionProvider;
 class InteractiveGraphicsItem;
 class Item3dDrawer;
+class Item3dSelectionProvider;
 class QImage;
 class QOpenGLShaderProgram;
+class QPolygonF;
 class QRect;
 class QRectF;
 struct PaintContext;
+struct SelectionOptions;
 
 /// The scene of one project model: the items that mirror its elements, the drawers that draw them, an OpenGL
 /// context of its own, and the transform that keeps what is drawn near the origin.
@@ -194,6 +198,39 @@ public:
     /// count below 1 or beyond the driver's attachments (with a line in the log) and without OpenGL.
     std::vector<QImage> createItemsImages(std::function<void()> draw, const PaintContext& context, int count);
 
+    // --- selection
+    // -------------------------------------------------------------------------------------------------
+
+    // The items in an area of a view, by drawing them: what a view does not draw it cannot select. An item
+    // takes part with its fragments of an alpha of at least 0.5, also where its colour is that of the
+    // highlight. Only items that stand for model elements are selected, each once however many drawers draw
+    // it, and none for what its drawable children draw. They come in no particular order.
+    //
+    // The view is the context of its frame; of its viewportRect only the size matters. The area is given in
+    // pixels of the viewport, (0, 0) being the top left corner of its top left pixel, y down, and may reach
+    // beyond it; SelectionMask tells which pixels belong to it. An empty list for an area without pixels,
+    // without OpenGL, and for a viewport that the driver cannot draw (with a line in the log).
+    //
+    // Drawn off screen in the scene's context; the caller's is current afterwards, and in the scene's the
+    // frame buffers, the viewport and what else the pass changes are as they were. Items whose boxes are
+    // farther from the area than they may draw beyond them (Drawable3dItem::pixelReach) are not drawn, and
+    // neither are those that the area holds wholly where their boxes decide (Drawable3dItem::drawsOpaque);
+    // of many items, these promises are what makes a selection cheap.
+    //
+    // SelectionRule::Inside tells of parts outside of the picture by the item's box, by 64 pixels around the
+    // picture, and by the vertices that generateItemGeometry gives. An item whose box reaches out of the
+    // picture and that gives no vertices counts as lying partly outside.
+
+    std::vector<LONGID> selectItems(const PaintContext& view, const QRectF& rect,
+                                    const SelectionOptions& options);
+    /// What a polygon that crosses itself encloses is told by the odd-even rule; its outline belongs to it.
+    std::vector<LONGID> selectItems(const PaintContext& view, const QPolygonF& polygon,
+                                    const SelectionOptions& options);
+    /// Through which drawers take part in passes of draw mode DrawMode::SelectionBufferDraw; made at the
+    /// first request, owned by the scene.
+    IItem3dSelectionProvider* getItemSelectionProvider();
+    bool isHasItemSelectionProvider() const { return m_selectionProvider != nullptr; }
+
     // --- transform and bounds
     // --------------------------------------------------------------------------------------
 
@@ -262,6 +299,7 @@ public Q_SLOTS:
 
 private:
     void addDefaultDrawers();
+    Item3dSelectionProvider& selectionProvider();
     void drawLocalItems(const PaintContext& context, ItemFilter itemFilter);
     void setBounds(const gmx::BoundingBox& bounds);
     void correctTransform();
@@ -294,6 +332,7 @@ private:
     std::unique_ptr<QOffscreenSurface> m_surface;
     QOpenGLContext m_context;
     unsigned int m_defaultVao = 0;
+    std::unique_ptr<Item3dSelectionProvider> m_selectionProvider;
     unsigned int m_groupDepth = 0;
     std::unordered_set<Graphics3dItem*> m_pending;
     ksp::GuardedPtr<CFilterElement> m_visibilityFilter;

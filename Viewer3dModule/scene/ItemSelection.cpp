@@ -1,0 +1,324 @@
+#include <Viewer3dModule/scene/ItemSelection.h>
+
+#include <Viewer3dModule/drawables/Drawable3dItem.h>
+#include <Viewer3dModule/drawers/DrawerType.h>
+#include <Viewer3dModule/drawers/Item3dSelectionProvider.h>
+#include <Viewer3dModule/drawers/SequentialItem3dDrawer.h>
+#include <Viewer3dModule/scene/Scene3d.h>
+#include <Viewer3dModule/scene/longestTargetSide.h>
+#include <Viewer3dModule/shaders/DrawMode.h>
+#include <framework/graphics/InteractiveGraphicsItem.h>
+#include <framework/ksp/Log.h>
+
+#include <QtCore/QVariant>
+#include <QtGui/QOpenGLShaderProgram>
+#include <glm/gtc/matrix_transform.hpp>
+
+#include <algorithm>
+#include <limits>
+#include <typeinfo>
+
+namespace {
+
+PaintContext passOf(const PaintContext& view, Scene3d& scene)
+{
+    PaintContext pass = view;
+    pass.setViewport(QRect(QPoint(0, 0), view.viewportRect.size()));
+    pass.scene = &scene;
+    pass.vertexArray = scene.getDefaultVao(); // one of another context would be no name here
+    return pass;
+}
+
+glm::dmat4 viewProjection(const PaintContext& pass)
+{
+    return glm::dmat4(pass.projection) * glm::dmat4(pass.view);
+}
+
+bool isTooLarge(OpenGLFunctions& gl, const QSize& size)
+{
+    const int side = longestTargetSide(gl);
+    if (size.width() <= side && size.height() <= side) return false;
+    ksp::Log::error(
+        QStringLiteral("Nothing is selected in a view of %1 x %2 pixels: this driver draws at most "
+                       "%3 x %3 pixels")
+            .arg(size.width())
+            .arg(size.height())
+            .arg(side));
+    return true;
+}
+
+double reachOf(const Drawable3dItem& item)
+{
+    if (item.getDefaultDrawerType() == DrawerType::Caption) return std::numeric_limits<double>::infinity();
+    return static_cast<double>(item.pixelReach());
+}
+
+std::vector<LONGID> withoutRepetition(const std::vector<LONGID>& ids)
+{
+    std::vector<LONGID> once;
+    std::unordered_set<LONGID> known;
+    known.reserve(ids.size());
+    for (const LONGID id : ids)
+        if (known.insert(id).second) once.push_back(id);
+    return once;
+}
+
+/// The vertices of a captured buffer, which is deleted, in homogeneous scene coordinates. What was not filled
+/// is all zeros.
+std::vector<glm::vec4> takeVertices(OpenGLFunctions& gl, unsigned int buffer)
+{
+    if (buffer == 0) return {};
+    GLint64 bytes = 0;
+    gl.glBindBuffer(GL_COPY_READ_BUFFER, buffer);
+    gl.glGetBufferParameteri64v(GL_COPY_READ_BUFFER, GL_BUFFER_SIZE, &bytes);
+    std::vector<glm::vec4> vertices(static_cast<std::size_t>(bytes) / sizeof(glm::vec4));
+    gl.glGetBufferSubData(GL_COPY_READ_BUFFER, 0,
+                          static_cast<GLsizeiptr>(vertices.size() * sizeof(glm::vec4)), vertices.data());
+    gl.glBindBuffer(GL_COPY_READ_BUFFER, 0);
+    gl.glDeleteBuffers(1, &buffer);
+    return vertices;
+}
+
+/// Whether the item gives its vertices, and all of them lie in the volume; then all that they span does.
+bool holdsVertices(OpenGLFunctions& gl, const PictureVolume& volume, Scene3d& scene, Drawable3dItem& item)
+{
+    std::size_t count = 0, held = 0;
+    const auto [points, lines, triangles] = scene.generateItemGeometry(&item);
+    for (const unsigned int buffer : {points, lines, triangles})
+        for (const glm::vec4& vertex : takeVertices(gl, buffer)) {
+            if (vertex.w == 0.0f) continue;
+            const glm::dvec3 point = glm::dvec3(vertex) / double(vertex.w);
+            ++count;
+            held += volume.holds(gmx::BoundingBox(point, point));
+        }
+    return count != 0 && held == count;
+}
+
+} // namespace
+
+ItemSelection::ItemSelection(Scene3d& scene, Item3dSelectionProvider& provider, const PaintContext& view,
+                             const QPolygonF& polygon, const SelectionOptions& options)
+    : m_scene(scene)
+    , m_provider(provider)
+    , m_options(options)
+    , m_polygon(polygon)
+    , m_pass(passOf(view, scene))
+    , m_area(polygon, view.viewportRect.size())
+    , m_areaIsRectangle(m_area.containsAll(m_area.pixels()))
+    , m_areaVolume(viewProjection(m_pass), view.viewportRect.size(), m_area.pixels())
+    , m_picture(viewProjection(m_pass), view.viewportRect.size(), m_pass.viewportRect)
+{
+}
+
+std::vector<LONGID> ItemSelection::run(OpenGLFunctions& gl)
+{
+    if (m_area.pixels().isEmpty() || isTooLarge(gl, m_area.viewport())) return {};
+    std::vector<LONGID> found = m_options.mode == SelectionMode::Visible ? seen(gl) : touched(gl);
+    if (m_options.rule == SelectionRule::Inside) keepInside(gl, found);
+    return found;
+}
+
+// --- which items are drawn
+// --------------------------------------------------------------------------------------------
+
+bool ItemSelection::isChosen(Drawable3dItem* item) const
+{
+    return m_options.itemFilter ? m_options.itemFilter(item) : item->isVisible();
+}
+
+bool ItemSelection::reachesArea(const gmx::BoundingBox& box, double reach) const
+{
+    if (!m_areaVolume.reaches(box, reach)) return false;
+    if (m_areaIsRectangle) return true;
+    const QRect pixels = m_picture.pixelsOf(box, reach);
+    return pixels.isEmpty() || m_area.containsAny(pixels);
+}
+
+// What stands for no element has no box to be left out by. It reports nothing, but hides what is behind it.
+ItemSelection::Filter ItemSelection::candidates()
+{
+    return [this](Drawable3dItem* item) {
+        if (!item) return false;
+        const InteractiveGraphicsItem* hostItem = item->hostItem();
+        if (!hostItem) return m_options.mode == SelectionMode::Visible && isChosen(item);
+        const gmx::BoundingBox box = hostItem->sceneBoundingBox();
+        if (!reachesArea(box, reachOf(*item)) || !isChosen(item)) return false;
+        if (m_options.rule == SelectionRule::Inside) m_items.emplace(hostItem->getId(), item);
+        if (!isSelectedByBox(*item, box)) return true;
+        m_selectedByBox.push_back(hostItem->getId());
+        return false;
+    };
+}
+
+// Only of drawers that are known to draw all of their items.
+int ItemSelection::kindsMarkedBy(const Item3dDrawer* drawer)
+{
+    const auto [entry, isNew] = m_kinds.emplace(drawer, 0);
+    if (!isNew || !drawer || typeid(*drawer) != typeid(SequentialItem3dDrawer)) return entry->second;
+    const auto* sequential = static_cast<const SequentialItem3dDrawer*>(drawer);
+    const QOpenGLShaderProgram* program = m_pass.program ? m_pass.program : sequential->getDefaultProgram();
+    if (!program || !program->isLinked() || program->uniformLocation("item_index") < 0 ||
+        program->uniformLocation("selection_rect") < 0)
+        return 0;
+    const QVariant kinds = program->property("primitives");
+    entry->second = kinds.isValid() ? kinds.toInt() : m_pass.primitives;
+    return entry->second;
+}
+
+bool ItemSelection::isSelectedByBox(Drawable3dItem& item, const gmx::BoundingBox& box)
+{
+    if (m_options.mode != SelectionMode::Through || !item.drawsOpaque() || item.isHighlighted()) return false;
+    const int kinds = kindsMarkedBy(item.getDrawer());
+    const Drawable3dPrimitive::GeometryInfo info = item.getGeometryInfo();
+    const bool isDrawn = (info.pointCount != 0 && (kinds & PrimitiveBit::Points) != 0) ||
+                         (info.lineCount != 0 && (kinds & PrimitiveBit::Lines) != 0) ||
+                         (info.triangleCount != 0 && (kinds & PrimitiveBit::Triangles) != 0);
+    if (!isDrawn) return false;
+    // A pixel's width for the rounding of what lies on the border.
+    const QRect pixels = m_picture.pixelsOf(box, 1.0);
+    return !pixels.isEmpty() && m_area.containsAll(pixels) && m_picture.holds(box);
+}
+
+// --- what lies in the area
+// --------------------------------------------------------------------------------------------
+
+std::vector<LONGID> ItemSelection::touched(OpenGLFunctions& gl)
+{
+    std::vector<LONGID> found = draw(gl, m_pass, m_polygon, false, m_area.pixels(), candidates());
+    found.insert(found.end(), m_selectedByBox.begin(), m_selectedByBox.end());
+    return withoutRepetition(found);
+}
+
+std::vector<LONGID> ItemSelection::draw(OpenGLFunctions& gl, const PaintContext& context,
+                                        const QPolygonF& polygon, bool inverted, const QRect& pixels,
+                                        const Filter& filter)
+{
+    const SelectionTarget target(gl, SelectionTarget::Bits, context.viewportRect.size(), pixels);
+    if (!target.isComplete()) return {};
+    PaintContext pass = context;
+    pass.drawMode = DrawMode::SelectionBufferDraw;
+    m_provider.setSelectionPolygon(polygon);
+    m_provider.setInverted(inverted);
+    m_provider.beginSelection(pass);
+    m_scene.drawElements(pass, m_options.visibilityFilter, filter);
+    return m_provider.selectedItems();
+}
+
+// What is seen is read from a picture of identifiers and not from the selection buffer. A fragment that is
+// hidden would set its bit too, unless every program had a variant that tests depths early and the depths had
+// been drawn before: twice the drawing, with two programs that would have to give the same depths, and where
+// items lie in one plane all of them would count. The picture has, of these, the one that is drawn last, as
+// any frame has. Local items hide as well; their identifiers, addresses, are those of no element.
+std::vector<LONGID> ItemSelection::seen(OpenGLFunctions& gl)
+{
+    SelectionTarget target(gl, SelectionTarget::Ids, m_area.viewport(), m_area.pixels());
+    if (!target.isComplete()) return {};
+    Ids drawn;
+    const Filter filter = [&drawn, accepts = candidates()](Drawable3dItem* item) {
+        if (!accepts(item)) return false;
+        if (item->hostItem()) drawn.insert(item->hostItem()->getId());
+        return true;
+    };
+    PaintContext pass = m_pass;
+    pass.drawMode = DrawMode::SelectionMaskDraw;
+    m_scene.drawFrame(pass, m_options.visibilityFilter, filter);
+
+    const QRect& pixels = m_area.pixels();
+    const std::vector<std::uint64_t> ids = target.ids(pixels);
+    std::vector<LONGID> found;
+    auto next = ids.begin();
+    std::uint64_t last = 0;
+    for (int y = pixels.top(); y <= pixels.bottom(); ++y)
+        for (int x = pixels.left(); x <= pixels.right(); ++x) {
+            const std::uint64_t id = *next++;
+            if (id == last || !m_area.contains(x, y)) continue;
+            last = id;
+            if (drawn.erase(static_cast<LONGID>(id)) != 0) found.push_back(static_cast<LONGID>(id));
+        }
+    return found;
+}
+
+// --- what lies nowhere else
+// -------------------------------------------------------------------------------------------
+
+// Four steps, each for what is left of the one before: by boxes; by drawing into the other pixels of the
+// picture; by drawing around the picture, where pens and captions reach beyond its border; and by vertices,
+// for parts that lie far beyond it, before the near plane or behind the far one. Hidden parts count as well,
+// also where only seen ones are selected.
+void ItemSelection::keepInside(OpenGLFunctions& gl, std::vector<LONGID>& found)
+{
+    found.erase(
+        std::remove_if(found.begin(), found.end(), [this](LONGID id) { return m_items.count(id) == 0; }),
+        found.end());
+    drop(found, outsideOfArea(gl, found));
+    drop(found, aroundPicture(gl, found));
+    drop(found, withVerticesOutside(gl, found));
+}
+
+void ItemSelection::drop(std::vector<LONGID>& found, const std::vector<LONGID>& outside)
+{
+    const Ids dropped(outside.begin(), outside.end());
+    found.erase(
+        std::remove_if(found.begin(), found.end(), [&dropped](LONGID id) { return dropped.count(id) != 0; }),
+        found.end());
+}
+
+/// Whether the box and all that is drawn around it lie in the picture, and in the area.
+bool ItemSelection::isInsideByBox(LONGID id) const
+{
+    const Drawable3dItem& item = *m_items.at(id);
+    return isInPictureByBox(id) &&
+           m_area.containsAll(m_picture.pixelsOf(item.hostItem()->sceneBoundingBox(), reachOf(item)));
+}
+
+bool ItemSelection::isInPictureByBox(LONGID id) const
+{
+    const Drawable3dItem& item = *m_items.at(id);
+    const gmx::BoundingBox box = item.hostItem()->sceneBoundingBox();
+    const QRect pixels = m_picture.pixelsOf(box, reachOf(item));
+    return !pixels.isEmpty() && m_pass.viewportRect.contains(pixels) && m_picture.holds(box);
+}
+
+std::vector<LONGID> ItemSelection::outsideOfArea(OpenGLFunctions& gl, const std::vector<LONGID>& found)
+{
+    Ids unsure;
+    for (const LONGID id : found)
+        if (!isInsideByBox(id)) unsure.insert(id);
+    if (unsure.empty()) return {};
+    return draw(gl, m_pass, m_polygon, true, m_pass.viewportRect, [&unsure](Drawable3dItem* item) {
+        return item && item->hostItem() && unsure.count(item->hostItem()->getId()) != 0;
+    });
+}
+
+std::vector<LONGID> ItemSelection::aroundPicture(OpenGLFunctions& gl, const std::vector<LONGID>& found)
+{
+    Ids unsure;
+    for (const LONGID id : found)
+        if (!isInPictureByBox(id)) unsure.insert(id);
+    if (unsure.empty()) return {};
+    const QSize size = m_area.viewport();
+    const int margin = std::min(64, (longestTargetSide(gl) - std::max(size.width(), size.height())) / 2);
+    if (margin < 1) return std::vector<LONGID>(unsure.begin(), unsure.end()); // there is no telling
+    const QSize larger = size + QSize(2 * margin, 2 * margin);
+    PaintContext pass = m_pass;
+    pass.setViewport(QRect(QPoint(0, 0), larger));
+    pass.projection =
+        glm::mat4(glm::scale(glm::dmat4(1.0), glm::dvec3(double(size.width()) / larger.width(),
+                                                         double(size.height()) / larger.height(), 1.0)) *
+                  glm::dmat4(pass.projection));
+    const QPolygonF picture(QRectF(QPointF(margin, margin), QSizeF(size)));
+    return draw(gl, pass, picture, true, pass.viewportRect, [&unsure](Drawable3dItem* item) {
+        return item && item->hostItem() && unsure.count(item->hostItem()->getId()) != 0;
+    });
+}
+
+std::vector<LONGID> ItemSelection::withVerticesOutside(OpenGLFunctions& gl, const std::vector<LONGID>& found)
+{
+    std::vector<LONGID> outside;
+    for (const LONGID id : found) {
+        Drawable3dItem& item = *m_items.at(id);
+        if (m_picture.holds(item.hostItem()->sceneBoundingBox())) continue;
+        if (!holdsVertices(gl, m_picture, m_scene, item)) outside.push_back(id);
+    }
+    return outside;
+}

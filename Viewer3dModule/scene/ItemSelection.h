@@ -1,0 +1,80 @@
+#pragma once
+
+#include <Viewer3dModule/drawers/PaintContext.h>
+#include <Viewer3dModule/drawers/SelectionMask.h>
+#include <Viewer3dModule/scene/PictureVolume.h>
+#include <Viewer3dModule/scene/SelectionOptions.h>
+#include <Viewer3dModule/scene/SelectionTarget.h>
+#include <framework/ksp/LONGID.h>
+
+#include <functional>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+class Drawable3dItem;
+class Item3dDrawer;
+class Item3dSelectionProvider;
+class Scene3d;
+
+/// One selection of a scene's items; see Scene3d::selectItems. The scene's context is current.
+///
+/// What is decided by boxes, without drawing:
+/// - An item whose box, and what is drawn around it, does not reach the area is not selected, and hides
+///   nothing there.
+/// - Through: an item whose box lies wholly in the area and in the picture is selected, provided that drawing
+///   would find it: it promises to draw, with an alpha that counts, what its drawer's program takes and marks
+///   (Drawable3dItem::drawsOpaque). An item so small that it covers no pixel's centre is selected too, which
+///   is what whoever draws a rectangle around it wants. Nothing but the picture's border cuts items off: a
+///   pass that leaves more out, such as a fence, must not decide so.
+/// - Visible: none is selected by its box, because another item may hide it.
+/// - Inside: no part of an item whose box lies so lies outside of the area, pens and captions included.
+class ItemSelection
+{
+public:
+    /// The scene and the provider are not owned. The scene's bounds must be up to date.
+    ItemSelection(Scene3d& scene, Item3dSelectionProvider& provider, const PaintContext& view,
+                  const QPolygonF& polygon, const SelectionOptions& options);
+
+    /// The identifiers, each once.
+    std::vector<LONGID> run(OpenGLFunctions& gl);
+
+private:
+    using Filter = std::function<bool(Drawable3dItem*)>;
+    using Ids = std::unordered_set<LONGID>;
+
+    bool reachesArea(const gmx::BoundingBox& box, double reach) const;
+    bool isChosen(Drawable3dItem* item) const;
+    /// The kinds of primitives (PrimitiveBit) of which drawing by the drawer always sets the item's bit.
+    int kindsMarkedBy(const Item3dDrawer* drawer);
+    bool isSelectedByBox(Drawable3dItem& item, const gmx::BoundingBox& box);
+    Filter candidates();
+
+    std::vector<LONGID> touched(OpenGLFunctions& gl);
+    std::vector<LONGID> seen(OpenGLFunctions& gl);
+    /// What of the items has fragments in the polygon (or, inverted, outside of it). Draws at most within the
+    /// pixels.
+    std::vector<LONGID> draw(OpenGLFunctions& gl, const PaintContext& pass, const QPolygonF& polygon,
+                             bool inverted, const QRect& pixels, const Filter& filter);
+
+    void keepInside(OpenGLFunctions& gl, std::vector<LONGID>& found);
+    void drop(std::vector<LONGID>& found, const std::vector<LONGID>& outside);
+    bool isInsideByBox(LONGID id) const;
+    bool isInPictureByBox(LONGID id) const;
+    std::vector<LONGID> outsideOfArea(OpenGLFunctions& gl, const std::vector<LONGID>& found);
+    std::vector<LONGID> aroundPicture(OpenGLFunctions& gl, const std::vector<LONGID>& found);
+    std::vector<LONGID> withVerticesOutside(OpenGLFunctions& gl, const std::vector<LONGID>& found);
+
+    Scene3d& m_scene;
+    Item3dSelectionProvider& m_provider;
+    const SelectionOptions& m_options;
+    QPolygonF m_polygon;
+    PaintContext m_pass;
+    SelectionMask m_area;
+    bool m_areaIsRectangle;
+    PictureVolume m_areaVolume;
+    PictureVolume m_picture;
+    std::vector<LONGID> m_selectedByBox;
+    std::unordered_map<const Item3dDrawer*, int> m_kinds;
+    std::unordered_map<LONGID, Drawable3dItem*> m_items; // those found or drawn; only for the rule Inside
+};
