@@ -10,6 +10,8 @@ uniform float pen_width = 1.0; // pixels
 // The layers that the item can be snapped to, one bit each. Changes with every item, so it is read here only.
 uniform uint glue_mask = 0xFFFFFFFFu;
 
+invariant gl_Position; // see common.vertex
+
 out GlueVertex
 {
     vec3 real_coords;

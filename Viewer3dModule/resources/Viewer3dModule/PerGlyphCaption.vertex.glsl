@@ -18,6 +18,8 @@ uniform mat4 view = mat4(1.0);
 uniform mat4 model = mat4(1.0);
 ITEM_UNIFORMS
 
+invariant gl_Position; // see common.vertex
+
 out Item
 {
     ITEM_FIELDS
@@ -26,7 +28,7 @@ item;
 
 void main()
 {
-    gl_Position = projection * view * model * vec4(point_coords, 1.0);
+    gl_Position = projection * (view * (model * vec4(point_coords, 1.0)));
     glyph_height = label_height;
     glyph_place = place;
     FILL_ITEM(item_flags, item_id, label_item)

@@ -45,6 +45,10 @@ uniform mat4 model = mat4(1.0);
 uniform float pen_width = 1.0;
 ITEM_UNIFORMS
 
+// The glue masks, dashed lines and labels of an item are made by other sources and must lie on its pixels: all of them
+// compute positions by the same products, and this keeps a compiler from computing them in different ways.
+invariant gl_Position;
+
 out Item
 {
     ITEM_FIELDS

@@ -15,6 +15,8 @@ uniform float u_dashSize = 0.0; // pixels; below 1 the line is solid
 uniform float u_gapSize = 0.0;  // pixels
 ITEM_UNIFORMS
 
+invariant gl_Position; // see common.vertex
+
 out Item
 {
     ITEM_FIELDS

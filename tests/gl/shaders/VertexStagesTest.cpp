@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstring>
 #include <random>
+#include <utility>
 
 // What the general vertex stage hands on, under its defines, and that of dashed lines: against products of
 // matrices in doubles, and bit by bit where nothing is computed.
@@ -243,6 +244,43 @@ TEST_F(VertexStagesTest, WithoutCoordinatesThePointIsTheOrigin)
         glm::dmat4(m_projection) * (glm::dmat4(m_view) * (glm::dmat4(m_model) * glm::dvec4(0, 0, 0, 1)));
     compare(values.data(), &clip.x, 4);
     report("vertex stage without coordinates");
+}
+
+// Pictures of one item by different programs, as those of the glue mask, must cover the same pixels.
+TEST_F(VertexStagesTest, AllPutAVertexAtTheSamePlaceToTheLastBit)
+{
+    const std::pair<const char*, std::vector<std::string>> stages[] = {
+        {"common.vertex", {}},
+        {"common.vertex",
+         {"RX_USE_PER_VERTEX_COLOR", "RX_USE_PER_VERTEX_NORMAL", "RX_USE_PER_VERTEX_TEX_COORDS"}},
+        {"common.vertex", {"RX_USE_PER_VERTEX_COLOR", "RX_USE_ELEVATION_COLOR"}},
+        {"dashedLines.vertex", {}},
+        {"GlueMask.vertex", {}},
+        {"PerGlyphCaption.vertex", {}},
+    };
+    const std::vector<glm::mat4> models = {anyMatrix(), anyMatrix(), anyMatrix(), anyMatrix()};
+    std::vector<float> points;
+    for (int i = 0; i < 3 * Vertices; ++i)
+        points.push_back(static_cast<float>(number(-10, 10)));
+    m_view = anyMatrix();
+    m_projection = glm::perspective(0.7f, 1.3f, 0.5f, 100.0f);
+
+    std::vector<float> first;
+    for (const auto& [name, defines] : stages) {
+        use({name, {shaderPath(name)}, defines}, {"gl_Position"});
+        set("view", m_view);
+        set("projection", m_projection);
+        attribute(0, 3, points);
+        std::vector<float> values;
+        for (const glm::mat4& model : models) {
+            set("model", model);
+            const std::vector<float> some = capture(GL_POINTS, Vertices, GL_POINTS, 4, Vertices);
+            values.insert(values.end(), some.begin(), some.end());
+        }
+        if (first.empty()) first = values;
+        ASSERT_EQ(values.size(), models.size() * Vertices * 4);
+        EXPECT_EQ(std::memcmp(values.data(), first.data(), values.size() * sizeof(float)), 0) << name;
+    }
 }
 
 } // namespace

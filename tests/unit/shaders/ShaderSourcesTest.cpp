@@ -283,6 +283,19 @@ TEST_F(ShaderSourcesTest, ColourModesAgreeWithTheProgram)
                     .contains("enum ColorMode { ItemColor = 0, VertexColors = 1, TextureColor = 2 };"));
 }
 
+// A compiler may compute what is written alike in two sources in two ways, unless both forbid it.
+TEST_F(ShaderSourcesTest, VertexStagesThatReachTheScreenPromiseTheSamePositions)
+{
+    int promising = 0;
+    for (const QString& name : filesOfTheFolder()) {
+        const QByteArray source = contentOf(sourceFolder + QLatin1Char('/') + name);
+        if (!name.contains(QLatin1String(".vertex.")) || !source.contains("projection")) continue;
+        EXPECT_TRUE(source.contains("\ninvariant gl_Position;")) << name.toStdString();
+        ++promising;
+    }
+    EXPECT_EQ(promising, 4) << "common, dashed lines, glue masks, glyphs";
+}
+
 TEST_F(ShaderSourcesTest, StorageBlocksHaveTheirBindings)
 {
     const auto expect = [](const QString& name, const QByteArray& block) {
