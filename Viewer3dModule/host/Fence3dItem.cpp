@@ -1,0 +1,195 @@
+#include <Viewer3dModule/host/Fence3dItem.h>
+
+#include <Viewer3dModule/drawers/PaintContext.h>
+#include <Viewer3dModule/enums/TypeIds.h>
+#include <Viewer3dModule/fences/Frustum3D.h>
+#include <Viewer3dModule/fences/SphereFence.h>
+#include <Viewer3dModule/scene/Scene3d.h>
+#include <Viewer3dModule/shaders/Uniforms.h>
+
+#include <framework/gmx/BoundingBox.h>
+#include <framework/ksp/CFileException.h>
+
+#include <QtGui/QOpenGLShaderProgram>
+
+#include <cstring>
+#include <limits>
+#include <utility>
+#include <vector>
+
+namespace {
+
+constexpr unsigned int bufferBinding = 10;
+
+/// What stands before the points in the storage block; see Fence3dItem::bindFrustumPrism.
+struct FrustumRecord
+{
+    glm::vec4 boxMin;
+    glm::vec4 boxMax;
+    glm::mat4 sceneToFence;
+    float zNear;
+    float zFar;
+    float tanHalfFovy;
+    std::uint32_t pointCount;
+};
+static_assert(sizeof(FrustumRecord) == 112, "the shaders' storage block begins with 112 bytes");
+
+/// More than the record and its points take.
+std::uint64_t bufferSize(std::size_t points)
+{
+    return 144 + sizeof(glm::vec2) * points;
+}
+
+FrustumRecord makeRecord(const Frustum3D& fence, const glm::dmat4& modelToScene)
+{
+    gmx::BoundingBox box;
+    for (const auto& outline : {fence.getNearFence(), fence.getFarFence()})
+        for (const glm::dvec3& point : outline)
+            box.unite(glm::dvec3(modelToScene * glm::dvec4(point, 1.0)));
+    return {glm::vec4(box.getMin(), 1.0),
+            glm::vec4(box.getMax(), 1.0),
+            glm::mat4(fence.fromWorldMatrix() * glm::inverse(modelToScene)),
+            static_cast<float>(fence.zNear()),
+            static_cast<float>(fence.zFar()),
+            static_cast<float>(fence.tanHalfFovy()),
+            static_cast<std::uint32_t>(fence.fence().size())};
+}
+
+/// A new fence, empty; null for a number that is no type.
+std::shared_ptr<Fence3DObject> makeFence(int type)
+{
+    if (type == Fence3DObject::Frustum3D) return std::make_shared<Frustum3D>();
+    if (type != Fence3DObject::SphereFence) return nullptr;
+    const auto sphere = std::make_shared<SphereFence>();
+    sphere->setFence(glm::dvec3(std::numeric_limits<double>::quiet_NaN()), 0.0);
+    return sphere;
+}
+
+} // namespace
+
+Fence3dItem::Fence3dItem(CModelElement* owner)
+    : CModelElement(owner)
+    , m_buffer(bufferBinding, "prism_fence_buffer", bufferSize(0))
+{
+}
+
+Fence3dItem::~Fence3dItem() = default;
+
+int Fence3dItem::getType() const
+{
+    return TypeIds::Fence;
+}
+
+int Fence3dItem::getFenceType() const
+{
+    return m_fence ? m_fence->getType() : 0;
+}
+
+bool Fence3dItem::empty() const
+{
+    return !m_fence || m_fence->empty();
+}
+
+std::shared_ptr<Fence3DObject> Fence3dItem::getCreateFence(Fence3DObject::Type type)
+{
+    if (getFenceType() == type) return m_fence;
+    const std::shared_ptr<Fence3DObject> fence = makeFence(type);
+    if (fence) m_fence = fence;
+    return fence;
+}
+
+void Fence3dItem::reset()
+{
+    if (!m_fence) return;
+    m_fence.reset();
+    notifyObservers();
+}
+
+std::shared_ptr<gmx::IFence3D> Fence3dItem::getIFence3D(const glm::dmat4& modelToScene) const
+{
+    return empty() ? nullptr : m_fence->getIFence3D(modelToScene);
+}
+
+void Fence3dItem::setInteractionMode(bool on)
+{
+    if (m_interactionMode == on) return;
+    m_interactionMode = on;
+    notifyObservers();
+}
+
+bool Fence3dItem::bind(const PaintContext& context)
+{
+    OpenGLFunctions* gl = currentGLFunctions();
+    const int fenceToUse = gl && context.program ? context.program->uniformLocation("fence_to_use") : -1;
+    if (fenceToUse < 0) return false;
+    const int kind = empty() ? 0 : getFenceType();
+    uniforms::set(*gl, fenceToUse, kind);
+    uniforms::set(*gl, context.program->uniformLocation("fence_gray_preview"), m_interactionMode);
+    switch (kind) {
+    case Fence3DObject::Frustum3D:
+        return bindFrustumPrism(context);
+    case Fence3DObject::SphereFence:
+        return bindSphere(context);
+    default:
+        return false;
+    }
+}
+
+bool Fence3dItem::bindFrustumPrism(const PaintContext& context)
+{
+    const auto* fence = dynamic_cast<const Frustum3D*>(m_fence.get());
+    if (!fence || !context.scene || !context.program) return false;
+    const std::vector<glm::vec2>& points = fence->fence();
+    if (!m_buffer.resize(bufferSize(points.size()))) return false;
+    if (void* memory = m_buffer.map(false)) {
+        const FrustumRecord record = makeRecord(*fence, context.scene->modelToSceneTransform());
+        char* bytes = static_cast<char*>(memory);
+        std::memset(bytes, 0, bufferSize(points.size()));
+        std::memcpy(bytes, &record, sizeof record);
+        if (!points.empty())
+            std::memcpy(bytes + sizeof record, points.data(), points.size() * sizeof points[0]);
+        m_buffer.unmap();
+    }
+    return m_buffer.bind(context.program->programId());
+}
+
+bool Fence3dItem::bindSphere(const PaintContext& context)
+{
+    const auto* fence = dynamic_cast<const SphereFence*>(m_fence.get());
+    OpenGLFunctions* gl = currentGLFunctions();
+    if (!fence || !gl || !context.scene || !context.program) return false;
+    const glm::dmat4 modelToScene = context.scene->modelToSceneTransform();
+    const double radius = glm::length(modelToScene * glm::dvec4(0.0, 0.0, fence->getRadius(), 0.0));
+    const glm::dvec3 center = context.scene->mapFromModel(fence->getCenter());
+    uniforms::set(*gl, context.program->uniformLocation("sphere_fence_radius"), static_cast<float>(radius));
+    uniforms::set(*gl, context.program->uniformLocation("sphere_fence_center"), glm::vec3(center));
+    return true;
+}
+
+void Fence3dItem::serialize(CQtArchive& archive)
+{
+    if (!archive.isLoading()) {
+        serializeFields(archive);
+        return;
+    }
+    Fence3dItem loaded; // taken over as a whole or not at all
+    loaded.serializeFields(archive);
+    takeStored(loaded);
+    m_fence = std::move(loaded.m_fence);
+}
+
+void Fence3dItem::serializeFields(CQtArchive& archive)
+{
+    CModelElement::serialize(archive);
+    archive.beginObject();
+    std::int32_t type = getFenceType();
+    archive.value(type);
+    if (archive.isLoading()) m_fence = makeFence(type);
+    if (m_fence)
+        m_fence->serialize(archive);
+    else if (type != 0)
+        throw ksp::CFileException(ksp::CFileException::Damaged,
+                                  QStringLiteral("a fence is of the unknown kind %1").arg(type));
+    archive.endObject(1);
+    archive.finish();
+}

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <Viewer3dModule/Viewer3dModule_export.h>
+#include <Viewer3dModule/fences/Fence3DObject.h>
+#include <Viewer3dModule/shaders/ShaderStorageBufferObject.h>
+
+#include <framework/model/CModelElement.h>
+
+struct PaintContext;
+
+/// The fence of the 3D view as an element of the project, and what hands it to the shaders.
+///
+/// The fence lives in the model's coordinates; what the shaders get is in the scene's. Whoever changes the
+/// fence itself calls notifyObservers() after it.
+class VIEWER3DMODULE_EXPORT Fence3dItem : public CModelElement
+{
+public:
+    /// No fence. Makes no OpenGL call. owner is not owned and may be null.
+    explicit Fence3dItem(CModelElement* owner = nullptr);
+    Fence3dItem(const Fence3dItem&) = delete;
+    Fence3dItem& operator=(const Fence3dItem&) = delete;
+    /// Deletes its storage buffer when a context of the share group is current.
+    ~Fence3dItem() override;
+
+    int getType() const override;
+
+    /// The fence; null when there is none.
+    const std::shared_ptr<Fence3DObject>& getFence() const { return m_fence; }
+    /// The fence's Fence3DObject::Type, or 0 without one.
+    int getFenceType() const;
+    /// Whether nothing limits the view: no fence, or an empty one.
+    bool empty() const;
+    /// The fence, when it is of this type; otherwise a new one, empty, that takes its place. Null, and
+    /// nothing changes, for a number that is no type.
+    std::shared_ptr<Fence3DObject> getCreateFence(Fence3DObject::Type type);
+    /// Removes the fence and notifies, when there is one. Who still holds it keeps it.
+    void reset();
+    /// A copy of the fence for points of the frame that modelToScene leads to; null when nothing limits the
+    /// view. See Fence3DObject::getIFence3D.
+    std::shared_ptr<gmx::IFence3D> getIFence3D(const glm::dmat4& modelToScene) const;
+
+    /// While the user is at work on the fence, what lies outside is shown in grey and not cut away. False at
+    /// first; not stored. Notifies when it changes.
+    void setInteractionMode(bool on);
+    bool isInteractionMode() const { return m_interactionMode; }
+
+    /// Tells the context's program, which must be in use, the kind of fence ("fence_to_use": 0 none, 1
+    /// frustum, 2 sphere), the interaction mode ("fence_gray_preview") and the fence's data. Whether the
+    /// program limits what it draws: false without an OpenGL context or program, without the uniform (the
+    /// program is left as it is), for no fence or an empty one, and when the data cannot be handed over.
+    bool bind(const PaintContext& context);
+    /// The data of a frustum: fills the storage block "prism_fence_buffer", binding point 10, with 144 + 8 *
+    /// n bytes for n points, and binds it. Little-endian, 32 bits a number:
+    ///
+    ///     0    4 floats   least corner of the box of the near and far outlines in the scene, then 1
+    ///     16   4 floats   greatest corner, then 1
+    ///     32   16 floats  scene to fence frame, column by column
+    ///     96   3 floats   zNear, zFar, tanHalfFovy
+    ///     108  uint       n
+    ///     112  n * 2 floats  the polygon, closed, in normalised screen units
+    ///
+    /// The bytes after the points are 0. Where zFar is not above zNear the fence has no end: then the box
+    /// says nothing, and nothing may be left out by it. False for a fence of another kind and without scene.
+    bool bindFrustumPrism(const PaintContext& context);
+    /// The data of a sphere: "sphere_fence_center" and "sphere_fence_radius", in the scene. False for a fence
+    /// of another kind and without context or scene.
+    bool bindSphere(const PaintContext& context);
+
+    /// Reads or writes the element with its fence; a read one is new, and the fence that was there stays as
+    /// it is for who holds it. A kind that is not known is refused with ksp::CFileException (Damaged).
+    void serialize(CQtArchive& archive) override;
+
+private:
+    void serializeFields(CQtArchive& archive);
+
+    std::shared_ptr<Fence3DObject> m_fence;
+    ShaderStorageBufferObject m_buffer;
+    bool m_interactionMode = false;
+};
