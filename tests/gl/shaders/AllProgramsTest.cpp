@@ -224,7 +224,8 @@ TEST_F(AllProgramsTest, UniformsStartWithTheirValues)
 // sources.
 TEST_F(AllProgramsTest, HaveEveryUniformThatTheModuleSets)
 {
-    // set for programs of other modules; none of this module's shows an item that is being worked on, or a fence
+    // set for programs of other modules; none of this module's shows an item that is being worked on, or a
+    // fence
     const QStringList ofOtherModules = {"interaction_color", "fence_to_use", "fence_gray_preview",
                                         "sphere_fence_center", "sphere_fence_radius"};
     static const QRegularExpression named(QStringLiteral("\\buniformLocation\\(\"(\\w+)\"\\)"));
