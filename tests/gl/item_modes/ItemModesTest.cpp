@@ -1,3 +1,5 @@
+#include "ItemVariants.h"
+
 #include <tests/support/ShaderDrawing.h>
 
 #include <glm/gtc/matrix_transform.hpp>
@@ -13,87 +15,7 @@ namespace {
 
 enum Mode { Ordinal, SelectionMask, GlueMask, SelectionBuffer };
 
-enum class Shape { Rectangle, Line, Solid, EmulatedSolid, Caption };
-enum class Colors { Item, Vertices, Texture, Bitmap };
-enum class Instances { None, Positions, Matrices };
-
-struct Variant
-{
-    std::string name;
-    QStringList stages;
-    std::vector<std::string> defines;
-    Shape shape;
-    Colors colors;
-    int colorMode = 0; ///< of mesh.fragment
-    Instances instances = Instances::None;
-};
-
-const std::string color = "RX_USE_PER_VERTEX_COLOR";
-const std::string normal = "RX_USE_PER_VERTEX_NORMAL";
-const std::string texture = "RX_USE_PER_VERTEX_TEX_COORDS";
-const std::string bitmap = "RX_USE_TEXTURE_AS_BITMAP";
-
-std::vector<Variant> variants()
-{
-    const QStringList dashed = {"dashedLines.vertex", "dashedLines.fragment"};
-    const QStringList mono = {"common.vertex", "mono.fragment"};
-    const QStringList wide = {"common.vertex", "WideLines.geom", "mono.fragment"};
-    const QStringList solid = {"dummy.vertex", "SolidRegularLines.geom", "mesh.fragment"};
-    const QStringList solidMono = {"dummy.vertex", "SolidRegularLines.geom", "mono.fragment"};
-    const QStringList solidTexture = {"dummy.vertex", "SolidRegularLines.geom", "texture.fragment"};
-    const QStringList textured = {"common.vertex", "texture.fragment"};
-    const QStringList caption = {"common.vertex", "caption.geom", "texture.fragment"};
-    const QStringList captionMono = {"common.vertex", "caption.geom", "mono.fragment"};
-    const QStringList mesh = {"common.vertex", "mesh.fragment"};
-    const std::vector<std::string> all = {color, normal, texture};
-    const std::string emulation = "RX_USE_ADJACENCY_EMULATION";
-
-    std::vector<Variant> list = {
-        {"Dashed", dashed, {}, Shape::Line, Colors::Item},
-        {"Solid", solid, {normal}, Shape::Solid, Colors::Item},
-        {"SolidVertexColor", solid, all, Shape::Solid, Colors::Vertices, 1},
-        {"SolidTexture", solid, all, Shape::Solid, Colors::Texture, 2},
-        {"SolidMono", solidMono, {}, Shape::Solid, Colors::Item},
-        {"SolidMonoVertexColor", solidMono, {color}, Shape::Solid, Colors::Vertices},
-        {"SolidPlainTexture", solidTexture, {texture}, Shape::Solid, Colors::Texture},
-        {"EmulatedSolid", solid, {normal, emulation}, Shape::EmulatedSolid, Colors::Item},
-        {"EmulatedSolidVertexColor",
-         solid,
-         {normal, color, emulation},
-         Shape::EmulatedSolid,
-         Colors::Vertices,
-         1},
-    };
-    const std::vector<Variant> common = {
-        {"Mono", mono, {}, Shape::Rectangle, Colors::Item},
-        {"VertexColor", mono, {color}, Shape::Rectangle, Colors::Vertices},
-        {"Texture", textured, {texture}, Shape::Rectangle, Colors::Texture},
-        {"Bitmap", textured, {texture, bitmap}, Shape::Rectangle, Colors::Bitmap},
-        {"Wide", wide, {}, Shape::Line, Colors::Item},
-        {"WideVertexColor", wide, {color}, Shape::Line, Colors::Vertices},
-        {"Caption", caption, {}, Shape::Caption, Colors::Texture},
-        {"CaptionBitmap", caption, {bitmap}, Shape::Caption, Colors::Bitmap},
-        {"CaptionMono", captionMono, {}, Shape::Caption, Colors::Item},
-        {"CaptionVertexColor", captionMono, {color}, Shape::Caption, Colors::Vertices},
-        {"Mesh", mesh, all, Shape::Rectangle, Colors::Item},
-        {"MeshVertexColor", mesh, all, Shape::Rectangle, Colors::Vertices, 1},
-        {"MeshTexture", mesh, all, Shape::Rectangle, Colors::Texture, 2},
-        {"MeshWithoutAttributes", mesh, {}, Shape::Rectangle, Colors::Item, 2},
-    };
-    for (const Variant& variant : common)
-        for (const Instances instances : {Instances::None, Instances::Positions, Instances::Matrices}) {
-            Variant one = variant;
-            one.instances = instances;
-            if (instances != Instances::None) one.defines.emplace_back("RX_USE_INSTANCED_DRAW");
-            if (instances == Instances::Positions) one.defines.emplace_back("RX_USE_INSTANCE_POSITION");
-            if (instances == Instances::Positions) one.name += "AtPositions";
-            if (instances == Instances::Matrices) one.name += "ByMatrices";
-            list.push_back(one);
-        }
-    return list;
-}
-
-class ItemModesTest : public ShaderDrawing, public ::testing::WithParamInterface<Variant>
+class ItemModesTest : public ShaderDrawing, public ::testing::WithParamInterface<ItemVariant>
 {
 protected:
     const glm::vec4 itemColor{0.2f, 0.4f, 0.6f, 0.8f};
@@ -105,6 +27,9 @@ protected:
         use(recipe("variant", GetParam().stages, GetParam().defines));
         if (program->uniformLocation("uLightMode") >= 0) set("uLightMode", false);
         if (program->uniformLocation("uColorMode") >= 0) set("uColorMode", GetParam().colorMode);
+        if (GetParam().name == "SphereWires") set("uWireMode", true);
+        if (isMarker()) set("first_marker_idx", 1);
+        if (is(Shape::EditedLine)) set("is_show_adding_markers", false);
         set("selection_rect", glm::vec4(0.0f, 0.0f, 64.0f, 64.0f));
         setItem(-1, glm::uvec2(0u));
         setAlpha(0.8f);
@@ -112,20 +37,30 @@ protected:
     }
     bool is(Shape shape) const { return GetParam().shape == shape; }
     bool is(Colors colors) const { return GetParam().colors == colors; }
-    bool isInstanced() const { return GetParam().instances != Instances::None; }
+    bool is(Instances instances) const { return GetParam().instances == instances; }
     bool isDashed() const { return GetParam().name == "Dashed"; }
+    bool isMarker() const { return is(Shape::EditedLine) || is(Shape::EditedPoint); }
+    int instances() const { return is(Instances::Positions) || is(Instances::Matrices) ? 2 : 1; }
+    /// What the program adds to the index of the first item.
+    int offset() const { return is(Instances::None) && !isMarker() ? 0 : 1; }
 
     /// Of two instances the second is the item; the first, another one, lies out of view.
     void setItem(int flags, const glm::uvec2& id)
     {
         m_flags = flags;
         m_id = id;
-        if (!isInstanced()) {
+        if (is(Instances::None)) {
             set("item_flags", flags);
             set("item_id", id);
             return;
         }
-        const bool byMatrices = GetParam().instances == Instances::Matrices;
+        if (is(Instances::Glyphs)) {
+            instanceIntegers(3, 1, GL_INT, {1u});
+            instanceIntegers(5, 1, GL_INT, {static_cast<std::uint32_t>(flags)});
+            instanceIntegers(6, 2, GL_UNSIGNED_INT, {id.x, id.y});
+            return;
+        }
+        const bool byMatrices = is(Instances::Matrices);
         const unsigned location = byMatrices ? 8 : 5;
         if (byMatrices)
             instanceMatrices(4,
@@ -186,7 +121,38 @@ protected:
         case Shape::Caption:
             attribute(0, 3, {-0.25f, -0.25f, z});
             break;
+        case Shape::Glyph:
+            attribute(0, 3, {-0.25f, -0.25f, z});
+            attribute(1, 1, {0.0f});
+            attribute(2, 2, {0.0f, 0.0f});
+            break;
+        case Shape::Sphere:
+        case Shape::Cylinder:
+            makeSurface(z);
+            break;
+        default: // points, the first of which is in view, in the middle of a pixel
+            attribute(0, 3, {0.015625f, 0.015625f, z, 3.0f, 0.0f, z, 0.0f, 3.0f, z});
+            set("pen_width", 9.0f);
+            break;
         }
+    }
+    /// The surface as a square, flat and seen from its side: the cylinder from aside, the sphere, with four
+    /// meridians, from above.
+    void makeSurface(float z)
+    {
+        const bool isSphere = is(Shape::Sphere);
+        const float size = isSphere ? std::sqrt(0.5f) : 0.5f;
+        const float quarter = glm::radians(90.0f);
+        glm::mat4 model = glm::translate(glm::mat4(1.0f), glm::vec3(0.0f, 0.0f, z));
+        model = glm::scale(model, glm::vec3(size, size, 0.0f));
+        model = isSphere ? glm::rotate(model, 0.5f * quarter, glm::vec3(0.0f, 0.0f, 1.0f))
+                         : glm::rotate(model, quarter, glm::vec3(1.0f, 0.0f, 0.0f));
+        attribute(0, 3, {0.0f, 0.0f, 0.0f});
+        set("model", model);
+        if (!isSphere) return;
+        gl->glPatchParameteri(GL_PATCH_VERTICES, 1);
+        set("uTessLevelInner", 4.0f);
+        set("uTessLevelOuter", 4.0f);
     }
     void makeSolid(float z)
     {
@@ -202,17 +168,22 @@ protected:
     void drawIn(Mode mode)
     {
         set("draw_mode", static_cast<int>(mode));
-        const int instances = isInstanced() ? 2 : 1;
         switch (GetParam().shape) {
         case Shape::Rectangle:
-            return draw(GL_TRIANGLE_STRIP, 4, instances);
+            return draw(GL_TRIANGLE_STRIP, 4, instances());
         case Shape::Line:
-            return draw(GL_LINES, 2, instances);
+        case Shape::LineNodes:
+        case Shape::EditedLine:
+            return draw(GL_LINES, 2, instances());
+        case Shape::FaceNodes:
+            return draw(GL_TRIANGLES, 3, instances());
         case Shape::Solid:
         case Shape::EmulatedSolid:
-            return draw(GL_LINES_ADJACENCY, 4, instances);
-        case Shape::Caption:
-            return draw(GL_POINTS, 1, instances);
+            return draw(GL_LINES_ADJACENCY, 4, instances());
+        case Shape::Sphere:
+            return draw(GL_PATCHES, 1, instances());
+        default:
+            return draw(GL_POINTS, 1, instances());
         }
     }
 
@@ -245,8 +216,16 @@ protected:
         words[1] = m_id.x;
         words[2] = m_id.y;
         if (mode == SelectionMask) words[0] = depth;
-        if (mode == GlueMask && GetParam().stages.contains("mono.fragment")) words[3] = ~9u;
+        if (mode == SelectionMask && isMarker()) words[3] = ~1u;
+        if (mode == GlueMask) words[3] = glueMark();
         return true;
+    }
+    /// What the glue mask says besides the id: nodes and single points have a mark.
+    std::uint32_t glueMark() const
+    {
+        if (isMarker()) return ~8u;
+        const QString& last = GetParam().stages.back();
+        return last == "mono.fragment" || last == "mono.point.fragment" ? ~9u : 0u;
     }
     /// Draws and compares every pixel.
     void expectProtocol(Mode mode)
@@ -285,6 +264,8 @@ protected:
     {
         switch (GetParam().shape) {
         case Shape::Rectangle:
+        case Shape::Sphere:
+        case Shape::Cylinder:
             return 32 * 32;
         case Shape::Line:
             return isDashed() ? 32 : 32 * 8 + 32; // a strip with a cap of 4 pixels' height at either end
@@ -292,15 +273,20 @@ protected:
         case Shape::EmulatedSolid:
             return 32 * 16;
         case Shape::Caption:
+        case Shape::Glyph:
             return 20 * 20;
+        case Shape::EditedLine:
+        case Shape::EditedPoint:
+            return 9 * 9;
+        default:
+            return 69; // pixels whose centres lie in the disc of 9 pixels about one of them
         }
-        return 0;
     }
     /// Selects with an index for the item and checks that this bit alone is set, or none.
     void expectBit(int index, bool isSet)
     {
         beginSelection();
-        set("item_index", isInstanced() ? index - 1 : index);
+        set("item_index", index - offset());
         expectProtocol(SelectionBuffer);
         std::vector<std::uint32_t> words(SelectionWords, 0u);
         if (isSet && index >= 0 && index < 32 * SelectionWords)
@@ -363,7 +349,7 @@ TEST_P(ItemModesTest, SelectionTakesAnAlphaOfOneHalfAndNoLess)
         beginSelection();
         set("item_index", 3);
         drawIn(SelectionBuffer);
-        EXPECT_EQ(selectedWords()[0], alpha < 0.5f ? 0u : isInstanced() ? 1u << 4 : 1u << 3);
+        EXPECT_EQ(selectedWords()[0], alpha < 0.5f ? 0u : 1u << (3 + offset()));
     }
 }
 
@@ -378,7 +364,7 @@ TEST_P(ItemModesTest, EachIndexSetsItsBit)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Programs, ItemModesTest, ::testing::ValuesIn(variants()),
+INSTANTIATE_TEST_SUITE_P(Programs, ItemModesTest, ::testing::ValuesIn(itemVariants()),
                          [](const auto& variant) { return variant.param.name; });
 
 } // namespace
