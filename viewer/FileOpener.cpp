@@ -251,7 +251,7 @@ void FileOpener::replaceProject(const QString& path, ProjectMeshes meshes, ksp::
 
 void FileOpener::save(const QString& path, ksp::StagedProgress progress)
 {
-    if (InputFiles::contain(getMeshFiles(), path))
+    if (InputFiles(getMeshFiles()).contain(path))
         throw fileError(path, QStringLiteral("cannot be written: it is one of the files that are read"));
     const QDir folder = QFileInfo(path).absoluteDir();
     forEachMesh(m_project, [&](MeshElement& element) {

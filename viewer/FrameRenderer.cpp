@@ -1,5 +1,7 @@
 #include <viewer/FrameRenderer.h>
 
+#include <viewer/makeTarget.h>
+
 #include <Viewer3dModule/host/Graphics3dItem.h>
 #include <Viewer3dModule/host/View3dSettings.h>
 #include <Viewer3dModule/scene/CurrentContextGuard.h>
@@ -7,44 +9,14 @@
 #include <framework/ksp/CommonError.h>
 
 #include <QtGui/QOpenGLFramebufferObject>
-#include <glm/gtc/matrix_transform.hpp>
 
-#include <algorithm>
 #include <cmath>
 #include <vector>
 
 namespace {
 
 const char* const viewName = "Main";
-constexpr int smoothingSamples = 4;
-constexpr double smoothedPixels = 16.0e6; // larger pictures would take too much memory for samples
-constexpr int pickReach = 4;              // pixels
-
-std::unique_ptr<QOpenGLFramebufferObject> makeTarget(OpenGLFunctions& gl, const QSize& size, int samples)
-{
-    GLint largest = 0, mostSamples = 0;
-    gl.glGetIntegerv(GL_MAX_RENDERBUFFER_SIZE, &largest);
-    gl.glGetIntegerv(GL_MAX_SAMPLES, &mostSamples);
-    if (size.width() > largest || size.height() > largest)
-        throw ksp::CommonError(
-            QStringLiteral("this driver draws pictures of at most %1 x %1 pixels").arg(largest));
-    QOpenGLFramebufferObjectFormat format;
-    format.setAttachment(QOpenGLFramebufferObject::CombinedDepthStencil);
-    format.setSamples(std::min(samples, mostSamples));
-    auto target = std::make_unique<QOpenGLFramebufferObject>(size, format);
-    if (!target->isValid() || !target->bind())
-        throw ksp::CommonError(QStringLiteral("the driver has no memory for a picture of %1 x %2 pixels")
-                                   .arg(size.width())
-                                   .arg(size.height()));
-    return target;
-}
-
-OpenGLFunctions& functionsOf(Scene3d& scene)
-{
-    OpenGLFunctions* gl = scene.makeCurrent() ? scene.getGLFunctions() : nullptr;
-    if (!gl) throw ksp::CommonError(QStringLiteral("there is no OpenGL 4.3 core profile here"));
-    return *gl;
-}
+constexpr int pickReach = 4; // pixels
 
 /// The pixel of a square of depths that something was drawn to, nearest to the square's middle; -1 without
 /// one.
@@ -97,43 +69,47 @@ glm::dmat4 FrameRenderer::projectionMatrix(const Viewpoint& viewpoint, const QSi
     return viewpoint.projectionMatrix(keptBounds(), size, settings ? settings->getNearPlaneDist() : 1.0);
 }
 
-PaintContext FrameRenderer::paintContext(const Viewpoint& viewpoint, const QSize& size,
+PaintContext FrameRenderer::paintContext(const Viewpoint& viewpoint, const QSize& size, const QRect& part,
                                          unsigned int vertexArray) const
 {
     PaintContext context;
     context.view = glm::mat4(viewpoint.camera().getViewMatrix());
-    context.projection = glm::mat4(projectionMatrix(viewpoint, size));
-    context.setViewport(QRect(QPoint(0, 0), size));
+    context.projection = glm::mat4(croppedProjection(projectionMatrix(viewpoint, size), size, part));
+    context.setViewport(QRect(QPoint(0, 0), part.size()));
     context.vertexArray = vertexArray;
     context.scene = &m_scene;
     context.viewName = viewName;
     return context;
 }
 
-void FrameRenderer::drawFrame(const Viewpoint& viewpoint, const QSize& size, unsigned int vertexArray,
-                              const QColor& background)
+void FrameRenderer::drawTile(const Viewpoint& viewpoint, const QSize& size, const Tile& tile,
+                             unsigned int vertexArray, const QColor& background)
 {
     OpenGLFunctions* gl = m_scene.getGLFunctions();
     if (!gl) return;
     const auto channel = [&](qreal value) { return static_cast<float>(value * background.alphaF()); };
-    gl->glViewport(0, 0, size.width(), size.height());
+    // where the frustum lies about the target, whose origin is its lower left corner
+    gl->glViewport(tile.frustum.left() - tile.target.left(), tile.target.bottom() - tile.frustum.bottom(),
+                   tile.frustum.width(), tile.frustum.height());
     gl->glClearColor(channel(background.redF()), channel(background.greenF()), channel(background.blueF()),
                      channel(1.0));
     gl->glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-    m_scene.drawFrame(paintContext(viewpoint, size, vertexArray), m_scene.getVisibilityFilter(), {});
+    m_scene.drawFrame(paintContext(viewpoint, size, tile.frustum, vertexArray), m_scene.getVisibilityFilter(),
+                      {});
 }
 
-QImage FrameRenderer::picture(const Viewpoint& viewpoint, const QSize& size, const QColor& background)
+void FrameRenderer::drawFrame(const Viewpoint& viewpoint, const QSize& size, unsigned int vertexArray,
+                              const QColor& background)
 {
-    const CurrentContextGuard callers;
-    OpenGLFunctions& gl = functionsOf(m_scene);
-    const double pixels = static_cast<double>(size.width()) * size.height();
-    const auto target = makeTarget(gl, size, pixels > smoothedPixels ? 0 : smoothingSamples);
-    drawFrame(viewpoint, size, m_scene.getDefaultVao(), background);
-    const QImage image = target->toImage();
-    target->release();
-    if (image.isNull()) throw ksp::CommonError(QStringLiteral("there is no memory for the picture"));
-    return background.alpha() == 255 ? image.convertToFormat(QImage::Format_RGB32) : image;
+    const QRect all(QPoint(0, 0), size);
+    drawTile(viewpoint, size, {all, all, all}, vertexArray, background);
+}
+
+OpenGLFunctions& FrameRenderer::makeCurrent() const
+{
+    OpenGLFunctions* gl = m_scene.makeCurrent() ? m_scene.getGLFunctions() : nullptr;
+    if (!gl) throw ksp::CommonError(QStringLiteral("there is no OpenGL 4.3 core profile here"));
+    return *gl;
 }
 
 std::optional<glm::dvec3> FrameRenderer::pointUnder(const Viewpoint& viewpoint, const QSize& size,
@@ -141,24 +117,11 @@ std::optional<glm::dvec3> FrameRenderer::pointUnder(const Viewpoint& viewpoint, 
 {
     const CurrentContextGuard callers;
     m_scene.flushBounds();
-    OpenGLFunctions& gl = functionsOf(m_scene);
+    OpenGLFunctions& gl = makeCurrent();
     constexpr int side = 2 * pickReach + 1;
-    const QSize cutout(side, side);
-    const auto target = makeTarget(gl, cutout, 0);
-
-    // The projection that fills the small target with the pixels around the wanted one.
-    const glm::dvec3 scale(static_cast<double>(size.width()) / side,
-                           static_cast<double>(size.height()) / side, 1.0);
-    const glm::dvec3 middle(2.0 * (pixel.x() + 0.5) / size.width() - 1.0,
-                            1.0 - 2.0 * (pixel.y() + 0.5) / size.height(), 0.0);
-    const glm::dmat4 projection = glm::scale(glm::dmat4(1.0), scale) *
-                                  glm::translate(glm::dmat4(1.0), -middle) *
-                                  projectionMatrix(viewpoint, size);
-    PaintContext context = paintContext(viewpoint, cutout, m_scene.getDefaultVao());
-    context.projection = glm::mat4(projection);
-    gl.glViewport(0, 0, side, side);
-    gl.glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-    m_scene.drawFrame(context, m_scene.getVisibilityFilter(), {});
+    const QRect cutout(pixel.x() - pickReach, pixel.y() - pickReach, side, side);
+    const auto target = makeTarget(gl, cutout.size(), 0);
+    drawTile(viewpoint, size, {cutout, cutout, cutout}, m_scene.getDefaultVao(), Qt::black);
 
     std::vector<float> depths(side * side, 1.0f);
     gl.glReadPixels(0, 0, side, side, GL_DEPTH_COMPONENT, GL_FLOAT, depths.data());
@@ -167,7 +130,8 @@ std::optional<glm::dvec3> FrameRenderer::pointUnder(const Viewpoint& viewpoint, 
     if (found < 0) return std::nullopt;
     const glm::dvec4 place(2.0 * (found % side + 0.5) / side - 1.0, 2.0 * (found / side + 0.5) / side - 1.0,
                            Scene3d::depthValueToFrustumZ(depths[static_cast<std::size_t>(found)]), 1.0);
-    const glm::dvec4 eye = glm::inverse(projection) * place;
+    const glm::dvec4 eye =
+        glm::inverse(croppedProjection(projectionMatrix(viewpoint, size), size, cutout)) * place;
     const glm::dvec4 point = glm::inverse(viewpoint.camera().getViewMatrix()) * (eye / eye.w);
     return std::isfinite(point.x + point.y + point.z) ? std::optional<glm::dvec3>(point) : std::nullopt;
 }

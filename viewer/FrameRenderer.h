@@ -1,13 +1,14 @@
 #pragma once
 
+#include <viewer/TileGrid.h>
 #include <viewer/Viewpoint.h>
 
 #include <Viewer3dModule/drawers/PaintContext.h>
+#include <Viewer3dModule/shaders/OpenGLFunctions.h>
 
 #include <QtCore/QObject>
 #include <QtCore/QSize>
 #include <QtGui/QColor>
-#include <QtGui/QImage>
 
 #include <optional>
 
@@ -26,24 +27,31 @@ public:
     /// The box of what is visible, scene coordinates, as small as it really is; the scene's bounds where
     /// nothing is. Looks at every item.
     gmx::BoundingBox visibleBounds() const;
-    /// The record of an ordinary pass over a target of this size (pixels). The scene's bounds must be up to
-    /// date.
-    PaintContext paintContext(const Viewpoint& viewpoint, const QSize& size, unsigned int vertexArray) const;
-    /// Clears the bound target and draws a frame. A context of the scene's share group is current, with
-    /// Scene3d::initializeGLCommon's state, and the vertex array is one of its own.
+    /// The projection of a picture of this size. Its near and far planes enclose all that is visible, so that
+    /// every part of the picture has the same. The scene's bounds must be up to date.
+    glm::dmat4 projectionMatrix(const Viewpoint& viewpoint, const QSize& size) const;
+    /// The record of an ordinary pass over a part of a picture of this size (pixels), to a viewport of the
+    /// part's size. The scene's bounds must be up to date.
+    PaintContext paintContext(const Viewpoint& viewpoint, const QSize& size, const QRect& part,
+                              unsigned int vertexArray) const;
+    /// Clears the bound target, of the size of the tile's, and draws the tile of a frame of this size. A
+    /// context of the scene's share group is current, with Scene3d::initializeGLCommon's state, and the
+    /// vertex array is one of its own.
+    void drawTile(const Viewpoint& viewpoint, const QSize& size, const Tile& tile, unsigned int vertexArray,
+                  const QColor& background);
+    /// The same with all of a frame in one pass.
     void drawFrame(const Viewpoint& viewpoint, const QSize& size, unsigned int vertexArray,
                    const QColor& background);
 
-    /// A picture, drawn off screen, smoothed where the driver can. Opaque when the background is. Throws
-    /// ksp::CommonError when the driver cannot make a target of this size. Leaves the caller's context
-    /// current.
-    QImage picture(const Viewpoint& viewpoint, const QSize& size, const QColor& background);
+    /// The scene that is drawn.
+    Scene3d& scene() const { return m_scene; }
+    /// Makes the scene's context current. Throws ksp::CommonError where it has no OpenGL 4.3.
+    OpenGLFunctions& makeCurrent() const;
     /// The drawn point, scene coordinates, under the pixel (origin top left) of a view of this size, or next
     /// to it; nothing where only background is. Leaves the caller's context current.
     std::optional<glm::dvec3> pointUnder(const Viewpoint& viewpoint, const QSize& size, const QPoint& pixel);
 
 private:
-    glm::dmat4 projectionMatrix(const Viewpoint& viewpoint, const QSize& size) const;
     /// visibleBounds() as it was since the scene last changed: frames and picks need not look at every item.
     const gmx::BoundingBox& keptBounds() const;
 

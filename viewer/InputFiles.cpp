@@ -70,19 +70,22 @@ QStringList filesNamedIn(const QString& path)
 
 } // namespace
 
-bool InputFiles::contain(const QStringList& inputs, const QString& path)
+InputFiles::InputFiles(const QStringList& inputs)
+{
+    for (const QString& input : inputs)
+        m_files.append(QFileInfo(input).canonicalFilePath());
+    m_files.removeDuplicates();
+}
+
+bool InputFiles::contain(const QString& path) const
 {
     const QString wanted = QFileInfo(path).canonicalFilePath();
     if (wanted.isEmpty()) return false;
-    QStringList files;
-    for (const QString& input : inputs)
-        files.append(QFileInfo(input).canonicalFilePath());
-    files.removeDuplicates();
     // what libraries name comes behind them in the list and is looked into in its turn
-    for (int i = 0; i < files.size(); ++i) {
-        if (files[i] == wanted) return true;
-        for (const QString& named : filesNamedIn(files[i]))
-            if (!files.contains(named)) files.append(named);
+    while (m_searched < m_files.size()) {
+        for (const QString& named : filesNamedIn(m_files[m_searched]))
+            if (!m_files.contains(named)) m_files.append(named);
+        ++m_searched;
     }
-    return false;
+    return m_files.contains(wanted);
 }

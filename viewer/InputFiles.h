@@ -2,12 +2,19 @@
 
 #include <QtCore/QStringList>
 
-/// The files that work reads, so that what it writes does not fall on one of them.
-namespace InputFiles {
+/// The files that work reads, so that what it writes does not fall on one of them: the inputs, and what they
+/// name, which are the material libraries of an OBJ file and their textures, the pictures and buffers of a
+/// glTF file.
+class InputFiles
+{
+public:
+    explicit InputFiles(const QStringList& inputs);
 
-/// Whether the file is one of the inputs or one that an input names: the material libraries of an OBJ file
-/// and their textures, the pictures and buffers of a glTF file. Links are followed. Looks into the inputs
-/// only when the file exists.
-bool contain(const QStringList& inputs, const QString& path);
+    /// Whether the file is one of them. Links are followed. Looks into the inputs once, and only when it is
+    /// asked for a file that exists.
+    bool contain(const QString& path) const;
 
-} // namespace InputFiles
+private:
+    mutable QStringList m_files; // canonical
+    mutable int m_searched = 0;  // how many of them were looked into
+};

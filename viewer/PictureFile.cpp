@@ -1,46 +1,53 @@
 #include <viewer/PictureFile.h>
 
 #include <viewer/InputFiles.h>
-#include <viewer/printable.h>
+#include <viewer/OutputFile.h>
+#include <viewer/PngWriter.h>
+#include <viewer/copyPixels.h>
 
 #include <framework/ksp/CommonError.h>
 
-#include <QtCore/QFileInfo>
-#include <QtCore/QSaveFile>
-#include <QtGui/QImageWriter>
-
-namespace {
-
-[[noreturn]] void fail(const QString& path, const QString& reason)
-{
-    throw ksp::CommonError(QStringLiteral("%1: cannot be written: %2").arg(shownName(path), reason));
-}
-
-} // namespace
-
 void PictureFile::requireWritable(const QString& path)
 {
-    const QFileInfo file(path);
-    const QFileInfo folder(file.absolutePath());
-    if (file.isDir()) fail(path, QStringLiteral("it is a folder"));
-    if (file.exists() && !file.isFile()) fail(path, QStringLiteral("it is no regular file"));
-    if (!folder.isDir()) fail(path, QStringLiteral("there is no folder %1").arg(folder.filePath()));
-    QSaveFile trial(path);
-    if (!trial.open(QIODevice::WriteOnly)) fail(path, trial.errorString());
-    trial.cancelWriting();
+    OutputFile::requireWritable(path);
 }
 
 void PictureFile::requireNoInput(const QString& path, const QStringList& inputs)
 {
-    if (InputFiles::contain(inputs, path)) fail(path, QStringLiteral("it is one of the files that are read"));
+    OutputFile::requireNoInput(path, InputFiles(inputs));
 }
 
 void PictureFile::write(const QString& path, const QImage& image)
 {
-    requireWritable(path);
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly)) fail(path, file.errorString());
-    QImageWriter writer(&file, "png");
-    if (!writer.write(image)) fail(path, writer.errorString());
-    if (!file.commit()) fail(path, file.errorString());
+    OutputFile file(path);
+    PngWriter png(file, image.size(), image.hasAlphaChannel());
+    const QImage rows = image.convertToFormat(png.rowFormat());
+    for (int row = 0; row < rows.height(); ++row)
+        png.writeRow(rows.constScanLine(row));
+    png.finish();
+    file.commit();
+}
+
+void PictureFile::write(OutputFile& file, PicturePainter& painter, const Steps& steps)
+{
+    const TileGrid& grid = painter.grid();
+    PngWriter png(file, grid.size(), !painter.isOpaque());
+    const double tiles = grid.tileCount();
+    int done = 0;
+    for (int band = 0; band < grid.bandCount(); ++band) {
+        const QRect rows = grid.bandRows(band);
+        QImage pixels(rows.size(), png.rowFormat());
+        if (pixels.isNull()) throw std::bad_alloc();
+        for (const Tile& tile : grid.tiles(band)) {
+            const QImage drawn = steps.draw([&] { return painter.drawTile(tile); });
+            copyPixels(drawn.convertToFormat(png.rowFormat()), pixels,
+                       tile.pixels.topLeft() - rows.topLeft());
+            steps.report(++done / tiles);
+        }
+        for (int row = 0; row < pixels.height(); ++row) {
+            png.writeRow(pixels.constScanLine(row));
+            steps.report(done / tiles);
+        }
+    }
+    png.finish();
 }

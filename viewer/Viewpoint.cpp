@@ -18,6 +18,13 @@ double tangentOfHalfView(const IProjection& projection)
     return std::tan(static_cast<const CentralProjection&>(projection).getFov() / 2.0);
 }
 
+std::unique_ptr<IProjection> makeCentral(double fov)
+{
+    std::unique_ptr<IProjection> projection = makeProjection(IProjection::Central);
+    if (fov != Viewpoint::usualFov) projection->setZoom(std::tan(Viewpoint::usualFov) / std::tan(fov));
+    return projection;
+}
+
 double aspectOf(const QSizeF& size)
 {
     return size.width() / size.height();
@@ -96,9 +103,9 @@ Viewpoint& Viewpoint::operator=(const Viewpoint& other)
 }
 
 Viewpoint Viewpoint::looking(const glm::dvec3& eye, const glm::dvec3& target, const glm::dvec3& up,
-                             IProjection::Projection type, const QSizeF& size)
+                             IProjection::Projection type, const QSizeF& size, double fov)
 {
-    Viewpoint result;
+    Viewpoint result(CCamera(), makeCentral(fov));
     result.m_camera.setPositionCamera(eye, target, up);
     result.m_camera.setCenter(target);
     result.setProjectionType(type, size);
@@ -106,14 +113,14 @@ Viewpoint Viewpoint::looking(const glm::dvec3& eye, const glm::dvec3& target, co
 }
 
 Viewpoint Viewpoint::fitting(const gmx::BoundingBox& box, const glm::dvec3& direction,
-                             IProjection::Projection type, const QSizeF& size)
+                             IProjection::Projection type, const QSizeF& size, double fov)
 {
     const glm::dvec3 center = box.getCenter();
     const glm::dvec3 right = glm::normalize(glm::cross(direction, vertical));
     const glm::dvec3 up = glm::cross(right, direction);
     const glm::dvec2 half(aspectOf(size), 1.0); // of the picture, in units of its half height
 
-    Viewpoint result(CCamera(), makeProjection(type));
+    Viewpoint result(CCamera(), type == IProjection::Central ? makeCentral(fov) : makeProjection(type));
     glm::dvec2 shift;
     double distance;
     if (type == IProjection::Parallel) {

@@ -3,6 +3,7 @@
 #include <Viewer3dModule/camera/CCamera.h>
 #include <Viewer3dModule/camera/IProjection.h>
 #include <framework/gmx/BoundingBox.h>
+#include <framework/gmx/math_utils.h>
 
 #include <QtCore/QSizeF>
 #include <QtCore/QStringList>
@@ -28,6 +29,8 @@ glm::dvec3 standardViewDirection(StandardView view);
 class Viewpoint
 {
 public:
+    static constexpr double usualFov = math_utils::pi / 4.0; ///< of central projections, vertical, radians
+
     /// Looks along +y from the origin, in central projection.
     Viewpoint();
     Viewpoint(const CCamera& camera, std::unique_ptr<IProjection> projection);
@@ -38,13 +41,13 @@ public:
     ~Viewpoint() = default;
 
     /// Looks from the eye to the target; a parallel projection shows at the target what the central one
-    /// would.
+    /// would. fov: of that, vertical, radians, below a right angle.
     static Viewpoint looking(const glm::dvec3& eye, const glm::dvec3& target, const glm::dvec3& up,
-                             IProjection::Projection type, const QSizeF& size);
+                             IProjection::Projection type, const QSizeF& size, double fov = usualFov);
     /// Looks along the direction so that the whole box is in the picture and as large as it can be. size in
     /// pixels.
     static Viewpoint fitting(const gmx::BoundingBox& box, const glm::dvec3& direction,
-                             IProjection::Projection type, const QSizeF& size);
+                             IProjection::Projection type, const QSizeF& size, double fov = usualFov);
 
     CCamera& camera() { return m_camera; }
     const CCamera& camera() const { return m_camera; }

@@ -1,6 +1,6 @@
 #include <viewer/cli/OptionValue.h>
 
-#include <viewer/cli/CommandLine.h>
+#include <viewer/TileGrid.h>
 #include <viewer/cli/UsageError.h>
 
 #include <algorithm>
@@ -24,7 +24,7 @@ glm::dvec3 OptionValue::point(const QString& option, const QString& text)
     if (!isGood)
         throw UsageError(QStringLiteral("--%1 %2: three numbers are wanted, for example 612000,5071000,350")
                              .arg(option, text));
-    if (std::max({std::abs(point.x), std::abs(point.y), std::abs(point.z)}) > largestCoordinate)
+    if (isTooFar(point))
         throw UsageError(QStringLiteral("--%1 %2: coordinates go to 1e12 at most").arg(option, text));
     return point;
 }
@@ -37,9 +37,18 @@ QSize OptionValue::size(const QString& option, const QString& text)
     if (parts.size() != 2 || !isWidth || !isHeight)
         throw UsageError(QStringLiteral("--%1 %2: WIDTHxHEIGHT in pixels is wanted, for example 1280x720")
                              .arg(option, text));
-    const QString refused = refusePictureSize(size);
+    const QString refused = TileGrid::refuse(size);
     if (!refused.isEmpty()) throw UsageError(QStringLiteral("--%1 %2: %3").arg(option, text, refused));
     return size;
+}
+
+double OptionValue::number(const QString& option, const QString& text)
+{
+    bool isNumber = false;
+    const double number = text.trimmed().toDouble(&isNumber);
+    if (!isNumber || !std::isfinite(number))
+        throw UsageError(QStringLiteral("--%1 %2: a number is wanted").arg(option, text));
+    return number;
 }
 
 int OptionValue::word(const QString& option, const QString& text, const QStringList& words)
@@ -59,4 +68,9 @@ QColor OptionValue::color(const QString& option, const QString& text)
                                         "transparent is wanted")
                              .arg(option, text));
     return color;
+}
+
+bool OptionValue::isTooFar(const glm::dvec3& point)
+{
+    return std::max({std::abs(point.x), std::abs(point.y), std::abs(point.z)}) > largestCoordinate;
 }

@@ -13,9 +13,14 @@ namespace OptionValue {
 glm::dvec3 point(const QString& option, const QString& text);
 /// WIDTHxHEIGHT in pixels, a size that pictures can have.
 QSize size(const QString& option, const QString& text);
+/// A finite number.
+double number(const QString& option, const QString& text);
 /// The number of the word in the list; capital letters do not matter.
 int word(const QString& option, const QString& text, const QStringList& words);
 /// A name, #rrggbb, #aarrggbb or transparent.
 QColor color(const QString& option, const QString& text);
+
+/// Whether the coordinates are larger than any that make sense, and lose their decimals.
+bool isTooFar(const glm::dvec3& point);
 
 } // namespace OptionValue

@@ -1,5 +1,7 @@
 #include <viewer/cli/ProgressBar.h>
 
+#include <viewer/UnfinishedFiles.h>
+
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
@@ -11,16 +13,25 @@ namespace {
 
 volatile std::sig_atomic_t interrupted = 0;
 volatile std::sig_atomic_t endsAtOnce = 0;
+volatile std::sig_atomic_t isDrawn = 0;
+constexpr char wiping[] =
+    "\r                                                                               \r";
+
+template <std::size_t Size>
+void print(const char (&text)[Size])
+{
+    [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, text, Size - 1);
+}
 
 void onInterrupt(int)
 {
-    if (endsAtOnce) { // only what is safe in a signal's handler
-        constexpr char text[] = "viewer3d: cancelled\n";
-        [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, text, sizeof text - 1);
+    if (endsAtOnce || interrupted) { // only what is safe in a signal's handler
+        UnfinishedFiles::deleteAll();
+        if (isDrawn) print(wiping);
+        print("viewer3d: cancelled\n");
         _exit(1);
     }
     interrupted = 1;
-    std::signal(SIGINT, SIG_DFL);
 }
 
 } // namespace
@@ -28,7 +39,6 @@ void onInterrupt(int)
 struct ProgressBar::Private
 {
     bool isShown = isatty(STDERR_FILENO) == 1;
-    bool isDrawn = false;
     void (*formerHandler)(int) = SIG_DFL;
     std::optional<ksp::StagedProgress> progress;
 
@@ -42,7 +52,7 @@ struct ProgressBar::Private
         const QByteArray name = title.left(40).toLocal8Bit();
         std::fprintf(stderr, "\r[%s] %3.0f %%  %-40s", bar.constData(), percentage, name.constData());
         std::fflush(stderr);
-        isDrawn = true;
+        isDrawn = 1;
     }
 };
 
@@ -74,7 +84,6 @@ void ProgressBar::throwIfInterrupted() const
 
 ProgressBar::ImmediateEnd::ImmediateEnd(ProgressBar& bar)
 {
-    bar.wipe();
     bar.throwIfInterrupted();
     endsAtOnce = 1;
 }
@@ -86,8 +95,7 @@ ProgressBar::ImmediateEnd::~ImmediateEnd()
 
 void ProgressBar::wipe()
 {
-    if (!m_private->isDrawn) return;
-    std::fprintf(stderr, "\r%79s\r", "");
-    std::fflush(stderr);
-    m_private->isDrawn = false;
+    if (!isDrawn) return;
+    print(wiping);
+    isDrawn = 0;
 }

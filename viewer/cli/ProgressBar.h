@@ -5,7 +5,7 @@
 #include <memory>
 
 /// Progress of a command: a bar on standard error where that is a terminal, nothing elsewhere. Ctrl-C cancels
-/// the progress; a second one ends the program as usual. One object at a time.
+/// the progress; a second one ends the program at once, with nothing half-written left. One object at a time.
 class ProgressBar
 {
 public:
@@ -18,9 +18,9 @@ public:
     ksp::StagedProgress progress() const;
     /// Throws ksp::Canceled after Ctrl-C, also where the work did not report meanwhile.
     void throwIfInterrupted() const;
-    /// Runs work that reports nothing and leaves nothing behind, such as the drawing of a frame: Ctrl-C
-    /// meanwhile ends the program at once, with the line and the exit status of a cancellation. Throws
-    /// ksp::Canceled when it was pressed before.
+    /// Runs work that reports nothing and leaves nothing behind but unfinished files (UnfinishedFiles.h),
+    /// such as the drawing of a frame: Ctrl-C meanwhile ends the program at once, with the line and the exit
+    /// status of a cancellation. Throws ksp::Canceled when it was pressed before.
     template <typename Work>
     auto runSilent(Work work)
     {

@@ -1,5 +1,6 @@
 #include <viewer/cli/RenderOptions.h>
 
+#include <viewer/cli/CameraList.h>
 #include <viewer/cli/CommandParser.h>
 #include <viewer/cli/OptionValue.h>
 #include <viewer/cli/PointSizeOption.h>
@@ -7,13 +8,48 @@
 
 #include <QtCore/QFileInfo>
 
+namespace {
+
+QString readOutput(const CommandParser& parser)
+{
+    const QString output = parser.value("output");
+    if (output.isEmpty()) {
+        if (parser.isSet("cameras") && !parser.isSet("output")) return {};
+        throw UsageError(QStringLiteral("render: no output; add -o OUT.png"));
+    }
+    if (QFileInfo(output).suffix().toLower() != "png")
+        throw UsageError(QStringLiteral("-o %1: render writes PNG; the name must end in .png").arg(output));
+    if (parser.isSet("cameras") && !output.contains(CameraList::namePlace))
+        throw UsageError(QStringLiteral("-o %1: of several cameras the names need %2, for example -o %2.png")
+                             .arg(output, CameraList::namePlace));
+    return output;
+}
+
+QString readCameras(const CommandParser& parser)
+{
+    if (!parser.isSet("cameras")) return {};
+    for (const char* option : {"size", "view", "projection", "eye", "target", "up", "gsd"})
+        if (parser.isSet(option))
+            throw UsageError(
+                QStringLiteral("--cameras and --%1 exclude each other; the list says it for each "
+                               "camera")
+                    .arg(option));
+    const QString list = parser.value("cameras");
+    if (list.isEmpty()) throw UsageError(QStringLiteral("--cameras wants the name of a file"));
+    return list;
+}
+
+} // namespace
+
 const char* const RenderOptions::synopsis = "render FILES... -o OUT.png [OPTIONS]";
-const char* const RenderOptions::description = "Draws the files and writes the picture as PNG.";
+const char* const RenderOptions::description =
+    "Draws the files and writes the picture as PNG, or several pictures of one list of cameras.";
 
 void RenderOptions::declare(CommandParser& parser)
 {
-    parser.add({"o", "output"}, "the picture to write", "OUT.png");
+    parser.add({"o", "output"}, "the picture to write; with --cameras a pattern with {name}", "OUT.png");
     CameraOptions::declare(parser);
+    parser.add({"cameras"}, "a list of cameras (JSON), each with a picture of its own", "FILE.json");
     parser.add({"background"}, "colour behind the scene: a name, #rrggbb, #aarrggbb or transparent",
                "COLOUR");
     PointSizeOption::declare(parser);
@@ -25,11 +61,8 @@ RenderOptions RenderOptions::read(const CommandParser& parser)
     options.files = parser.positionalArguments();
     if (options.files.isEmpty())
         throw UsageError(QStringLiteral("render: no files; usage: viewer3d render FILES... -o OUT.png"));
-    options.output = parser.value("output");
-    if (options.output.isEmpty()) throw UsageError(QStringLiteral("render: no output; add -o OUT.png"));
-    if (QFileInfo(options.output).suffix().toLower() != "png")
-        throw UsageError(
-            QStringLiteral("-o %1: render writes PNG; the name must end in .png").arg(options.output));
+    options.output = readOutput(parser);
+    options.cameras = readCameras(parser);
     options.camera = CameraOptions::read(parser);
     if (parser.isSet("background"))
         options.background = OptionValue::color("background", parser.value("background"));

@@ -13,7 +13,8 @@ class CommandParser;
 struct RenderOptions
 {
     QStringList files;
-    QString output;
+    QString output;  ///< the picture; with a list of cameras the pattern of their names, or nothing
+    QString cameras; ///< the list of cameras, a file; nothing: the one camera
     CameraOptions camera;
     QColor background;              ///< invalid: that of the settings
     std::optional<float> pointSize; ///< pixels; nothing: as usual

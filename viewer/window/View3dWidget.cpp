@@ -1,5 +1,6 @@
 #include <viewer/window/View3dWidget.h>
 
+#include <viewer/PicturePainter.h>
 #include <viewer/window/Navigation.h>
 
 #include <Viewer3dModule/host/View3dSettings.h>
@@ -141,7 +142,7 @@ QImage View3dWidget::picture()
 {
     if (!m_scene) return {};
     m_scene->flushBounds();
-    return m_renderer.picture(m_viewpoint, deviceSize(), backgroundColor());
+    return PicturePainter(m_renderer, m_viewpoint, deviceSize(), backgroundColor()).drawAll();
 }
 
 glm::dvec3 View3dWidget::pointAt(const QPointF& place)

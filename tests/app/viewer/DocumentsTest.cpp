@@ -61,7 +61,8 @@ TEST(Documents, CommandOfTheReadmePictureIsRight)
     ASSERT_TRUE(match.hasMatch());
     const QStringList arguments = match.captured(1).remove('\'').split(' ', Qt::SkipEmptyParts);
     const RenderOptions options = std::get<RenderOptions>(parseCommandLine(arguments));
-    EXPECT_EQ(QImage(QStringLiteral(V3D_SOURCE_DIR "/docs/images/town.png")).size(), options.camera.size);
+    EXPECT_EQ(QImage(QStringLiteral(V3D_SOURCE_DIR "/docs/images/town.png")).size(),
+              options.camera.size.value_or(CameraOptions::usualSize));
 }
 
 // The picture shows the town as the command draws it now.

@@ -1,0 +1,63 @@
+#include <viewer/PicturePainter.h>
+
+#include <viewer/copyPixels.h>
+#include <viewer/makeTarget.h>
+
+#include <Viewer3dModule/scene/CurrentContextGuard.h>
+#include <Viewer3dModule/scene/Scene3d.h>
+#include <framework/ksp/CommonError.h>
+
+namespace {
+
+constexpr int smoothingSamples = 4;
+
+void requireMemory(const QImage& image)
+{
+    if (image.isNull()) throw ksp::CommonError(QStringLiteral("there is no memory for the picture"));
+}
+
+} // namespace
+
+PicturePainter::PicturePainter(FrameRenderer& renderer, const Viewpoint& viewpoint, const QSize& size,
+                               const QColor& background)
+    : m_renderer(renderer)
+    , m_viewpoint(viewpoint)
+    , m_background(background)
+    , m_grid(size)
+{
+}
+
+PicturePainter::~PicturePainter()
+{
+    const CurrentContextGuard callers;
+    m_renderer.scene().makeCurrent();
+    m_target.reset();
+}
+
+QImage PicturePainter::drawTile(const Tile& tile)
+{
+    const CurrentContextGuard callers;
+    OpenGLFunctions& gl = m_renderer.makeCurrent();
+    if (!m_target || m_target->size() != tile.target.size()) {
+        m_target.reset(); // before there is another one
+        m_target = makeTarget(gl, tile.target.size(), smoothingSamples);
+    }
+    m_target->bind();
+    m_renderer.drawTile(m_viewpoint, m_grid.size(), tile, m_renderer.scene().getDefaultVao(), m_background);
+    QImage image = m_target->toImage();
+    m_target->release();
+    if (tile.target != tile.pixels) image = image.copy(tile.pixels.translated(-tile.target.topLeft()));
+    if (isOpaque()) image = std::move(image).convertToFormat(QImage::Format_RGB32);
+    requireMemory(image);
+    return image;
+}
+
+QImage PicturePainter::drawAll()
+{
+    QImage picture(m_grid.size(), isOpaque() ? QImage::Format_RGB32 : QImage::Format_ARGB32_Premultiplied);
+    requireMemory(picture);
+    for (int band = 0; band < m_grid.bandCount(); ++band)
+        for (const Tile& tile : m_grid.tiles(band))
+            copyPixels(drawTile(tile), picture, tile.pixels.topLeft());
+    return picture;
+}

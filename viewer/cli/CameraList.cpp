@@ -1,0 +1,103 @@
+#include <viewer/cli/CameraList.h>
+
+#include <viewer/cli/JsonFields.h>
+#include <viewer/printable.h>
+
+#include <framework/ksp/CommonError.h>
+
+#include <QtCore/QDir>
+#include <QtCore/QFile>
+#include <QtCore/QFileInfo>
+#include <QtCore/QHash>
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
+
+namespace {
+
+constexpr qint64 mostBytes = 64 * 1024 * 1024;
+const QStringList keys = {"name", "output",     "view", "eye", "target",
+                          "up",   "projection", "fov",  "gsd", "size"};
+
+[[noreturn]] void fail(const QString& path, const QString& reason)
+{
+    throw ksp::CommonError(QStringLiteral("%1: %2").arg(shownName(path), reason));
+}
+
+QJsonArray readArray(const QString& path)
+{
+    QFile file(path);
+    if (!QFileInfo::exists(path)) fail(path, QStringLiteral("there is no such file"));
+    if (!QFileInfo(path).isFile()) fail(path, QStringLiteral("it is no regular file"));
+    if (!file.open(QIODevice::ReadOnly)) fail(path, file.errorString());
+    if (file.size() > mostBytes) fail(path, QStringLiteral("a list of cameras has at most 64 MiB"));
+    QJsonParseError error;
+    const QJsonDocument document = QJsonDocument::fromJson(file.readAll(), &error);
+    if (error.error != QJsonParseError::NoError)
+        fail(path, QStringLiteral("no JSON: %1 at byte %2").arg(error.errorString()).arg(error.offset));
+    if (!document.isArray() || document.array().isEmpty())
+        fail(path, QStringLiteral("a list of cameras is wanted, [{...}, ...]"));
+    return document.array();
+}
+
+/// A name that is part of a file's name and nothing more.
+QString readName(const JsonFields& fields)
+{
+    const QString name = fields.text("name");
+    if (name.contains(QLatin1Char('/')) || name.contains(QChar(0)))
+        fields.refuse(QStringLiteral("%1: it becomes part of a file's name and can have no /")
+                          .arg(fields.shown("name")));
+    return name;
+}
+
+QString outputOf(const JsonFields& fields, const QDir& folder, const QString& pattern)
+{
+    const QString name = fields.has("name") ? readName(fields) : QString();
+    if (fields.has("output")) {
+        const QString output = fields.text("output");
+        if (QFileInfo(output).suffix().toLower() != QLatin1String("png"))
+            fields.refuse(QStringLiteral("%1: the name must end in .png").arg(fields.shown("output")));
+        return folder.filePath(output);
+    }
+    if (pattern.isEmpty())
+        fields.refuse(QStringLiteral("no %1; add one, or -o with a pattern such as %2.png")
+                          .arg(fields.shown("output"), CameraList::namePlace));
+    if (name.isEmpty())
+        fields.refuse(QStringLiteral("neither %1 nor %2").arg(fields.shown("name"), fields.shown("output")));
+    return QString(pattern).replace(CameraList::namePlace, name);
+}
+
+/// What tells files apart: the folder as it really is, and the name. Also of files that are not there yet.
+QString identityOf(const QString& path)
+{
+    const QFileInfo file(path);
+    const QString folder = QFileInfo(file.absolutePath()).canonicalFilePath();
+    return (folder.isEmpty() ? file.absolutePath() : folder) + QLatin1Char('/') + file.fileName();
+}
+
+} // namespace
+
+const QString CameraList::namePlace = QStringLiteral("{name}");
+
+std::vector<CameraList::Entry> CameraList::read(const QString& path, const QString& pattern)
+{
+    const QJsonArray array = readArray(path);
+    const QDir folder = QFileInfo(path).dir();
+    std::vector<Entry> entries;
+    QHash<QString, int> numbers; // of the cameras by their outputs
+    for (int i = 0; i < array.size(); ++i) {
+        const QString place =
+            QStringLiteral("%1: camera %2 of %3").arg(shownName(path)).arg(i + 1).arg(array.size());
+        const JsonFields fields(array[i].toObject(), place);
+        if (!array[i].isObject()) fields.refuse(QStringLiteral("an object is wanted, {...}"));
+        fields.requireKnown(keys);
+        const QString output = outputOf(fields, folder, pattern);
+        const QString identity = identityOf(output);
+        if (numbers.contains(identity))
+            fields.refuse(QStringLiteral("its output %1 is that of camera %2, too")
+                              .arg(shownName(output))
+                              .arg(numbers[identity] + 1));
+        numbers[identity] = i;
+        entries.push_back({CameraOptions::read(fields), output, place});
+    }
+    return entries;
+}
