@@ -8,10 +8,8 @@ namespace {
 
 void add(Scene3d& scene, int type, int lineDrawerType)
 {
-    auto drawer = std::make_unique<CompositeDrawer>(&scene);
-    drawer->addStage(feature_drawers::LineStage, lineDrawerType);
-    drawer->addStage(feature_drawers::PointStage, DrawerType::Mono);
-    scene.addDefaultDrawer(type, std::move(drawer));
+    scene.addDefaultDrawer(type, feature_drawers::make(scene, scene.getDefaultDrawer(lineDrawerType)->clone(),
+                                                       scene.getDefaultDrawer(DrawerType::Mono)->clone()));
 }
 
 } // namespace
@@ -20,6 +18,15 @@ void feature_drawers::addTo(Scene3d& scene)
 {
     add(scene, WideLinesAndPoints, DrawerType::WideLines);
     add(scene, DashedLinesAndPoints, DrawerType::DashedLines);
+}
+
+std::unique_ptr<Item3dDrawer> feature_drawers::make(Scene3d& scene, std::unique_ptr<Item3dDrawer> lines,
+                                                    std::unique_ptr<Item3dDrawer> points)
+{
+    auto drawer = std::make_unique<CompositeDrawer>(&scene);
+    drawer->addStage(LineStage, std::move(lines));
+    drawer->addStage(PointStage, std::move(points));
+    return drawer;
 }
 
 int feature_drawers::withPoints(int lineDrawerType)

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <memory>
+
+class Item3dDrawer;
 class Scene3d;
 
 /// Drawers for features that have points besides lines of a pen whose program draws lines only. They draw
@@ -16,6 +19,9 @@ enum Stage { LineStage = 1, PointStage = 2 };
 
 /// Registers the drawers with the scene; before the first feature comes, which would get another one.
 void addTo(Scene3d& scene);
+/// Such a drawer, of one for the lines and one for the points.
+std::unique_ptr<Item3dDrawer> make(Scene3d& scene, std::unique_ptr<Item3dDrawer> lines,
+                                   std::unique_ptr<Item3dDrawer> points);
 /// The drawer type for points besides lines that need this type for themselves.
 int withPoints(int lineDrawerType);
 
