@@ -27,6 +27,12 @@ MUTATIONS = [
         ("id of the item", "item.id = own_id", "item.id = own_id.yx"),
     ),
     *changes(
+        "draw modes", "DrawModes", "gl_glue_mask",
+        ("sides of the view", "lessThanEqual(abs(clip.xyz)", "lessThanEqual(clip.xyz"),
+        ("limit of the view", "lessThanEqual(abs(clip.xyz)", "lessThan(abs(clip.xyz)"),
+        ("plane of the camera", "clip.w > 0.0 &&", ""),
+    ),
+    *changes(
         "draw modes", "SelectionMode", "gl_item_modes",
         ("alpha limit of the mask", "if (item_color.a < 0.5) discard;", "if (item_color.a < 0.4) discard;"),
         ("alpha limit of the buffer", "if (item_color.a >= 0.5)", "if (item_color.a > 0.5)"),
@@ -324,9 +330,11 @@ MUTATIONS = [
         ("height", "uTexTop - uTexBottom", "uTexBottom - uTexTop"),
     ),
     *changes(
-        "glyph", "PerGlyphCaption.vertex", "gl_markers",
+        "glyph", "PerGlyphCaption.vertex", "gl_markers gl_shaders",
         ("index of the item", "FILL_ITEM(item_flags, item_id, label_item)", "FILL_ITEM(item_flags, item_id, 0)"),
-        ("order of the matrices", "projection * view * model", "projection * model * view"),
+        ("order of the matrices", "(view * (model *", "(model * (view *"),
+        ("order of the products", "projection * (view * (model * vec4(point_coords, 1.0)))",
+         "projection * view * model * vec4(point_coords, 1.0)"),
     ),
     *changes(
         "edit nodes", "EditNodes.geom", "gl_markers",
@@ -342,6 +350,7 @@ MUTATIONS = [
         ("side of the clipped end", "start * side > 1.0", "start * side < 1.0"),
         ("upper sides", "clipAt(part, axis, 1.0)", "clipAt(part, axis, 1.1)"),
         ("lower sides", "clipAt(part, axis, -1.0)", "clipAt(part, axis, -1.1)"),
+        ("markers out of view", "if (!isInView(position)) return;", ""),
         ("near plane", "depth0 / (depth0 - depth1)", "depth0 / (depth0 + depth1)"),
         ("beyond the lower side", "clip1[axis] < -clip1.w", "clip1[axis] < clip1.w"),
         ("beyond the upper side", "clip0[axis] > clip0.w", "clip0[axis] > -clip0.w"),
@@ -351,6 +360,7 @@ MUTATIONS = [
     *changes(
         "edit nodes", "EditNodes.points.geom", "gl_markers",
         ("number of a node", "2 * gl_PrimitiveIDIn", "gl_PrimitiveIDIn"),
+        ("markers out of view", "if (!isInView(gl_in[0].gl_Position)) return;", ""),
         ("first number", "first_marker_idx + primitive_id", "first_marker_idx - primitive_id"),
         ("size", "gl_PointSize = pen_width", "gl_PointSize = pen_width + 1.0"),
     ),
@@ -367,13 +377,13 @@ MUTATIONS = [
     *changes(
         "selection by nodes", "Selection.face2points.geom", "gl_glue_mask",
         ("number of a corner", "3 * gl_PrimitiveIDIn + i", "2 * gl_PrimitiveIDIn + i"),
-        ("out of view", "abs(clip.xyz), vec3(clip.w)", "clip.xyz, vec3(clip.w)"),
+        ("out of view", "if (!isInView(clip)) continue;", ""),
         ("size", "gl_PointSize = gl_in[i].gl_PointSize", "gl_PointSize = 1.0"),
     ),
     *changes(
         "selection by nodes", "Selection.line2points.geom", "gl_glue_mask",
         ("number of an end", "gl_PrimitiveIDIn + i", "gl_PrimitiveIDIn - i"),
-        ("out of view", "abs(clip.xyz), vec3(clip.w)", "clip.xyz, vec3(clip.w)"),
+        ("out of view", "if (!isInView(clip)) continue;", ""),
         ("size", "gl_PointSize = gl_in[i].gl_PointSize", "gl_PointSize = 1.0"),
     ),
     *changes(
@@ -392,7 +402,7 @@ MUTATIONS = [
         ("size", "offset = 0.000001", "offset = 0.00001"),
         ("side", "clip.z - float(layer)", "clip.z + float(layer)"),
         ("in perspective", "* offset * clip.w", "* offset"),
-        ("points out of view", "abs(clip.xyz), vec3(clip.w)", "clip.xyz, vec3(clip.w)"),
+        ("points out of view", "if (!isInView(clip)) return;", ""),
     ),
     *changes(
         "glue masks", "GlueMask.vertex", "gl_glue_mask",

@@ -50,3 +50,11 @@ vec4 colorFromFlags(int flags, vec4 own_color, vec4 highlight_color)
     if (flags == item_invisible_flag) return vec4(0.0);
     return flags == item_highlited_flag ? highlight_color : own_color;
 }
+
+// Whether a place, in clip coordinates, is in view: not so one that is no number, or lies in the camera's own plane.
+// OpenGL draws no point whose centre is out of view, but there are drivers that draw it somewhere else when it is wide
+// and comes from a geometry stage: those emit only points for which this holds.
+bool isInView(vec4 clip)
+{
+    return clip.w > 0.0 && all(lessThanEqual(abs(clip.xyz), vec3(clip.w)));
+}

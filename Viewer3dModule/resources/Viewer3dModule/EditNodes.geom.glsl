@@ -1,7 +1,7 @@
 #version 430 core
-// A segment of a polyline under edit becomes markers of pen_width pixels: on its two nodes, and between them
-// one that stands for a node to be added. Markers are numbered along a strip: node k has 2 k, the one after
-// it 2 k + 1.
+// A segment of a polyline under edit becomes markers of pen_width pixels: on its two nodes, and between them one that
+// stands for a node to be added, each as far as its centre is in view. Markers are numbered along a strip: node k has
+// 2 k, the one after it 2 k + 1.
 //#include "shader:Viewer3dModule/DrawModes.glsl"
 
 layout(lines) in;
@@ -85,6 +85,7 @@ void clipAt(inout Part part, int axis, float side)
 
 void emitMarker(vec4 position, int primitive_id)
 {
+    if (!isInView(position)) return;
     gl_Position = position;
     gl_PointSize = pen_width;
     gl_PrimitiveID = primitive_id;

@@ -25,6 +25,7 @@ uniform int first_marker_idx = 0; // the number of this draw call's first node
 
 void main()
 {
+    if (!isInView(gl_in[0].gl_Position)) return;
     int primitive_id = 2 * gl_PrimitiveIDIn;
     gl_Position = gl_in[0].gl_Position;
     gl_PointSize = pen_width;

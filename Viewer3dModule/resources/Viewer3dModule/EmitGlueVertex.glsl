@@ -1,5 +1,6 @@
 // What the geometry stages of the glue programs share: their blocks, and how they emit a vertex. To be included after
 // GluePriority.glsl and the layouts of the stage.
+//#include "shader:Viewer3dModule/DrawModes.glsl"
 
 in GlueVertex
 {
@@ -29,11 +30,10 @@ void emitVertex(vec4 clip, int layer, vec3 coords)
     EmitVertex();
 }
 
-// Emits a point of the size that the vertex stage gave. OpenGL draws no point whose centre is out of view, but there
-// are drivers that draw it somewhere else when it is wide: so it does not get there.
+// Emits a point, if it is in view, of the size that the vertex stage gave.
 void emitPoint(vec4 clip, int layer, vec3 coords)
 {
-    if (any(greaterThan(abs(clip.xyz), vec3(clip.w)))) return;
+    if (!isInView(clip)) return;
     gl_PointSize = gl_in[0].gl_PointSize;
     emitVertex(clip, layer, coords);
 }

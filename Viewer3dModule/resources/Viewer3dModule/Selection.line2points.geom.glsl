@@ -22,9 +22,7 @@ void main()
 {
     for (int i = 0; i < 2; ++i) {
         vec4 clip = gl_in[i].gl_Position;
-        // OpenGL draws no point whose centre is out of view, but there are drivers that draw it somewhere else when it
-        // is wide: so it does not get there.
-        if (any(greaterThan(abs(clip.xyz), vec3(clip.w)))) continue;
+        if (!isInView(clip)) continue;
         gl_Position = clip;
         gl_PointSize = gl_in[i].gl_PointSize;
         gl_PrimitiveID = gl_PrimitiveIDIn + i;

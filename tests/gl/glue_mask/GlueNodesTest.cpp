@@ -2,6 +2,8 @@
 
 #include <glm/gtc/matrix_transform.hpp>
 
+#include <cmath>
+
 // Nodes and points in glue masks.
 namespace {
 
@@ -187,6 +189,32 @@ TEST_F(GlueNodesTest, NodesOutOfViewGoNoFurther)
         EXPECT_EQ(middles[0].layer, MidNode);
         EXPECT_EQ(middles[0].coords, glm::vec3(0));
     }
+}
+
+TEST_F(GlueNodesTest, NodesWithoutAPlaceGoNoFurther)
+{
+    const glm::vec3 in(0.5f, -0.5f, 0.5f);
+    for (const glm::vec3& none : {glm::vec3(NAN), {NAN, 0, 0}, {0, NAN, 0}, {0, 0, NAN}}) {
+        useCaptured("GlueFaceNodes");
+        feed({none, in, none});
+        EXPECT_EQ(captureFed(GL_TRIANGLES, GL_POINTS).size(), 1u);
+        useCaptured("GluePoints");
+        feed({none, in});
+        EXPECT_EQ(captureFed(GL_POINTS, GL_POINTS).size(), 1u);
+        useCaptured("GlueLineNodes");
+        feed({none, in});
+        EXPECT_EQ(captureFed(GL_LINES, GL_POINTS).size(), 1u) << "no middle either";
+    }
+}
+
+// Points in the camera's own plane have no place on the screen.
+TEST_F(GlueNodesTest, NodesAtTheCameraGoNoFurther)
+{
+    useCaptured("GluePoints");
+    feed({{0, 0, 0}});
+    EXPECT_EQ(captureFed(GL_POINTS, GL_POINTS).size(), 1u);
+    set("projection", glm::mat4(0.0f));
+    EXPECT_EQ(captureFed(GL_POINTS, GL_POINTS).size(), 0u);
 }
 
 TEST_F(GlueNodesTest, PenIsOnePixelAtFirst)

@@ -5,6 +5,7 @@
 #include <QtCore/QFile>
 #include <QtCore/QTemporaryDir>
 
+#include <cmath>
 #include <random>
 #include <set>
 
@@ -195,8 +196,9 @@ TEST_P(NodeSelectionTest, RandomShapesShowTheirVisibleCorners)
     std::printf("%s: %d shapes, %d nodes seen, %d not\n", GetParam().program, shapes, nodes, hidden);
 }
 
-const std::vector<glm::vec3> outOfView = {{1.01f, 0, 0}, {-1.01f, 0, 0}, {0, 1.01f, 0}, {0, -1.01f, 0},
-                                          {0, 0, 1.01f}, {0, 0, -1.01f}, {3, 2, 0}};
+const std::vector<glm::vec3> outOfView = {{1.01f, 0, 0}, {-1.01f, 0, 0}, {0, 1.01f, 0},  {0, -1.01f, 0},
+                                          {0, 0, 1.01f}, {0, 0, -1.01f}, {3, 2, 0},      {NAN, 0, 0},
+                                          {0, NAN, 0},   {0, 0, NAN},    {NAN, NAN, NAN}};
 
 // Also when a point of their width would reach into the view.
 TEST_P(NodeSelectionTest, WideNodesOutOfViewAreNotDrawn)

@@ -2,6 +2,8 @@
 
 #include <glm/gtc/matrix_transform.hpp>
 
+#include <cmath>
+
 // One draw call of several items: what a uniform tells of a single item comes an instance from attributes.
 namespace {
 
@@ -140,6 +142,25 @@ TEST_F(InstancedDrawingTest, InstancesWithoutAPointLieAtTheirPositions)
     instanceIntegers(5, 1, GL_INT, {Normal, Highlighted});
     draw(GL_POINTS, 1, 2);
     expectSquares({{{28, 28}, blue}, {{12, 20}, green}});
+}
+
+// An instance that has no vertex to lie at comes with numbers that are none.
+TEST_F(InstancedDrawingTest, InstancesWithoutAPlaceLeaveNoTrace)
+{
+    usePositions();
+    set("pen_width", 8.0f);
+    for (const glm::vec3& place : {glm::vec3(NAN), {NAN, 0, 0}, {0, NAN, 0}, {0, 0, NAN}}) {
+        instanceFloats(4, 3, {place.x, place.y, place.z, -0.5f, 0.25f, 0});
+        instanceIntegers(5, 1, GL_INT, {Normal, Normal});
+        attribute(0, 3, {0.0f, 0.0f, 0.0f});
+        draw(GL_POINTS, 1, 2);
+        expectSquares({{{12, 20}, blue}});
+        makeSquare();
+        draw(GL_TRIANGLE_STRIP, 4, 2);
+        expectSquares({{{16, 16}, blue}});
+        draw(GL_LINES, 2, 1);
+        EXPECT_EQ(touchedCount(), 0);
+    }
 }
 
 TEST_F(InstancedDrawingTest, InstancesWithoutAPointLieWhereTheirMatrixTakesTheOrigin)

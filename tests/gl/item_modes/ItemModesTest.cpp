@@ -353,6 +353,19 @@ TEST_P(ItemModesTest, SelectionTakesAnAlphaOfOneHalfAndNoLess)
     }
 }
 
+// What has no place, because of a matrix or a coordinate that is no number, is in no picture.
+TEST_P(ItemModesTest, WhatHasNoPlaceLeavesNoTrace)
+{
+    set("model", glm::mat4(glm::vec4(NAN), glm::vec4(NAN), glm::vec4(NAN), glm::vec4(NAN)));
+    for (const Mode mode : {Ordinal, SelectionMask, GlueMask}) {
+        drawIn(mode);
+        EXPECT_EQ(touchedCount(), 0) << mode;
+    }
+    beginSelection();
+    drawIn(SelectionBuffer);
+    EXPECT_EQ(selectedWords(), std::vector<std::uint32_t>(SelectionWords, 0u));
+}
+
 TEST_P(ItemModesTest, EachIndexSetsItsBit)
 {
     set("selection_rect", glm::vec4(0.0f, 0.0f, 11.0f, 64.0f));
