@@ -7,7 +7,7 @@ root=$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")
 . "$root/cmake/steps.sh"
 
 # Files without a command open in a window, which nobody would see on an X server of our own.
-if [[ ! ${1:-} =~ ^(render|info|plugins)$ ]] && ! has_display; then
+if [[ ! ${1:-} =~ ^(render|depth|export|info|plugins)$ ]] && ! has_display; then
     for argument in "$@"; do
         [[ ! -e $argument ]] ||
             die "no display here to open a window on; './run.sh render FILES... -o OUT.png' makes a picture"

@@ -8,9 +8,7 @@
 
 namespace {
 
-constexpr int longestSide = 16384;         // pixels; the most that OpenGL drivers commonly draw
-constexpr qint64 mostPixels = 100'000'000; // colour and depth of a picture take 8 bytes a pixel and more
-const QStringList commands = {"render", "export", "info", "plugins"};
+const QStringList commands = {"render", "depth", "export", "info", "plugins"};
 
 /// A first argument that is neither a command nor a file is a command mistyped.
 void refuseUnknownCommand(const QString& word)
@@ -43,22 +41,11 @@ Command parse(const QStringList& arguments)
 
 } // namespace
 
-QString refusePictureSize(const QSize& size)
-{
-    if (size.width() < 1 || size.height() < 1)
-        return QStringLiteral("width and height must be at least 1 pixel");
-    if (size.width() > longestSide || size.height() > longestSide)
-        return QStringLiteral("at most %1 pixels a side, which is what OpenGL drivers draw").arg(longestSide);
-    if (static_cast<qint64>(size.width()) * size.height() > mostPixels)
-        return QStringLiteral("at most %1 million pixels, because colour and depth are kept in memory")
-            .arg(mostPixels / 1'000'000);
-    return {};
-}
-
 Command parseCommandLine(const QStringList& arguments)
 {
     const QString word = arguments.value(0);
     if (word == "render") return parse<RenderOptions>(arguments.mid(1));
+    if (word == "depth") return parse<DepthOptions>(arguments.mid(1));
     if (word == "export") return parse<ExportOptions>(arguments.mid(1));
     if (word == "info") return parse<InfoOptions>(arguments.mid(1));
     if (word == "plugins") return parse<PluginsOptions>(arguments.mid(1));

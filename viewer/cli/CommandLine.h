@@ -1,5 +1,6 @@
 #pragma once
 
+#include <viewer/cli/DepthOptions.h>
 #include <viewer/cli/ExportOptions.h>
 #include <viewer/cli/HelpRequest.h>
 #include <viewer/cli/InfoOptions.h>
@@ -10,12 +11,9 @@
 #include <variant>
 
 /// What the arguments ask for.
-using Command =
-    std::variant<WindowOptions, RenderOptions, ExportOptions, InfoOptions, PluginsOptions, HelpRequest>;
+using Command = std::variant<WindowOptions, RenderOptions, DepthOptions, ExportOptions, InfoOptions,
+                             PluginsOptions, HelpRequest>;
 
 /// Reads the arguments, the program's name not among them. Throws UsageError. Needs no application object and
 /// looks at no file, but to tell a file from a mistyped command.
 Command parseCommandLine(const QStringList& arguments);
-
-/// Whether a picture of this size can be asked for; otherwise why not, else an empty text.
-QString refusePictureSize(const QSize& size);

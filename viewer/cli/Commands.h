@@ -14,6 +14,9 @@ namespace commands {
 
 /// Makes the picture and writes it, whole or not at all. Needs a QGuiApplication and OpenGL.
 void render(const RenderOptions& options);
+/// Writes a depth map and what was asked for beside it, whole or not at all. Needs a QGuiApplication and
+/// OpenGL.
+void depth(const DepthOptions& options);
 /// Writes what the scene draws, whole or not at all. Needs a QGuiApplication and OpenGL.
 void exportScene(const ExportOptions& options);
 /// What the files hold, as text or JSON. Needs no display.

@@ -139,13 +139,16 @@ int Program::execute(const Command& command)
     }
     HeldLog log;
     const auto* picture = std::get_if<RenderOptions>(&command);
+    const auto* distances = std::get_if<DepthOptions>(&command);
     const auto* geometry = std::get_if<ExportOptions>(&command);
-    if (picture || geometry) {
+    if (picture || distances || geometry) {
         requireDisplay();
         QApplication application(argc, m_argv);
         configure(application);
         if (picture)
             commands::render(*picture);
+        else if (distances)
+            commands::depth(*distances);
         else
             commands::exportScene(*geometry);
     } else {

@@ -8,6 +8,7 @@ const char* const WindowOptions::description =
     "Shows files of meshes, points and features, and makes pictures of them.\n\n"
     "  viewer3d [FILES...] [OPTIONS]          open the files in a window\n"
     "  viewer3d render FILES... -o OUT.png    make a picture\n"
+    "  viewer3d depth FILES... -o OUT.pfm     write distances from the camera, for programs\n"
     "  viewer3d export FILES... -o OUT.ply    write the geometry that is drawn\n"
     "  viewer3d info FILES...                 list elements, counts and bounds\n"
     "  viewer3d plugins                       list the plug-ins and what can be read\n\n"

@@ -80,14 +80,44 @@ TEST_F(ViewerTest, ReadmePictureIsWhatItsCommandDraws)
                {48, 9216});
 }
 
-TEST(Documents, UserGuideNamesEveryOptionOfRender)
+class DocumentedOptions : public ::testing::TestWithParam<const char*>
+{
+};
+
+TEST_P(DocumentedOptions, AreAllOfTheHelp)
 {
     const QString guide = document("docs/user-guide.md");
-    const QString help = std::get<HelpRequest>(parseCommandLine({"render", "--help"})).text;
+    const QString help = std::get<HelpRequest>(parseCommandLine({GetParam(), "--help"})).text;
     auto options = QRegularExpression("--[a-z][a-z-]+").globalMatch(help);
     while (options.hasNext()) {
         const QString option = options.next().captured();
-        EXPECT_TRUE(option == "--help" || option == "--output" || guide.contains(option + ' '))
+        EXPECT_TRUE(option == "--help" || option == "--output" ||
+                    guide.contains(QRegularExpression(option + "[ `]")))
             << qPrintable(option);
     }
+}
+
+INSTANTIATE_TEST_SUITE_P(Documents, DocumentedOptions, ::testing::Values("render", "depth"),
+                         [](const auto& command) { return std::string(command.param); });
+
+// Whole commands of the guide, as they stand there; FILES... and such are none.
+TEST_F(ViewerTest, CommandsOfTheUserGuideWork)
+{
+    const QRegularExpression pattern("^    viewer3d (depth house[^\\n]*)$",
+                                     QRegularExpression::MultilineOption);
+    write("house.obj", "v 0 0 0\nv 1 0 0\nv 0 0 1\nf 1 2 3\n");
+    int count = 0;
+    auto commands = pattern.globalMatch(document("docs/user-guide.md"));
+    for (; commands.hasNext(); ++count) {
+        const QString command = commands.next().captured(1);
+        const ViewerRun run = runProgram(
+            "bash", {"-c", QString("cd '%1' && '%2' %3").arg(path("."), viewerProgram(), command)});
+        EXPECT_EQ(run.status, 0) << qPrintable(command) << run.error.constData();
+        auto names = QRegularExpression("\\bhouse\\.[a-z]+\\b").globalMatch(command);
+        while (names.hasNext()) {
+            const QString name = names.next().captured();
+            EXPECT_TRUE(QFileInfo::exists(path(name))) << qPrintable(name);
+        }
+    }
+    EXPECT_GE(count, 1);
 }

@@ -230,7 +230,7 @@ TEST_F(Failure, WrongOptionHasAStatusOfItsOwn)
 
 TEST_F(Failure, UnknownCommandHasTheSameStatus)
 {
-    const ViewerRun run = runViewer({"depth", "a.obj"});
+    const ViewerRun run = runViewer({"select", "a.obj"});
     EXPECT_EQ(run.status, 2);
     EXPECT_EQ(run.errorLines().size(), 1);
 }

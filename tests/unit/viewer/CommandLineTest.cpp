@@ -109,6 +109,43 @@ TEST(CommandLine, UnknownOptionWithoutANearOneTellsTheUsage)
               "unknown option --zzzzzzzzzz; usage: viewer3d render FILES... -o OUT.png [OPTIONS]");
 }
 
+TEST(CommandLine, DepthHasTheCameraOfRenderAndItsOwnFiles)
+{
+    const DepthOptions options = std::get<DepthOptions>(
+        parseCommandLine({"depth", "a.obj", "-o", "a.TIFF", "--preview", "a.png", "--json", "c.json",
+                          "--size", "640x480", "--view", "left", "--point-size", "3"}));
+    EXPECT_EQ(options.files, QStringList("a.obj"));
+    EXPECT_EQ(options.output, "a.TIFF");
+    EXPECT_EQ(options.preview, "a.png");
+    EXPECT_EQ(options.cameraFile, "c.json");
+    EXPECT_EQ(options.outputs(), QStringList({"a.TIFF", "a.png", "c.json"}));
+    EXPECT_EQ(options.camera.size, QSize(640, 480));
+    EXPECT_EQ(options.camera.view, StandardView::Left);
+    EXPECT_EQ(options.pointSize, 3.0f);
+}
+
+TEST(CommandLine, DepthWritesOneFileUnlessAskedForMore)
+{
+    const DepthOptions options = std::get<DepthOptions>(parseCommandLine({"depth", "a.obj", "-o", "a.pfm"}));
+    EXPECT_EQ(options.outputs(), QStringList("a.pfm"));
+    EXPECT_FALSE(options.pointSize);
+}
+
+TEST(CommandLine, DepthFromAboveHasAWorldFileBesideTiff)
+{
+    for (const auto& [output, world] : {std::pair("a.tif", "a.tfw"), {"a.tiff", "a.tfw"}, {"a.pfm", ""}}) {
+        const Command command = parseCommandLine(
+            {"depth", "a.obj", "-o", output, "--view", "top", "--projection", "parallel", "--gsd", "0.5"});
+        EXPECT_EQ(std::get<DepthOptions>(command).worldFile(), world);
+    }
+}
+
+TEST(CommandLine, DepthHasNoBackground)
+{
+    EXPECT_TRUE(refusal({"depth", "a.obj", "-o", "a.pfm", "--background", "red"})
+                    .startsWith("unknown option --background"));
+}
+
 TEST(CommandLine, OptionsThatAreNotThereYetAreUnknown)
 {
     for (const char* option : {"--edl", "--fence", "--labels"})
@@ -119,7 +156,7 @@ TEST(CommandLine, OptionsThatAreNotThereYetAreUnknown)
 
 TEST(CommandLine, CommandsThatAreNotThereYetAreUnknown)
 {
-    for (const char* command : {"depth", "select"})
+    for (const char* command : {"select", "convert"})
         EXPECT_TRUE(refusal({command, "a.obj"}).contains("is neither a command nor a file")) << command;
 }
 
@@ -141,7 +178,8 @@ TEST(CommandLine, MistypedCommandNamesTheNearestWhateverFollows)
 TEST(CommandLine, WordThatIsNearNoCommandGetsTheListOfThem)
 {
     EXPECT_EQ(refusal({"something", "-o", "y.png"}),
-              "something is neither a command nor a file; the commands are render, export, info, plugins");
+              "something is neither a command nor a file; the commands are render, depth, export, "
+              "info, plugins");
 }
 
 TEST(CommandLine, WordThatIsAFileIsAFile)
@@ -200,6 +238,75 @@ INSTANTIATE_TEST_SUITE_P(CommandLine, WrongSize,
                          ::testing::Values("0x100", "100x0", "-5x100", "1000001x1", "1x1000001",
                                            "65537x65536", "100000x100000", "100", "100x", "axb", "1x2x3",
                                            "99999999999x1", "1.5x2"));
+
+TEST(CommandLine, SizeBeyondTheLimitIsRefusedWithTheMemoryThatItWouldTake)
+{
+    EXPECT_EQ(
+        renderRefusal({"--size", "100000x100000"}),
+        "--size 100000x100000: such a picture takes 37.3 GiB of memory wherever it is opened, 4 bytes a "
+        "pixel; at most 16 GiB can be asked for");
+}
+
+TEST(CommandLine, LargeSizesAreTaken)
+{
+    for (const QSize& size : {QSize(1, 1), QSize(20000, 20000), QSize(65536, 65536), QSize(1000000, 1)})
+        EXPECT_EQ(parseRender({"--size", QString("%1x%2").arg(size.width()).arg(size.height())}).camera.size,
+                  size);
+}
+
+TEST(CommandLine, GsdBelongsToAPictureFromAbove)
+{
+    const QStringList above = {"--view", "top", "--projection", "parallel"};
+    EXPECT_EQ(parseRender(above + QStringList{"--gsd", "0.05"}).camera.gsd, 0.05);
+    const QString expected = "--gsd belongs to a picture from above: --view top and --projection parallel";
+    EXPECT_EQ(renderRefusal({"--gsd", "1"}), expected);
+    EXPECT_EQ(renderRefusal({"--gsd", "1", "--view", "top"}), expected);
+    EXPECT_EQ(renderRefusal({"--gsd", "1", "--projection", "parallel"}), expected);
+    EXPECT_EQ(renderRefusal({"--gsd", "1", "--view", "bottom", "--projection", "parallel"}), expected);
+    EXPECT_EQ(
+        renderRefusal({"--gsd", "1", "--projection", "parallel", "--eye", "0,0,9", "--target", "0,0,0"}),
+        expected);
+}
+
+TEST(CommandLine, GsdIsALength)
+{
+    const QStringList above = {"--view", "top", "--projection", "parallel", "--gsd"};
+    for (const char* length : {"0", "-1", "1e13"})
+        EXPECT_TRUE(renderRefusal(above + QStringList(length)).contains("the length of a pixel is wanted"))
+            << length;
+    for (const char* length : {"nan", "inf", "1m", ""})
+        EXPECT_EQ(renderRefusal(above + QStringList(length)),
+                  QString("--gsd %1: a number is wanted").arg(length));
+}
+
+TEST(CommandLine, CamerasMakeNamesOfAPattern)
+{
+    const RenderOptions options = std::get<RenderOptions>(
+        parseCommandLine({"render", "a.obj", "--cameras", "list.json", "-o", "out/{name}.png"}));
+    EXPECT_EQ(options.cameras, "list.json");
+    EXPECT_EQ(options.output, "out/{name}.png");
+    EXPECT_EQ(refusal({"render", "a.obj", "--cameras", "list.json", "-o", "a.png"}),
+              "-o a.png: of several cameras the names need {name}, for example -o {name}.png");
+    EXPECT_EQ(refusal({"render", "a.obj", "--cameras", "list.json", "-o", "{name}.jpg"}),
+              "-o {name}.jpg: render writes PNG; the name must end in .png");
+}
+
+TEST(CommandLine, CamerasMayNameTheirOutputsThemselves)
+{
+    EXPECT_EQ(std::get<RenderOptions>(parseCommandLine({"render", "a.obj", "--cameras", "list.json"})).output,
+              "");
+    EXPECT_EQ(refusal({"render", "a.obj", "--cameras", ""}), "--cameras wants the name of a file");
+    EXPECT_EQ(refusal({"render", "a.obj", "--cameras", "l.json", "-o", ""}),
+              "render: no output; add -o OUT.png");
+}
+
+TEST(CommandLine, CamerasExcludeTheOptionsOfOne)
+{
+    for (const char* option : {"size", "view", "projection", "eye", "target", "up", "gsd"})
+        EXPECT_EQ(
+            refusal({"render", "a.obj", "--cameras", "l.json", QString("--") + option, "1"}),
+            QString("--cameras and --%1 exclude each other; the list says it for each camera").arg(option));
+}
 
 TEST(CommandLine, WrongPointsAreRefused)
 {
@@ -320,7 +427,7 @@ TEST(CommandLine, HelpNamesEveryOption)
 {
     const QString text = std::get<HelpRequest>(parseCommandLine({"render", "--help"})).text;
     for (const char* option : {"-o", "--size", "--view", "--projection", "--eye", "--target", "--up",
-                               "--background", "--point-size", "--help"})
+                               "--background", "--point-size", "--gsd", "--cameras", "--help"})
         EXPECT_TRUE(text.contains(option)) << option;
 }
 

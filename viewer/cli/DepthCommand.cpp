@@ -1,0 +1,203 @@
+#include <viewer/cli/Commands.h>
+
+#include <viewer/DepthPreview.h>
+#include <viewer/DepthRenderer.h>
+#include <viewer/DepthWriter.h>
+#include <viewer/FileOpener.h>
+#include <viewer/FrameRenderer.h>
+#include <viewer/Host.h>
+#include <viewer/InputFiles.h>
+#include <viewer/OutputFile.h>
+#include <viewer/WorldFile.h>
+#include <viewer/cli/ProgressBar.h>
+#include <viewer/cli/UsageError.h>
+#include <viewer/printable.h>
+
+#include <Viewer3dModule/host/View3dSettings.h>
+#include <Viewer3dModule/scene/Scene3d.h>
+#include <framework/ksp/CommonError.h>
+#include <framework/model/CProject.h>
+
+#include <QtCore/QFileInfo>
+#include <QtGui/QImageWriter>
+
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <optional>
+
+namespace {
+
+/// Links may lead two names to one file.
+void requireDistinct(const QStringList& names)
+{
+    QStringList places;
+    for (const QString& name : names) {
+        const QFileInfo file(name);
+        const QString place = file.exists()      ? file.canonicalFilePath()
+                              : file.isSymLink() ? file.symLinkTarget()
+                                                 : file.absoluteFilePath();
+        if (places.contains(place))
+            throw UsageError(QStringLiteral("%1: another output is the same file; give each one of its own")
+                                 .arg(shownName(name)));
+        places.append(place);
+    }
+}
+
+CameraOptions::View see(const DepthOptions& options, const Scene3d& scene, const gmx::BoundingBox& visible)
+{
+    CameraOptions::View view = options.camera.see(scene, visible);
+    const QString refused = TileGrid::refuse(view.size);
+    if (!refused.isEmpty())
+        throw ksp::CommonError(QStringLiteral("%1: not drawn: %2 x %3 pixels: %4")
+                                   .arg(shownName(options.output))
+                                   .arg(view.size.width())
+                                   .arg(view.size.height())
+                                   .arg(refused));
+    return view;
+}
+
+DepthCamera makeCamera(const CameraOptions::View& view, const Scene3d& scene, const gmx::BoundingBox& visible)
+{
+    const glm::dmat4 toModel = scene.sceneToModelTransform();
+    const double smallestNear =
+        View3dSettings::getInstance()->getNearPlaneDist() * glm::length(glm::dvec3(toModel[0]));
+    return DepthCamera(view.viewpoint.transformed(toModel), view.size, visible.transformed(toModel),
+                       smallestNear);
+}
+
+/// The files of one map: all are written before the first gets its name.
+class DepthOutputs
+{
+public:
+    DepthOutputs(const DepthOptions& options, const QSize& size)
+        : m_map(options.output)
+        , m_writer(DepthWriter::create(m_map, size))
+    {
+        if (!options.preview.isEmpty()) {
+            m_previewFile.emplace(options.preview);
+            m_preview.emplace(size);
+        }
+        if (!options.cameraFile.isEmpty()) m_cameraFile.emplace(options.cameraFile);
+        if (!options.worldFile().isEmpty()) m_worldFile.emplace(options.worldFile());
+    }
+    /// The next rows, from the top.
+    void write(const std::vector<float>& band, int rowCount)
+    {
+        m_writer->write(band.data(), rowCount);
+        if (m_preview) m_preview->add(band.data(), rowCount);
+    }
+    /// All rows have been written; what is left.
+    void write(const DepthCamera& camera, const std::optional<OrthoFrame>& ortho)
+    {
+        m_writer->finish();
+        if (m_preview) {
+            QImageWriter png(&m_previewFile->device(), "png");
+            if (!png.write(m_preview->image())) m_previewFile->fail(png.errorString());
+        }
+        if (m_cameraFile) writeText(*m_cameraFile, camera.toJson());
+        if (m_worldFile && ortho)
+            writeText(*m_worldFile, WorldFile::content(ortho->pixel, ortho->left, ortho->top));
+    }
+    void commit()
+    {
+        m_map.commit();
+        if (m_previewFile) m_previewFile->commit();
+        if (m_cameraFile) m_cameraFile->commit();
+        if (m_worldFile) m_worldFile->commit();
+    }
+
+private:
+    static void writeText(OutputFile& file, const QByteArray& text)
+    {
+        file.write(text.constData(), text.size());
+    }
+
+    OutputFile m_map;
+    std::unique_ptr<DepthWriter> m_writer;
+    std::optional<OutputFile> m_previewFile;
+    std::optional<DepthPreview> m_preview;
+    std::optional<OutputFile> m_cameraFile;
+    std::optional<OutputFile> m_worldFile;
+};
+
+/// Draws all of a map, band by band.
+class Pass
+{
+public:
+    using TakeBand = std::function<void(const std::vector<float>& band, int rowCount)>;
+
+    /// None is owned.
+    Pass(DepthRenderer& renderer, ProgressBar& bar)
+        : m_renderer(renderer)
+        , m_bar(bar)
+    {
+    }
+    void run(const TakeBand& take, ksp::StagedProgress progress)
+    {
+        const TileGrid& grid = m_renderer.grid();
+        int done = 0;
+        for (int i = 0; i < grid.bandCount(); ++i) {
+            const QRect rows = grid.bandRows(i);
+            m_band.resize(static_cast<std::size_t>(rows.width()) * static_cast<std::size_t>(rows.height()));
+            for (const Tile& tile : grid.tiles(i)) {
+                m_bar.runSilent([&] { m_renderer.draw(tile, m_band.data()); });
+                progress.setDone(++done, grid.tileCount());
+            }
+            m_bar.runSilent([&] { take(m_band, rows.height()); });
+        }
+    }
+
+private:
+    DepthRenderer& m_renderer;
+    ProgressBar& m_bar;
+    std::vector<float> m_band;
+};
+
+void makeMap(Scene3d& scene, const DepthOptions& options, ProgressBar& bar, ksp::StagedProgress progress)
+{
+    const gmx::BoundingBox visible = FrameRenderer(scene).visibleBounds();
+    const CameraOptions::View view = see(options, scene, visible);
+    DepthRenderer renderer(scene, makeCamera(view, scene, visible));
+    Pass pass(renderer, bar);
+    if (renderer.wantsNearest()) {
+        float nearest = std::numeric_limits<float>::infinity();
+        pass.run(
+            [&nearest](const std::vector<float>& band, int) {
+                for (const float distance : band)
+                    nearest = std::fmin(nearest, distance); // which passes NaN over
+            },
+            progress.startStage(50.0));
+        if (std::isfinite(nearest)) renderer.setNearest(nearest);
+    }
+    DepthOutputs outputs(options, view.size);
+    pass.run([&outputs](const std::vector<float>& band, int rowCount) { outputs.write(band, rowCount); },
+             progress.startStage(100.0));
+    bar.runSilent([&] { outputs.write(renderer.camera(), view.ortho); });
+    outputs.commit();
+}
+
+} // namespace
+
+void commands::depth(const DepthOptions& options)
+{
+    const QStringList names = options.outputs();
+    for (const QString& name : names)
+        OutputFile::requireWritable(name);
+    requireDistinct(names);
+    ProgressBar bar;
+    Host host(Host::Settings::InMemory);
+    host.setPointSize(options.pointSize);
+    const std::unique_ptr<CProject> project = host.createProject();
+    const std::unique_ptr<Scene3d> scene = host.createScene(*project);
+    FileOpener opener(host, *project, scene.get());
+    ksp::StagedProgress progress = bar.progress();
+    opener.open(options.files, progress.startStage(50.0));
+    const InputFiles inputs(options.files + opener.getMeshFiles());
+    for (const QString& name : names)
+        OutputFile::requireNoInput(name, inputs);
+
+    scene->flushBounds();
+    makeMap(*scene, options, bar,
+            progress.startStage(100.0, printable(QFileInfo(options.output).fileName())));
+}
