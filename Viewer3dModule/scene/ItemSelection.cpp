@@ -170,13 +170,13 @@ bool ItemSelection::isSelectedByBox(Drawable3dItem& item, const gmx::BoundingBox
     if (m_options.mode != SelectionMode::Through || !item.drawsOpaque() || item.isHighlighted()) return false;
     const int kinds = kindsMarkedBy(item.getDrawer());
     const Drawable3dPrimitive::GeometryInfo info = item.getGeometryInfo();
-    const bool isDrawn = (info.pointCount != 0 && (kinds & PrimitiveBit::Points) != 0) ||
-                         (info.lineCount != 0 && (kinds & PrimitiveBit::Lines) != 0) ||
-                         (info.triangleCount != 0 && (kinds & PrimitiveBit::Triangles) != 0);
-    if (!isDrawn) return false;
+    const bool hasPoints = info.pointCount != 0 && (kinds & PrimitiveBit::Points) != 0;
+    const bool hasLines = info.lineCount != 0 && (kinds & PrimitiveBit::Lines) != 0;
+    if (!hasPoints && !hasLines) return false;
     // A pixel's width for the rounding of what lies on the border.
     const QRect pixels = m_picture.pixelsOf(box, 1.0);
-    return !pixels.isEmpty() && m_area.containsAll(pixels) && m_picture.holds(box);
+    const bool isLarge = std::max(pixels.width(), pixels.height()) >= 8; // more than 2 without the rounding
+    return (hasPoints || isLarge) && m_area.containsAll(pixels) && m_picture.holds(box);
 }
 
 // --- what lies in the area

@@ -23,10 +23,10 @@ class Scene3d;
 /// - An item whose box, and what is drawn around it, does not reach the area is not selected, and hides
 ///   nothing there.
 /// - Through: an item whose box lies wholly in the area and in the picture is selected, provided that drawing
-///   would find it: it promises to draw, with an alpha that counts, what its drawer's program takes and marks
-///   (Drawable3dItem::drawsOpaque). An item so small that it covers no pixel's centre is selected too, which
-///   is what whoever draws a rectangle around it wants. Nothing but the picture's border cuts items off: a
-///   pass that leaves more out, such as a fence, must not decide so.
+///   would find it: it promises to draw lines or points, with an alpha that counts, that its drawer's program
+///   takes and marks (Drawable3dItem::drawsOpaque). Surfaces are drawn, because a narrow one may cover no
+///   pixel's centre; and so are lines within a pixel or two. Nothing but the picture's border cuts items off
+///   here: a pass that leaves out more of what lies in the picture, as a fence does, must not decide so.
 /// - Visible: none is selected by its box, because another item may hide it.
 /// - Inside: no part of an item whose box lies so lies outside of the area, pens and captions included.
 class ItemSelection
@@ -45,7 +45,7 @@ private:
 
     bool reachesArea(const gmx::BoundingBox& box, double reach) const;
     bool isChosen(Drawable3dItem* item) const;
-    /// The kinds of primitives (PrimitiveBit) of which drawing by the drawer always sets the item's bit.
+    /// The kinds of primitives (PrimitiveBit) of which drawing by the drawer sets the item's bit.
     int kindsMarkedBy(const Item3dDrawer* drawer);
     bool isSelectedByBox(Drawable3dItem& item, const gmx::BoundingBox& box);
     Filter candidates();
