@@ -53,14 +53,10 @@ double reachOf(const Drawable3dItem& item)
     return static_cast<double>(item.pixelReach());
 }
 
-std::vector<LONGID> withoutRepetition(const std::vector<LONGID>& ids)
+void makeUnique(std::vector<LONGID>& ids)
 {
-    std::vector<LONGID> once;
-    std::unordered_set<LONGID> known;
-    known.reserve(ids.size());
-    for (const LONGID id : ids)
-        if (known.insert(id).second) once.push_back(id);
-    return once;
+    std::sort(ids.begin(), ids.end());
+    ids.erase(std::unique(ids.begin(), ids.end()), ids.end());
 }
 
 /// The vertices of a captured buffer, which is deleted, in homogeneous scene coordinates. What was not filled
@@ -126,6 +122,12 @@ bool ItemSelection::isChosen(Drawable3dItem* item) const
     return m_options.itemFilter ? m_options.itemFilter(item) : item->isVisible();
 }
 
+/// Of pixels in the picture.
+bool ItemSelection::isAllInArea(const QRect& pixels) const
+{
+    return m_area.pixels().contains(pixels) && (m_areaIsRectangle || m_area.containsAll(pixels));
+}
+
 bool ItemSelection::reachesArea(const gmx::BoundingBox& box, double reach) const
 {
     if (!m_areaVolume.reaches(box, reach)) return false;
@@ -167,7 +169,7 @@ int ItemSelection::kindsMarkedBy(const Item3dDrawer* drawer)
 
 bool ItemSelection::isSelectedByBox(Drawable3dItem& item, const gmx::BoundingBox& box)
 {
-    if (m_options.mode != SelectionMode::Through || !item.drawsOpaque() || item.isHighlighted()) return false;
+    if (m_options.mode != SelectionMode::Through || !item.drawsOpaque()) return false;
     const int kinds = kindsMarkedBy(item.getDrawer());
     const Drawable3dPrimitive::GeometryInfo info = item.getGeometryInfo();
     const bool hasPoints = info.pointCount != 0 && (kinds & PrimitiveBit::Points) != 0;
@@ -176,7 +178,7 @@ bool ItemSelection::isSelectedByBox(Drawable3dItem& item, const gmx::BoundingBox
     // A pixel's width for the rounding of what lies on the border.
     const QRect pixels = m_picture.pixelsOf(box, 1.0);
     const bool isLarge = std::max(pixels.width(), pixels.height()) >= 8; // more than 2 without the rounding
-    return (hasPoints || isLarge) && m_area.containsAll(pixels) && m_picture.holds(box);
+    return (hasPoints || isLarge) && isAllInArea(pixels) && m_picture.holds(box) && !item.isHighlighted();
 }
 
 // --- what lies in the area
@@ -186,7 +188,8 @@ std::vector<LONGID> ItemSelection::touched(OpenGLFunctions& gl)
 {
     std::vector<LONGID> found = draw(gl, m_pass, m_polygon, false, m_area.pixels(), candidates());
     found.insert(found.end(), m_selectedByBox.begin(), m_selectedByBox.end());
-    return withoutRepetition(found);
+    makeUnique(found);
+    return found;
 }
 
 std::vector<LONGID> ItemSelection::draw(OpenGLFunctions& gl, const PaintContext& context,
@@ -268,7 +271,7 @@ bool ItemSelection::isInsideByBox(LONGID id) const
 {
     const Drawable3dItem& item = *m_items.at(id);
     return isInPictureByBox(id) &&
-           m_area.containsAll(m_picture.pixelsOf(item.hostItem()->sceneBoundingBox(), reachOf(item)));
+           isAllInArea(m_picture.pixelsOf(item.hostItem()->sceneBoundingBox(), reachOf(item)));
 }
 
 bool ItemSelection::isInPictureByBox(LONGID id) const

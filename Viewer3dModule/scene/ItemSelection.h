@@ -43,6 +43,7 @@ private:
     using Filter = std::function<bool(Drawable3dItem*)>;
     using Ids = std::unordered_set<LONGID>;
 
+    bool isAllInArea(const QRect& pixels) const;
     bool reachesArea(const gmx::BoundingBox& box, double reach) const;
     bool isChosen(Drawable3dItem* item) const;
     /// The kinds of primitives (PrimitiveBit) of which drawing by the drawer sets the item's bit.

@@ -70,9 +70,14 @@ bool PictureVolume::holds(const gmx::BoundingBox& box) const
 QRect PictureVolume::pixelsOf(const gmx::BoundingBox& box, double reach) const
 {
     if (!std::isfinite(reach) || !box.isValid()) return QRect();
+    const glm::dvec3 half = box.getSize() / 2.0;
+    const glm::dvec4 center = m_viewProjection * glm::dvec4(box.getCenter(), 1.0);
+    const glm::dvec4 x = m_viewProjection[0] * half.x, y = m_viewProjection[1] * half.y,
+                     z = m_viewProjection[2] * half.z;
     glm::dvec2 least(HUGE_VAL), most(-HUGE_VAL);
-    for (const glm::dvec3& corner : box.getCorners()) {
-        const glm::dvec4 clip = m_viewProjection * glm::dvec4(corner, 1.0);
+    for (int corner = 0; corner < 8; ++corner) {
+        const glm::dvec4 clip = center + ((corner & 1) != 0 ? x : -x) + ((corner & 2) != 0 ? y : -y) +
+                                ((corner & 4) != 0 ? z : -z);
         if (!(clip.w > 0.0)) return QRect();
         const glm::dvec2 pixel = (glm::dvec2(clip.x, -clip.y) / clip.w + 1.0) / 2.0 * m_size;
         least = glm::min(least, pixel);
@@ -80,7 +85,9 @@ QRect PictureVolume::pixelsOf(const gmx::BoundingBox& box, double reach) const
     }
     // Farther away than any picture is large, and within an int.
     const double farthest = 1e6;
-    const auto whole = [farthest](double value) { return static_cast<int>(std::clamp(value, -farthest, farthest)); };
+    const auto whole = [farthest](double value) {
+        return static_cast<int>(std::clamp(value, -farthest, farthest));
+    };
     QRect pixels;
     pixels.setCoords(whole(std::floor(least.x - reach)), whole(std::floor(least.y - reach)),
                      whole(std::ceil(most.x + reach)), whole(std::ceil(most.y + reach)));
