@@ -9,6 +9,7 @@
 
 #include <glm/gtc/matrix_transform.hpp>
 
+#include <algorithm>
 #include <numeric>
 
 namespace {
@@ -91,6 +92,10 @@ void FeatureItem::rebuild(const FeatureElement& element)
 {
     m_style = FeatureStyle::of(element, m_pointSize);
     m_info = geometryInfoOf(element);
+    setPixelReach(std::max(static_cast<float>(m_style.pen.widthF()), m_style.pointSize) / 2.0f + 1.0f);
+    // A selection may then decide by the box; lines below a pixel's width may leave gaps.
+    setDrawsOpaque(m_style.pen.color().alpha() >= 128 && m_style.pointColor.alpha() >= 128 &&
+                   m_style.pen.widthF() >= 1.0);
     m_bounds = element.getBounds();
     m_origin = m_bounds.getCenter();
     FeatureGeometry geometry(element, m_origin);

@@ -7,6 +7,8 @@
 
 #include <glm/gtc/matrix_transform.hpp>
 
+#include <algorithm>
+
 MeshItem::MeshItem(MeshElement* element, std::optional<float> pointSize)
     : Graphics3dItem(element)
     , m_pointSize(pointSize)
@@ -21,7 +23,9 @@ void MeshItem::takeNode()
     auto* element = static_cast<MeshElement*>(getModelElement());
     if (!element || !element->getNode()) return;
     m_node = element->takeNode();
-    if (m_pointSize) m_node->setPointSize(*m_pointSize);
+    if (!m_pointSize) return;
+    m_node->setPointSize(*m_pointSize);
+    setPixelReach(std::max(pixelReach(), *m_pointSize / 2.0f + 1.0f));
 }
 
 void MeshItem::updateDataImpl()
