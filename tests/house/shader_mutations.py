@@ -116,6 +116,7 @@ MUTATIONS = [
     *changes(
         "dashes", "dashedLines.vertex", "gl_shaders",
         ("dash and gap", "vec2(u_dashSize, u_gapSize)", "vec2(u_gapSize, u_dashSize)"),
+        ("gap unless told", "u_gapSize = 0.0", "u_gapSize = 7.0"),
     ),
     *changes(
         "elevColor", "gradient.fragment", "gl_lookup",
@@ -160,6 +161,8 @@ MUTATIONS = [
         ("child without a picture", "plan_number(child + 2) > 0", "plan_number(child + 2) >= 0"),
         ("left of the tiles", "greaterThanEqual(t, vec2(0.0))", "greaterThanEqual(t, vec2(-1.0))"),
         ("slope of the coordinates", "along_x *= 2.0", "along_x *= 4.0"),
+        ("slope along x alone", "along_x *= 2.0", "along_x *= 1.0"),
+        ("slope along y alone", "along_y *= 2.0", "along_y *= 1.0"),
         ("next sibling", "plan_number(child + 1)", "plan_number(child + 3)"),
     ),
     *changes(
@@ -199,6 +202,7 @@ MUTATIONS = [
         ("reserved up unless told", "reserved_up_vector = vec3(0.0, 1.0, 0.0)",
          "reserved_up_vector = vec3(1.0, 0.0, 0.0)"),
         ("period of a texture", "] / section_period", "] * section_period"),
+        ("negative period", "section_period > 0.0", "section_period != 0.0"),
         ("frame of the section", "vec3(v.x, 0.0, v.y)", "vec3(v.y, 0.0, v.x)"),
         ("turn about the path", "atan(sine, cosine)", "atan(-sine, cosine)"),
         ("path along up", "1.0e-3 * length(up_vector)", "-1.0 * length(up_vector)"),
@@ -369,7 +373,8 @@ MUTATIONS = [
         ("core", "core_share = 0.5", "core_share = 0.6"),
         ("contrast", "contrast = 0.75", "contrast = 0.7"),
         ("brightness", "vec3(0.299, 0.587, 0.114)", "vec3(0.299, 0.114, 0.587)"),
-        ("bright colours", "> 0.5 ? 0.0 : 1.0", "> 0.4 ? 0.0 : 1.0"),
+        ("bright colours", "> 0.5 ? 0.0 : 1.0", "> 0.498 ? 0.0 : 1.0"),
+        ("dark colours", "> 0.5 ? 0.0 : 1.0", "> 0.502 ? 0.0 : 1.0"),
         ("which are odd", "(gl_PrimitiveID & 1) != 0", "(gl_PrimitiveID & 1) == 0"),
         ("glue mark", "~uint(node_flag)", "~uint(mid_node_flag)"),
         ("number in the mask", "bytes_of(~uint(marker_idx))", "bytes_of(uint(marker_idx))"),

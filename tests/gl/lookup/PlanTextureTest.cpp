@@ -1,11 +1,7 @@
-#include "CaseDrawing.h"
+#include "PlanDrawing.h"
 
-#include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdio>
-#include <memory>
-#include <random>
 
 namespace {
 
@@ -18,85 +14,6 @@ const char* const source =
 constexpr int LayerSize = 4;    // texels along an edge
 constexpr int MaxLayers = 2048; // as every driver has
 constexpr int MaxDepth = 8;
-
-// A picture of the plan, and its four quarters where there are finer ones: column 0 and 1 of row 0, then of
-// row 1.
-struct Picture
-{
-    int layer = 0;
-    std::array<std::unique_ptr<Picture>, 4> quarters;
-
-    void split(int a, int b, int c, int d)
-    {
-        const int layers[4] = {a, b, c, d};
-        for (std::size_t q = 0; q < 4; ++q) {
-            quarters[q] = std::make_unique<Picture>();
-            quarters[q]->layer = layers[q];
-        }
-    }
-};
-
-struct Plan
-{
-    int rows = 0;
-    int columns = 0;
-    std::vector<Picture> tiles; // row by row
-};
-
-// The numbers that the shader reads. Nodes below the roots lie in a random order.
-class PlanWriter
-{
-public:
-    explicit PlanWriter(std::mt19937& random)
-        : m_random(random)
-    {
-    }
-    std::vector<int> write(const Plan& plan)
-    {
-        m_numbers.assign(3 * plan.tiles.size(), 0);
-        std::size_t count = 0;
-        for (const Picture& tile : plan.tiles)
-            count += nodesBelow(tile);
-        m_numbers.resize(m_numbers.size() + 3 * count + 1, 0);
-        m_places.resize(count);
-        for (std::size_t i = 0; i < count; ++i)
-            m_places[i] = static_cast<int>(3 * plan.tiles.size() + 3 * i + 1);
-        std::shuffle(m_places.begin(), m_places.end(), m_random);
-        for (std::size_t i = 0; i < plan.tiles.size(); ++i)
-            fill(plan.tiles[i], static_cast<int>(3 * i));
-        return m_numbers;
-    }
-
-private:
-    static std::size_t nodesBelow(const Picture& picture)
-    {
-        std::size_t count = 0;
-        for (const auto& quarter : picture.quarters)
-            if (quarter) count += 1 + nodesBelow(*quarter);
-        return count;
-    }
-    int none() { return m_random() % 2 == 0 ? 0 : -1; }
-    int& at(int place) { return m_numbers[static_cast<std::size_t>(place)]; }
-    void fill(const Picture& picture, int place)
-    {
-        at(place + 2) = picture.layer;
-        at(place) = none();
-        int link = place; // where to write the place of the next child
-        for (const auto& quarter : picture.quarters) {
-            if (!quarter) continue;
-            const int child = m_places.back();
-            m_places.pop_back();
-            at(link) = child;
-            at(child + 1) = none();
-            fill(*quarter, child);
-            link = child + 1;
-        }
-    }
-
-    std::mt19937& m_random;
-    std::vector<int> m_numbers;
-    std::vector<int> m_places;
-};
 
 // What a texel of the test's texture holds: its layer and its place; alpha is full.
 std::uint32_t texelOf(int layer, int column, int row)
@@ -124,23 +41,13 @@ std::uint32_t expectedTexel(const Plan& plan, double x, double y)
     return expectedTexel(plan.tiles[static_cast<std::size_t>(tile)], x - column, y - row);
 }
 
-class PlanTextureTest : public CaseDrawing
+class PlanTextureTest : public PlanDrawing
 {
 protected:
     void SetUp() override
     {
-        CaseDrawing::SetUp();
+        PlanDrawing::SetUp();
         use(source);
-        gl->glGenTextures(1, &m_texture);
-        gl->glBindTexture(GL_TEXTURE_2D_ARRAY, m_texture);
-        for (const GLenum name : {GL_TEXTURE_WRAP_S, GL_TEXTURE_WRAP_T})
-            gl->glTexParameteri(GL_TEXTURE_2D_ARRAY, name, GL_CLAMP_TO_EDGE);
-        gl->glTexParameteri(GL_TEXTURE_2D_ARRAY, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
-    }
-    void TearDown() override
-    {
-        if (gl) gl->glDeleteTextures(1, &m_texture);
-        CaseDrawing::TearDown();
     }
     void makeLayers(int count)
     {
@@ -152,13 +59,6 @@ protected:
         gl->glTexParameteri(GL_TEXTURE_2D_ARRAY, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
         gl->glTexImage3D(GL_TEXTURE_2D_ARRAY, 0, GL_RGBA8, LayerSize, LayerSize, count, 0, GL_RGBA,
                          GL_UNSIGNED_BYTE, texels.data());
-    }
-    void feed(const Plan& plan, const glm::mat4& matrix = glm::mat4(1.0f))
-    {
-        storage(7, PlanWriter(random).write(plan));
-        set("uTexturePlanRows", plan.rows);
-        set("uTexturePlanCols", plan.columns);
-        set("uTexturePlanMatrix", matrix);
     }
     std::vector<std::uint32_t> texels(const std::vector<glm::vec4>& coords)
     {
@@ -178,11 +78,6 @@ protected:
     }
     int integer(int from, int to) { return std::uniform_int_distribution<int>(from, to)(random); }
     bool chance(double probability) { return std::bernoulli_distribution(probability)(random); }
-
-    std::mt19937 random{4711};
-
-private:
-    unsigned m_texture = 0;
 };
 
 class RandomPlans : public PlanTextureTest
@@ -352,53 +247,6 @@ TEST_F(PlanTextureTest, LinksThatLeadNowhereEndTheWay)
 TEST_F(PlanTextureTest, ThePlanLiesAtItsBinding)
 {
     EXPECT_EQ(blockBinding("texture_plan_tree"), 7);
-}
-
-// One pixel is one texel of a tile's picture, two of its quarters', four of theirs: the levels 0, 1 and 2 of
-// the textures. Jumps from picture to picture must not show as pixels of another level.
-TEST_F(PlanTextureTest, BordersOfPicturesShowNoOtherLevelOfDetail)
-{
-    constexpr int size = 128, layerCount = 32, mipCount = 8;
-    // from the pixel, not from a buffer: pixels beside the triangle, which only serve derivatives, may read
-    // none
-    use("//#include \"shader:Viewer3dModule/PlanTexture.glsl\"\n"
-        "layout(std430, binding = 0) writeonly buffer case_results { uint results[]; };\n"
-        "void evaluate(int i)\n"
-        "{ results[i] = packUnorm4x8(planTextureColor(vec3(gl_FragCoord.xy / 128.0, 0.0))); }\n");
-    gl->glTexParameteri(GL_TEXTURE_2D_ARRAY, GL_TEXTURE_MIN_FILTER, GL_NEAREST_MIPMAP_NEAREST);
-    for (int mip = 0; mip < mipCount; ++mip) {
-        const int edge = size >> mip;
-        const std::vector<std::uint32_t> filled(static_cast<std::size_t>(edge * edge * layerCount),
-                                                0xFF000000u | static_cast<std::uint32_t>(mip));
-        gl->glTexImage3D(GL_TEXTURE_2D_ARRAY, mip, GL_RGBA8, edge, edge, layerCount, 0, GL_RGBA,
-                         GL_UNSIGNED_BYTE, filled.data());
-    }
-    Plan plan;
-    plan.rows = plan.columns = 2;
-    plan.tiles.resize(4);
-    for (Picture& tile : plan.tiles)
-        tile.layer = 1;
-    plan.tiles[0].split(2, 3, 4, 5);
-    plan.tiles[3].split(6, 7, 8, 9);
-    plan.tiles[3].quarters[2]->split(10, 11, 12, 13);
-    feed(plan);
-
-    constexpr std::size_t rows = 2 * size, row = RowLength;
-    const auto found = evaluateAll<std::uint32_t>(rows * row);
-    std::array<std::size_t, 4> counts{}; // pixels at the levels 0, 1 and 2, and others
-    std::size_t wrong = 0;
-    for (std::size_t i = 0; i < found.size(); ++i) {
-        const std::size_t x = i % row, y = i / row;
-        if (x >= 2 * size) continue;
-        const bool isFirst = x < size && y < size, isLast = x >= size && y >= size;
-        const bool isDeepest = isLast && x < size + size / 2 && y >= size + size / 2;
-        const std::size_t expected = isDeepest ? 2 : (isFirst || isLast ? 1 : 0);
-        ++counts[std::min<std::size_t>(found[i] & 255u, 3)];
-        wrong += found[i] != (0xFF000000u | expected);
-    }
-    std::printf("plan texture: %zu pixels at level 0, %zu at 1, %zu at 2, %zu at others, %zu differ\n",
-                counts[0], counts[1], counts[2], counts[3], wrong);
-    EXPECT_EQ(wrong, 0u);
 }
 
 } // namespace

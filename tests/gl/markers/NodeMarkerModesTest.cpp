@@ -100,8 +100,8 @@ TEST_F(NodeMarkerModesTest, CoresOfDarkMarkersAreBright)
     EXPECT_EQ(core({1, 1, 1}), QColor(64, 64, 64));
     // how bright a colour looks is mostly its green
     EXPECT_EQ(core({0.8f, 0, 1}), QColor(242, 191, 255)); // 0.35
-    EXPECT_EQ(core({1, 0.32f, 0}).red(), 255);            // 0.487
-    EXPECT_EQ(core({1, 0.36f, 0}).red(), 64);             // 0.510
+    EXPECT_EQ(core({1, 0.3407f, 0}).red(), 255);          // 0.499
+    EXPECT_EQ(core({1, 0.3441f, 0}).red(), 64);           // 0.501
     EXPECT_EQ(core({0, 0.8f, 0.4f}), QColor(0, 51, 26));  // 0.52
     EXPECT_EQ(core({0, 0.8f, 0}), QColor(191, 242, 191)); // 0.47
     EXPECT_EQ(core({0.2f, 0.8f, 0}), QColor(13, 51, 0));  // 0.53

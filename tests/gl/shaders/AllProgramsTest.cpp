@@ -179,6 +179,7 @@ TEST_F(AllProgramsTest, UniformsStartWithTheirValues)
         {"uTexTop", {0}},
         {"uTexBottom", {1}},
         {"u_dashSize", {0}},
+        {"u_gapSize", {0}},
         {"section_points_count", {0}},
         {"section_period", {0}},
         {"up_vector", {0, 0, 1}},

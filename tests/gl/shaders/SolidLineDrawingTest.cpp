@@ -1,5 +1,5 @@
-#include <tests/support/ShaderDrawing.h>
 #include "SweepReference.h"
+#include <tests/support/ShaderDrawing.h>
 
 #include <glm/gtc/matrix_transform.hpp>
 
@@ -315,6 +315,7 @@ TEST_F(SolidLineDrawingTest, TextureRunsAlongThePathByItsPeriod)
     std::vector<float> values = capture(sweep, 2);
     for (std::size_t i = 0; i < values.size(); i += 2)
         EXPECT_TRUE(values[i] == 0.0f || values[i] == 1.0f) << "without a period each segment is one";
+    const std::vector<float> onceEach = values;
 
     // path lengths of the buffer's points, the ends given twice
     const float positions[] = {0.0f, 0.0f, 0.6f, 1.0f, 1.0f};
@@ -332,6 +333,8 @@ TEST_F(SolidLineDrawingTest, TextureRunsAlongThePathByItsPeriod)
         const float v = values[i + 1];
         EXPECT_TRUE(v == 0.0f || v == 0.5f || v == 1.0f) << v;
     }
+    set("section_period", -0.5f);
+    EXPECT_EQ(capture(sweep, 2), onceEach) << "a negative period is none";
     gl->glDeleteBuffers(1, &buffer);
 }
 
