@@ -89,7 +89,7 @@ QString TileGrid::refuse(const QSize& size)
     if (size.width() < 1 || size.height() < 1)
         return QStringLiteral("width and height must be at least 1 pixel");
     if (std::max(size.width(), size.height()) > longestSide)
-        return QStringLiteral("at most %1 pixels a side, which is the most that readers of PNG files take")
+        return QStringLiteral("at most %1 pixels a side, which is the most that readers of pictures take")
             .arg(longestSide);
     const double bytes = static_cast<double>(bytesOfPixel) * size.width() * size.height();
     if (bytes > static_cast<double>(mostPictureBytes))

@@ -84,6 +84,7 @@ void CameraOptions::declare(CommandParser& parser)
     parser.add({"eye"}, "look from this point, in model coordinates ...", "x,y,z");
     parser.add({"target"}, "... to this one", "x,y,z");
     parser.add({"up"}, "what is up with --eye; 0,0,1 at first", "x,y,z");
+    parser.add({"fov"}, "vertical field of view of a central projection; 45 at first", "DEGREES");
     parser.add({"gsd"}, "length of a pixel in the model, with --view top --projection parallel", "METRES");
 }
 

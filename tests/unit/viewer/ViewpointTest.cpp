@@ -114,6 +114,22 @@ TEST(Viewpoint, PixelOfACentralViewGrowsWithTheDepth)
                 1e-12);
 }
 
+// At f of view a picture is 2 * d * tan(f / 2) high at the distance d.
+TEST(Viewpoint, FieldOfViewIsTheOneAskedFor)
+{
+    for (const double fov : {0.01, 0.5, 1.2, 1.55}) {
+        const Viewpoint looking =
+            Viewpoint::looking({0, 0, 0}, {0, 10, 0}, {0, 0, 1}, IProjection::Central, wide, fov);
+        EXPECT_NEAR(looking.unitsPerPixel(10.0, wide), 20.0 * std::tan(fov / 2.0) / wide.height(), 1e-12);
+        const gmx::BoundingBox box({-5, -3, -2}, {5, 3, 6});
+        const Viewpoint fitting = Viewpoint::fitting(box, standardViewDirection(StandardView::Iso),
+                                                     IProjection::Central, wide, fov);
+        const Extent extent = extentOf(fitting, box, wide);
+        EXPECT_LE(std::max({extent.high.x, extent.high.y, -extent.low.x, -extent.low.y}), 1.0001) << fov;
+        EXPECT_GT(std::max(extent.high.x - extent.low.x, extent.high.y - extent.low.y), 1.8) << fov;
+    }
+}
+
 TEST(Viewpoint, PointAtAPixelIsShownAtThePixel)
 {
     for (const auto type : {IProjection::Central, IProjection::Parallel}) {
