@@ -27,6 +27,10 @@ MUTATIONS = [
         ("id of the item", "item.id = own_id", "item.id = own_id.yx"),
     ),
     *changes(
+        "draw modes", "DrawModes", "gl_shaders",
+        ("vertices without a colour", "item.vertex_color = item_color;", "item.vertex_color = vec4(0.0);"),
+    ),
+    *changes(
         "draw modes", "DrawModes", "gl_glue_mask",
         ("sides of the view", "lessThanEqual(abs(clip.xyz)", "lessThanEqual(clip.xyz"),
         ("limit of the view", "lessThanEqual(abs(clip.xyz)", "lessThan(abs(clip.xyz)"),
@@ -297,7 +301,7 @@ MUTATIONS = [
     ),
     *changes(
         "colours by height", "dashedLines.vertex", "gl_elevation",
-        ("height of a vertex", "vec4(world.z, 0.0, 0.0, 1.0)", "vec4(point_coords.x, 0.0, 0.0, 1.0)"),
+        ("height of a vertex", "vertex_color.r = world.z", "vertex_color.r = point_coords.x"),
     ),
     *changes(
         "colours by height", "dashedLines.fragment", "gl_elevation",

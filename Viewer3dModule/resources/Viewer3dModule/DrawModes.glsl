@@ -18,26 +18,29 @@ const int item_invisible_flag = -3;
 //   index         the instance's index within its draw call, 0 in programs that draw no instances
 //   color_mode    the uniform uColorMode, see mesh.fragment
 //   is_lit        1 when the uniform uLightMode is set; only surfaces with normals look at it
-//   vertex_color  with RX_USE_PER_VERTEX_COLOR: the colour of the vertex, the one field that is interpolated. Where
-//                 RX_USE_ELEVATION_COLOR asks for colours by height, too, its red is the height in the scene instead;
-//                 the fragment stages that know of this make a colour of it.
+//   vertex_color  with RX_USE_PER_VERTEX_COLOR: the colour of the vertex, the one field that is interpolated; where
+//                 vertices have none, item_color. Where RX_USE_ELEVATION_COLOR asks for colours by height, too, its
+//                 red is the height in the scene instead; the fragment stages that know of this make a colour of it.
 #ifdef RX_USE_PER_VERTEX_COLOR
 #define VERTEX_COLOR_FIELD vec4 vertex_color;
+#define FILL_VERTEX_COLOR item.vertex_color = item_color;
 #define COPY_VERTEX_COLOR(from) item.vertex_color = from.vertex_color;
 #else
 #define VERTEX_COLOR_FIELD
+#define FILL_VERTEX_COLOR
 #define COPY_VERTEX_COLOR(from)
 #endif
 #define ITEM_FIELDS flat vec4 color; flat uvec2 id; flat int flags; flat int index; flat int color_mode; \
     flat int is_lit; VERTEX_COLOR_FIELD
 
-// What every vertex stage is told about the item, and how it fills the block (all but vertex_color) with it.
+// What every vertex stage is told about the item, and how it fills the block with it; a colour of the vertex' own comes
+// after that.
 #define ITEM_UNIFORMS uniform vec4 item_color; uniform vec4 selection_color; uniform int uColorMode = 0; \
     uniform bool uLightMode = true;
 #define FILL_ITEM(own_flags, own_id, own_index) \
     item.color = colorFromFlags(own_flags, item_color, selection_color); \
     item.id = own_id; item.flags = own_flags; item.index = own_index; \
-    item.color_mode = uColorMode; item.is_lit = uLightMode ? 1 : 0;
+    item.color_mode = uColorMode; item.is_lit = uLightMode ? 1 : 0; FILL_VERTEX_COLOR
 
 // How a geometry stage hands the block on, before each vertex that it emits.
 #define COPY_ITEM(from) \

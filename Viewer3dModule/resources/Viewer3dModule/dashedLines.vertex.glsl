@@ -40,6 +40,8 @@ void main()
     dashes = vec2(u_dashSize, u_gapSize);
     FILL_ITEM(item_flags, item_id, 0)
 #ifdef RX_USE_PER_VERTEX_COLOR
-    item.vertex_color = vec4(world.z, 0.0, 0.0, 1.0); // a height, or nothing that is looked at
+#ifdef RX_USE_ELEVATION_COLOR
+    item.vertex_color.r = world.z;
+#endif
 #endif
 }

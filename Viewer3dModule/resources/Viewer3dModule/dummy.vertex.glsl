@@ -38,6 +38,7 @@ item;
 
 void main()
 {
+    FILL_ITEM(item_flags, item_id, 0)
 #ifdef RX_USE_ADJACENCY_EMULATION
     int corner = gl_VertexID % 4;
     gl_Position = model * vec4(point_coords[corner], 1.0);
@@ -52,5 +53,4 @@ void main()
     item.vertex_color = point_color;
 #endif
 #endif
-    FILL_ITEM(item_flags, item_id, 0)
 }

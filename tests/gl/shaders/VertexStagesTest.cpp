@@ -234,6 +234,19 @@ TEST_F(VertexStagesTest, DashedLines)
     report("vertex stage of dashed lines");
 }
 
+// No vertex comes with a colour of its own there, and what stages hand on must not be left to chance.
+TEST_F(VertexStagesTest, WithoutColoursVerticesHaveTheItems)
+{
+    const glm::vec4 itemColor(0.125f, 0.25f, 0.5f, 0.75f);
+    for (const char* name : {"sphere.vertex", "dashedLines.vertex", "PerGlyphCaption.vertex"}) {
+        use({name, {shaderPath(name)}, {"RX_USE_PER_VERTEX_COLOR"}}, {"Item.vertex_color"});
+        set("item_color", itemColor);
+        attribute(0, 3, {1.0f, 2.0f, 3.0f});
+        const std::vector<float> values = capture(GL_POINTS, 1, GL_POINTS, 4, 1);
+        EXPECT_EQ(values, (std::vector<float>{0.125f, 0.25f, 0.5f, 0.75f})) << name;
+    }
+}
+
 TEST_F(VertexStagesTest, WithoutCoordinatesThePointIsTheOrigin)
 {
     use({"origin", {shaderPath("common.vertex")}, {"RX_NO_USE_PER_VERTEX_COORDS"}}, {"gl_Position"});
