@@ -41,18 +41,24 @@ glm::dmat4 scaling(double factor)
 
 } // namespace
 
-// The eye of the drawing measures in scene units, for which all items are made; the distances are mapped
-// back.
 DepthRenderer::DepthRenderer(Scene3d& scene, const DepthCamera& camera)
-    : m_camera(camera)
-    , m_grid(camera.size())
-    , m_window(windowSize(m_grid))
-    , m_modelToScene(glm::length(glm::dvec3(scene.modelToSceneTransform()[0])))
-    , m_view(scaling(m_modelToScene) * camera.view() * scene.sceneToModelTransform())
-    , m_projection(camera.projection() * scaling(1.0 / m_modelToScene))
+    : m_modelToScene(glm::length(glm::dvec3(scene.modelToSceneTransform()[0])))
+    , m_sceneToModel(scene.sceneToModelTransform())
     , m_items(visibleItems(scene))
-    , m_generator(m_window)
+    , m_camera(camera)
+    , m_grid(camera.size())
 {
+    setCamera(camera);
+}
+
+void DepthRenderer::setCamera(const DepthCamera& camera)
+{
+    m_camera = camera;
+    m_grid = TileGrid(camera.size());
+    const QSize window = windowSize(m_grid);
+    if (m_generator && window == m_window) return;
+    m_generator = std::make_unique<SceneDepthMapGenerator>(window);
+    m_window = window;
 }
 
 bool DepthRenderer::wantsNearest() const
@@ -64,9 +70,7 @@ bool DepthRenderer::wantsNearest() const
 void DepthRenderer::setNearest(float distance)
 {
     const double wanted = roomBeforeNearest * static_cast<double>(distance);
-    if (!(wanted > m_camera.nearDistance())) return;
-    m_camera = m_camera.withNear(wanted);
-    m_projection = m_camera.projection() * scaling(1.0 / m_modelToScene);
+    if (wanted > m_camera.nearDistance()) m_camera = m_camera.withNear(wanted);
 }
 
 // Of the one size that the generator has: where the picture ends, the window lies further inside.
@@ -77,11 +81,15 @@ QRect DepthRenderer::windowOf(const Tile& tile) const
                  m_window);
 }
 
+// The eye of the drawing measures in scene units, for which all items are made; the distances are mapped
+// back.
 void DepthRenderer::draw(const Tile& tile, float* band)
 {
     const QRect window = windowOf(tile);
+    const glm::dmat4 view = scaling(m_modelToScene) * m_camera.view() * m_sceneToModel;
+    const glm::dmat4 projection = m_camera.projection() * scaling(1.0 / m_modelToScene);
     const QImage map =
-        m_generator.generate(m_items, m_view, croppedProjection(m_projection, m_grid.size(), window));
+        m_generator->generate(m_items, view, croppedProjection(projection, m_grid.size(), window));
     if (map.isNull() && !m_items.empty())
         throw ksp::CommonError(QStringLiteral("there is no memory for the depth map"));
     const QRect& pixels = tile.pixels;

@@ -1,6 +1,8 @@
 #include <viewer/cli/CameraList.h>
 
+#include <viewer/cli/CommandParser.h>
 #include <viewer/cli/JsonFields.h>
+#include <viewer/cli/UsageError.h>
 #include <viewer/printable.h>
 
 #include <framework/ksp/CommonError.h>
@@ -49,18 +51,19 @@ QString readName(const JsonFields& fields)
     return name;
 }
 
-QString outputOf(const JsonFields& fields, const QDir& folder, const QString& pattern)
+QString outputOf(const JsonFields& fields, const QString& name, const QDir& folder, const QString& pattern,
+                 const QStringList& extensions)
 {
-    const QString name = fields.has("name") ? readName(fields) : QString();
     if (fields.has("output")) {
         const QString output = fields.text("output");
-        if (QFileInfo(output).suffix().toLower() != QLatin1String("png"))
-            fields.refuse(QStringLiteral("%1: the name must end in .png").arg(fields.shown("output")));
+        if (!extensions.contains(QFileInfo(output).suffix().toLower()))
+            fields.refuse(QStringLiteral("%1: the name must end in .%2")
+                              .arg(fields.shown("output"), extensions.join(QStringLiteral(" or ."))));
         return folder.filePath(output);
     }
     if (pattern.isEmpty())
-        fields.refuse(QStringLiteral("no %1; add one, or -o with a pattern such as %2.png")
-                          .arg(fields.shown("output"), CameraList::namePlace));
+        fields.refuse(QStringLiteral("no %1; add one, or -o with a pattern such as %2.%3")
+                          .arg(fields.shown("output"), CameraList::namePlace, extensions.first()));
     if (name.isEmpty())
         fields.refuse(QStringLiteral("neither %1 nor %2").arg(fields.shown("name"), fields.shown("output")));
     return QString(pattern).replace(CameraList::namePlace, name);
@@ -78,7 +81,8 @@ QString identityOf(const QString& path)
 
 const QString CameraList::namePlace = QStringLiteral("{name}");
 
-std::vector<CameraList::Entry> CameraList::read(const QString& path, const QString& pattern)
+std::vector<CameraList::Entry> CameraList::read(const QString& path, const QString& pattern,
+                                                const QStringList& extensions)
 {
     const QJsonArray array = readArray(path);
     const QDir folder = QFileInfo(path).dir();
@@ -90,14 +94,36 @@ std::vector<CameraList::Entry> CameraList::read(const QString& path, const QStri
         const JsonFields fields(array[i].toObject(), place);
         if (!array[i].isObject()) fields.refuse(QStringLiteral("an object is wanted, {...}"));
         fields.requireKnown(keys);
-        const QString output = outputOf(fields, folder, pattern);
+        const QString name = fields.has("name") ? readName(fields) : QString();
+        const QString output = outputOf(fields, name, folder, pattern, extensions);
         const QString identity = identityOf(output);
         if (numbers.contains(identity))
             fields.refuse(QStringLiteral("its output %1 is that of camera %2, too")
                               .arg(shownName(output))
                               .arg(numbers[identity] + 1));
         numbers[identity] = i;
-        entries.push_back({CameraOptions::read(fields), output, place});
+        entries.push_back({CameraOptions::read(fields), output, place, name});
     }
     return entries;
+}
+
+QString CameraList::named(const QString& pattern, const Entry& entry)
+{
+    if (entry.name.isEmpty())
+        throw ksp::CommonError(
+            QStringLiteral("%1: no \"name\", which %2 wants").arg(entry.shown, shownName(pattern)));
+    return QString(pattern).replace(namePlace, entry.name);
+}
+
+QString CameraList::readOption(const CommandParser& parser)
+{
+    if (!parser.isSet("cameras")) return {};
+    for (const char* option : {"size", "view", "projection", "eye", "target", "up", "fov", "gsd"})
+        if (parser.isSet(option))
+            throw UsageError(
+                QStringLiteral("--cameras and --%1 exclude each other; the list says it for each camera")
+                    .arg(option));
+    const QString list = parser.value("cameras");
+    if (list.isEmpty()) throw UsageError(QStringLiteral("--cameras wants the name of a file"));
+    return list;
 }

@@ -19,6 +19,7 @@
 #include <framework/model/CProject.h>
 
 #include <QtCore/QFileInfo>
+#include <QtCore/QSet>
 #include <QtGui/QImageWriter>
 
 #include <cmath>
@@ -28,10 +29,17 @@
 
 namespace {
 
+constexpr double shareOfReading = 30.0; // percent of the work
+
+double pixelCount(const QSize& size)
+{
+    return static_cast<double>(size.width()) * size.height();
+}
+
 /// Links may lead two names to one file.
 void requireDistinct(const QStringList& names)
 {
-    QStringList places;
+    QSet<QString> places;
     for (const QString& name : names) {
         const QFileInfo file(name);
         const QString place = file.exists()      ? file.canonicalFilePath()
@@ -40,17 +48,17 @@ void requireDistinct(const QStringList& names)
         if (places.contains(place))
             throw UsageError(QStringLiteral("%1: another output is the same file; give each one of its own")
                                  .arg(shownName(name)));
-        places.append(place);
+        places.insert(place);
     }
 }
 
-CameraOptions::View see(const DepthOptions& options, const Scene3d& scene, const gmx::BoundingBox& visible)
+CameraOptions::View see(const DepthOptions::Map& map, const Scene3d& scene, const gmx::BoundingBox& visible)
 {
-    CameraOptions::View view = options.camera.see(scene, visible);
+    CameraOptions::View view = map.camera.see(scene, visible);
     const QString refused = TileGrid::refuse(view.size);
     if (!refused.isEmpty())
         throw ksp::CommonError(QStringLiteral("%1: not drawn: %2 x %3 pixels: %4")
-                                   .arg(shownName(options.output))
+                                   .arg(shownName(map.output))
                                    .arg(view.size.width())
                                    .arg(view.size.height())
                                    .arg(refused));
@@ -70,16 +78,16 @@ DepthCamera makeCamera(const CameraOptions::View& view, const Scene3d& scene, co
 class DepthOutputs
 {
 public:
-    DepthOutputs(const DepthOptions& options, const QSize& size)
-        : m_map(options.output)
+    DepthOutputs(const DepthOptions::Map& map, const QSize& size)
+        : m_map(map.output)
         , m_writer(DepthWriter::create(m_map, size))
     {
-        if (!options.preview.isEmpty()) {
-            m_previewFile.emplace(options.preview);
+        if (!map.preview.isEmpty()) {
+            m_previewFile.emplace(map.preview);
             m_preview.emplace(size);
         }
-        if (!options.cameraFile.isEmpty()) m_cameraFile.emplace(options.cameraFile);
-        if (!options.worldFile().isEmpty()) m_worldFile.emplace(options.worldFile());
+        if (!map.cameraFile.isEmpty()) m_cameraFile.emplace(map.cameraFile);
+        if (!map.worldFile().isEmpty()) m_worldFile.emplace(map.worldFile());
     }
     /// The next rows, from the top.
     void write(const std::vector<float>& band, int rowCount)
@@ -154,11 +162,10 @@ private:
     std::vector<float> m_band;
 };
 
-void makeMap(Scene3d& scene, const DepthOptions& options, ProgressBar& bar, ksp::StagedProgress progress)
+/// Draws the map of the renderer's camera.
+void write(DepthRenderer& renderer, const DepthOptions::Map& map, const CameraOptions::View& view,
+           ProgressBar& bar, ksp::StagedProgress progress)
 {
-    const gmx::BoundingBox visible = FrameRenderer(scene).visibleBounds();
-    const CameraOptions::View view = see(options, scene, visible);
-    DepthRenderer renderer(scene, makeCamera(view, scene, visible));
     Pass pass(renderer, bar);
     if (renderer.wantsNearest()) {
         float nearest = std::numeric_limits<float>::infinity();
@@ -170,18 +177,43 @@ void makeMap(Scene3d& scene, const DepthOptions& options, ProgressBar& bar, ksp:
             progress.startStage(50.0));
         if (std::isfinite(nearest)) renderer.setNearest(nearest);
     }
-    DepthOutputs outputs(options, view.size);
+    DepthOutputs outputs(map, view.size);
     pass.run([&outputs](const std::vector<float>& band, int rowCount) { outputs.write(band, rowCount); },
              progress.startStage(100.0));
-    bar.runSilent([&] { outputs.write(renderer.camera(), view.ortho); });
-    outputs.commit();
+    bar.runSilent([&] {
+        outputs.write(renderer.camera(), view.ortho);
+        outputs.commit();
+    });
+}
+
+/// Draws them all, in stages as long as they have pixels.
+void writeAll(const std::vector<DepthOptions::Map>& maps, Scene3d& scene, ProgressBar& bar,
+              ksp::StagedProgress progress)
+{
+    const gmx::BoundingBox visible = FrameRenderer(scene).visibleBounds();
+    std::vector<CameraOptions::View> views;
+    double pixels = 0.0;
+    for (const DepthOptions::Map& map : maps) {
+        views.push_back(see(map, scene, visible));
+        pixels += pixelCount(views.back().size);
+    }
+    DepthRenderer renderer(scene, makeCamera(views.front(), scene, visible));
+    for (std::size_t i = 0; i < maps.size(); ++i) {
+        renderer.setCamera(makeCamera(views[i], scene, visible));
+        write(renderer, maps[i], views[i], bar,
+              progress.startStage(100.0 * pixelCount(views[i].size) / pixels,
+                                  printable(QFileInfo(maps[i].output).fileName())));
+    }
 }
 
 } // namespace
 
 void commands::depth(const DepthOptions& options)
 {
-    const QStringList names = options.outputs();
+    const std::vector<DepthOptions::Map> maps = options.maps();
+    QStringList names;
+    for (const DepthOptions::Map& map : maps)
+        names += map.outputs();
     for (const QString& name : names)
         OutputFile::requireWritable(name);
     requireDistinct(names);
@@ -192,12 +224,13 @@ void commands::depth(const DepthOptions& options)
     const std::unique_ptr<Scene3d> scene = host.createScene(*project);
     FileOpener opener(host, *project, scene.get());
     ksp::StagedProgress progress = bar.progress();
-    opener.open(options.files, progress.startStage(50.0));
-    const InputFiles inputs(options.files + opener.getMeshFiles());
+    opener.open(options.files, progress.startStage(shareOfReading));
+    QStringList read = options.files + opener.getMeshFiles();
+    if (!options.cameras.isEmpty()) read.append(options.cameras);
+    const InputFiles inputs(read);
     for (const QString& name : names)
         OutputFile::requireNoInput(name, inputs);
 
     scene->flushBounds();
-    makeMap(*scene, options, bar,
-            progress.startStage(100.0, printable(QFileInfo(options.output).fileName())));
+    writeAll(maps, *scene, bar, progress.startStage(100.0));
 }

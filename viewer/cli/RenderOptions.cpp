@@ -25,20 +25,6 @@ QString readOutput(const CommandParser& parser)
     return output;
 }
 
-QString readCameras(const CommandParser& parser)
-{
-    if (!parser.isSet("cameras")) return {};
-    for (const char* option : {"size", "view", "projection", "eye", "target", "up", "gsd"})
-        if (parser.isSet(option))
-            throw UsageError(
-                QStringLiteral("--cameras and --%1 exclude each other; the list says it for each "
-                               "camera")
-                    .arg(option));
-    const QString list = parser.value("cameras");
-    if (list.isEmpty()) throw UsageError(QStringLiteral("--cameras wants the name of a file"));
-    return list;
-}
-
 } // namespace
 
 const char* const RenderOptions::synopsis = "render FILES... -o OUT.png [OPTIONS]";
@@ -62,7 +48,7 @@ RenderOptions RenderOptions::read(const CommandParser& parser)
     if (options.files.isEmpty())
         throw UsageError(QStringLiteral("render: no files; usage: viewer3d render FILES... -o OUT.png"));
     options.output = readOutput(parser);
-    options.cameras = readCameras(parser);
+    options.cameras = CameraList::readOption(parser);
     options.camera = CameraOptions::read(parser);
     if (parser.isSet("background"))
         options.background = OptionValue::color("background", parser.value("background"));

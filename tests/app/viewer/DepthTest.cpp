@@ -491,6 +491,86 @@ TEST_F(Depth, ReplacesAnOldMap)
     EXPECT_EQ(result.map.width, 16);
 }
 
+// --- several cameras
+
+class DepthOfCameras : public Depth
+{
+protected:
+    static constexpr const char* north = R"({"name": "north", "view": "back", "size": [90, 60]})";
+    static constexpr const char* above =
+        R"({"name": "above", "view": "top", "projection": "parallel", "size": [70, 80]})";
+    static constexpr const char* inside =
+        R"({"name": "inside", "eye": [2700000, 1200000, 400], "target": [2700001, 1200000, 400],
+            "fov": 80, "size": [90, 60]})";
+
+    void SetUp() override
+    {
+        Depth::SetUp();
+        m_box = write("box.obj", box(faraway, {3, 2, 1}));
+    }
+    /// Makes maps, cameras and previews of a list into a folder.
+    ViewerRun makeMaps(const QString& folder, const QByteArray& list)
+    {
+        QDir(path(".")).mkdir(folder);
+        const QString pattern = path(folder + "/{name}");
+        return runViewer({"depth", m_box, "--cameras", write("list.json", list), "-o", pattern + ".pfm",
+                          "--json", pattern + ".json", "--preview", pattern + ".png"});
+    }
+    QString m_box;
+};
+
+TEST_F(DepthOfCameras, EachHasItsFiles)
+{
+    const ViewerRun run = makeMaps("all", QByteArray("[") + north + "," + above + "," + inside + "]");
+    EXPECT_EQ(run.status, 0) << run.error.constData();
+    EXPECT_EQ(QDir(path("all")).entryList(QDir::Files).size(), 9);
+    ASSERT_EQ(runViewer({"depth", m_box, "-o", path("one.pfm"), "--json", path("one.json"), "--preview",
+                         path("one.png"), "--view", "back", "--size", "90x60"})
+                  .status,
+              0);
+    for (const char* extension : {".pfm", ".json", ".png"})
+        EXPECT_EQ(read(QString("all/north") + extension), read(QString("one") + extension)) << extension;
+    const QJsonObject wide = DepthCameraFile(read("all/inside.json")).object;
+    EXPECT_NEAR(wide["fieldOfView"].toArray()[1].toDouble(), 80.0 / 180.0 * M_PI, 1e-12);
+}
+
+TEST_F(DepthOfCameras, PartsOfAListGiveTheSameFiles)
+{
+    ASSERT_EQ(makeMaps("all", QByteArray("[") + north + "," + above + "," + inside + "]").status, 0);
+    ASSERT_EQ(makeMaps("parts", QByteArray("[") + inside + "]").status, 0);
+    ASSERT_EQ(makeMaps("parts", QByteArray("[") + above + "," + north + "]").status, 0);
+    const QStringList names = QDir(path("all")).entryList(QDir::Files);
+    EXPECT_EQ(QDir(path("parts")).entryList(QDir::Files), names);
+    for (const QString& name : names)
+        EXPECT_EQ(read("parts/" + name), read("all/" + name)) << qPrintable(name);
+}
+
+TEST_F(DepthOfCameras, OutputsOfTheListAreMaps)
+{
+    const QString list = write("list.json", R"([{"output": "a.tiff", "size": [8, 8]},
+                                                {"output": "b.pfm", "size": [8, 8]}])");
+    const ViewerRun run = runViewer({"depth", m_box, "--cameras", list});
+    EXPECT_EQ(run.status, 0) << run.error.constData();
+    EXPECT_EQ(readTiff(path("a.tiff")).size(), 64u);
+    EXPECT_EQ(DepthMapFile(read("b.pfm")).width, 8);
+}
+
+TEST_F(DepthOfCameras, WrongListsAreRefusedBeforeAnythingIsDrawn)
+{
+    const QString unnamed = write("a.json", R"([{"output": "a.pfm"}])");
+    expectFailure({m_box, "--cameras", unnamed, "--json", "{name}.json"}, 1,
+                  unnamed + ": camera 1 of 1: no \"name\", which {name}.json wants");
+    const QString picture = write("b.json", R"([{"name": "x", "output": "a.pfm"}, {"output": "a.png"}])");
+    expectFailure({m_box, "--cameras", picture}, 1,
+                  picture + ": camera 2 of 2: \"output\": the name must end in .pfm or .tiff or .tif");
+    const QString same = write("c.json", R"([{"name": "x"}, {"name": "y", "output": "x.pfm"}])");
+    expectFailure({m_box, "--cameras", same, "-o", path("{name}.pfm")}, 1,
+                  same + ": camera 2 of 2: its output " + path("x.pfm") + " is that of camera 1, too");
+    const QString list = write("d.json", R"([{"name": "d"}])");
+    expectFailure({m_box, "--cameras", list, "-o", path("{name}.pfm"), "--json", path("{name}.json")}, 1,
+                  list + ": cannot be written: it is one of the files that are read");
+}
+
 // --- wrong use
 
 TEST_F(Depth, WrongNamesAreRefused)

@@ -115,19 +115,19 @@ TEST(CommandLine, DepthHasTheCameraOfRenderAndItsOwnFiles)
         parseCommandLine({"depth", "a.obj", "-o", "a.TIFF", "--preview", "a.png", "--json", "c.json",
                           "--size", "640x480", "--view", "left", "--point-size", "3"}));
     EXPECT_EQ(options.files, QStringList("a.obj"));
-    EXPECT_EQ(options.output, "a.TIFF");
-    EXPECT_EQ(options.preview, "a.png");
-    EXPECT_EQ(options.cameraFile, "c.json");
-    EXPECT_EQ(options.outputs(), QStringList({"a.TIFF", "a.png", "c.json"}));
-    EXPECT_EQ(options.camera.size, QSize(640, 480));
-    EXPECT_EQ(options.camera.view, StandardView::Left);
+    EXPECT_EQ(options.map.output, "a.TIFF");
+    EXPECT_EQ(options.map.preview, "a.png");
+    EXPECT_EQ(options.map.cameraFile, "c.json");
+    EXPECT_EQ(options.map.outputs(), QStringList({"a.TIFF", "a.png", "c.json"}));
+    EXPECT_EQ(options.map.camera.size, QSize(640, 480));
+    EXPECT_EQ(options.map.camera.view, StandardView::Left);
     EXPECT_EQ(options.pointSize, 3.0f);
 }
 
 TEST(CommandLine, DepthWritesOneFileUnlessAskedForMore)
 {
     const DepthOptions options = std::get<DepthOptions>(parseCommandLine({"depth", "a.obj", "-o", "a.pfm"}));
-    EXPECT_EQ(options.outputs(), QStringList("a.pfm"));
+    EXPECT_EQ(options.map.outputs(), QStringList("a.pfm"));
     EXPECT_FALSE(options.pointSize);
 }
 
@@ -136,8 +136,25 @@ TEST(CommandLine, DepthFromAboveHasAWorldFileBesideTiff)
     for (const auto& [output, world] : {std::pair("a.tif", "a.tfw"), {"a.tiff", "a.tfw"}, {"a.pfm", ""}}) {
         const Command command = parseCommandLine(
             {"depth", "a.obj", "-o", output, "--view", "top", "--projection", "parallel", "--gsd", "0.5"});
-        EXPECT_EQ(std::get<DepthOptions>(command).worldFile(), world);
+        EXPECT_EQ(std::get<DepthOptions>(command).map.worldFile(), world);
     }
+}
+
+TEST(CommandLine, DepthOfSeveralCamerasMakesNamesOfPatterns)
+{
+    const QStringList start = {"depth", "a.obj", "--cameras", "list.json"};
+    const DepthOptions options = std::get<DepthOptions>(
+        parseCommandLine(start + QStringList{"-o", "{name}.tif", "--json", "out/{name}.json"}));
+    EXPECT_EQ(options.cameras, "list.json");
+    EXPECT_EQ(options.map.output, "{name}.tif");
+    EXPECT_EQ(options.map.cameraFile, "out/{name}.json");
+    EXPECT_EQ(std::get<DepthOptions>(parseCommandLine(start)).map.output, "");
+    EXPECT_EQ(refusal(start + QStringList{"-o", "a.tif"}),
+              "--output a.tif: of several cameras the names need {name}, for example --output {name}.pfm");
+    EXPECT_EQ(refusal(start + QStringList{"-o", "{name}.tif", "--preview", "a.png"}),
+              "--preview a.png: of several cameras the names need {name}, for example --preview {name}.png");
+    EXPECT_EQ(refusal(start + QStringList{"--size", "3x3"}),
+              "--cameras and --size exclude each other; the list says it for each camera");
 }
 
 TEST(CommandLine, DepthHasNoBackground)
@@ -268,6 +285,17 @@ TEST(CommandLine, GsdBelongsToAPictureFromAbove)
         expected);
 }
 
+TEST(CommandLine, FieldOfViewIsThatOfACentralProjection)
+{
+    EXPECT_FALSE(parseRender({}).camera.fov);
+    EXPECT_DOUBLE_EQ(parseRender({"--fov", "60"}).camera.fov.value(), 3.14159265358979323846 / 3.0);
+    EXPECT_EQ(renderRefusal({"--fov", "60", "--projection", "parallel"}),
+              "--fov belongs to the central projection");
+    for (const char* angle : {"0", "-5", "90", "180"})
+        EXPECT_EQ(renderRefusal({"--fov", angle}),
+                  QString("--fov %1: degrees are wanted, at least 0.01 and less than 90").arg(angle));
+}
+
 TEST(CommandLine, GsdIsALength)
 {
     const QStringList above = {"--view", "top", "--projection", "parallel", "--gsd"};
@@ -302,7 +330,7 @@ TEST(CommandLine, CamerasMayNameTheirOutputsThemselves)
 
 TEST(CommandLine, CamerasExcludeTheOptionsOfOne)
 {
-    for (const char* option : {"size", "view", "projection", "eye", "target", "up", "gsd"})
+    for (const char* option : {"size", "view", "projection", "eye", "target", "up", "fov", "gsd"})
         EXPECT_EQ(
             refusal({"render", "a.obj", "--cameras", "l.json", QString("--") + option, "1"}),
             QString("--cameras and --%1 exclude each other; the list says it for each camera").arg(option));
@@ -427,7 +455,7 @@ TEST(CommandLine, HelpNamesEveryOption)
 {
     const QString text = std::get<HelpRequest>(parseCommandLine({"render", "--help"})).text;
     for (const char* option : {"-o", "--size", "--view", "--projection", "--eye", "--target", "--up",
-                               "--background", "--point-size", "--gsd", "--cameras", "--help"})
+                               "--background", "--point-size", "--fov", "--gsd", "--cameras", "--help"})
         EXPECT_TRUE(text.contains(option)) << option;
 }
 
