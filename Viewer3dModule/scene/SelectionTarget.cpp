@@ -31,8 +31,9 @@ SelectionTarget::SelectionTarget(OpenGLFunctions& gl, Kind kind, const QSize& si
     if (!m_isComplete) return;
     gl.glViewport(0, 0, size.width(), size.height());
     limitTo(pixels);
-    // Bytes of identifiers are no colours to mix.
+    // Bytes of identifiers are no colours to mix or to spread.
     gl.glDisable(GL_BLEND);
+    gl.glDisable(GL_DITHER);
     gl.glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
     gl.glDepthMask(GL_TRUE);
     gl.glDepthFunc(GL_LEQUAL);
@@ -103,6 +104,7 @@ void SelectionTarget::save()
     m_gl.glGetIntegerv(GL_SCISSOR_BOX, m_before.scissor);
     m_before.scissorTest = m_gl.glIsEnabled(GL_SCISSOR_TEST);
     m_before.blend = m_gl.glIsEnabled(GL_BLEND);
+    m_before.dither = m_gl.glIsEnabled(GL_DITHER);
     m_before.depthTest = m_gl.glIsEnabled(GL_DEPTH_TEST);
     m_gl.glGetBooleanv(GL_DEPTH_WRITEMASK, &m_before.depthMask);
     m_gl.glGetBooleanv(GL_COLOR_WRITEMASK, m_before.colorMask);
@@ -117,6 +119,7 @@ void SelectionTarget::restore()
     m_gl.glScissor(m_before.scissor[0], m_before.scissor[1], m_before.scissor[2], m_before.scissor[3]);
     set(m_gl, GL_SCISSOR_TEST, m_before.scissorTest != GL_FALSE);
     set(m_gl, GL_BLEND, m_before.blend != GL_FALSE);
+    set(m_gl, GL_DITHER, m_before.dither != GL_FALSE);
     set(m_gl, GL_DEPTH_TEST, m_before.depthTest != GL_FALSE);
     m_gl.glDepthMask(m_before.depthMask);
     m_gl.glColorMask(m_before.colorMask[0], m_before.colorMask[1], m_before.colorMask[2],

@@ -8,8 +8,8 @@
 #include <vector>
 
 /// A frame buffer for passes that select, and the OpenGL state that they need, for as long as it lives:
-/// framebuffer bindings, viewport, scissor, blending, depth test and masks are then as they were before. The
-/// context must stay current. Pixels are counted from the top left, y down.
+/// framebuffer bindings, viewport, scissor, blending, dithering, depth test and masks are then as they were
+/// before. The context must stay current. Pixels are counted from the top left, y down.
 class SelectionTarget
 {
 public:
@@ -39,6 +39,7 @@ private:
         GLint scissor[4] = {0, 0, 0, 0};
         GLboolean scissorTest = GL_FALSE;
         GLboolean blend = GL_FALSE;
+        GLboolean dither = GL_TRUE;
         GLboolean depthTest = GL_FALSE;
         GLboolean depthMask = GL_TRUE;
         GLboolean colorMask[4] = {GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE};

@@ -41,7 +41,7 @@ TEST_F(SelectionStateTest, LeavesTheStateAsItWas)
         target.bind();
         gl->glViewport(1, 2, 3, 4);
         gl->glScissor(5, 6, 7, 8);
-        for (const GLenum capability : {GL_SCISSOR_TEST, GL_BLEND, GL_DEPTH_TEST})
+        for (const GLenum capability : {GL_SCISSOR_TEST, GL_BLEND, GL_DITHER, GL_DEPTH_TEST})
             on ? gl->glEnable(capability) : gl->glDisable(capability);
         gl->glDepthMask(on);
         gl->glDepthFunc(on ? GL_GREATER : GL_ALWAYS);
@@ -50,7 +50,7 @@ TEST_F(SelectionStateTest, LeavesTheStateAsItWas)
             std::vector<GLint> values;
             for (const GLenum name :
                  {GL_DRAW_FRAMEBUFFER_BINDING, GL_READ_FRAMEBUFFER_BINDING, GL_VIEWPORT, GL_SCISSOR_BOX,
-                  GL_SCISSOR_TEST, GL_BLEND, GL_DEPTH_TEST, GL_DEPTH_WRITEMASK, GL_DEPTH_FUNC,
+                  GL_SCISSOR_TEST, GL_BLEND, GL_DITHER, GL_DEPTH_TEST, GL_DEPTH_WRITEMASK, GL_DEPTH_FUNC,
                   GL_COLOR_WRITEMASK, GL_RENDERBUFFER_BINDING, GL_SHADER_STORAGE_BUFFER_BINDING,
                   GL_VERTEX_ARRAY_BINDING}) {
                 GLint value[4] = {0, 0, 0, 0};
@@ -71,6 +71,24 @@ TEST_F(SelectionStateTest, LeavesTheStateAsItWas)
     }
     Scene3d::initializeGLCommon(gl);
     EXPECT_EQ(select(QRectF(0, 0, 64, 48), Visible), Ids{1});
+}
+
+// Identifiers are written as bytes of colours, which a driver may spread over neighbouring pixels.
+TEST_F(SelectionStateTest, DrawsWithoutBlendingAndDithering)
+{
+    DrawnItem* item = addSquare(1, QRectF(10, 10, 20, 20));
+    int draws = 0;
+    item->drawing = [this, &draws, draw = item->drawing](const PaintContext& context) {
+        EXPECT_FALSE(gl->glIsEnabled(GL_BLEND));
+        EXPECT_FALSE(gl->glIsEnabled(GL_DITHER));
+        ++draws;
+        draw(context);
+    };
+    gl->glEnable(GL_BLEND);
+    gl->glEnable(GL_DITHER);
+    EXPECT_EQ(select(QRectF(5, 5, 10, 10), Visible), Ids{1});
+    EXPECT_EQ(select(QRectF(5, 5, 10, 10), Through), Ids{1});
+    EXPECT_GE(draws, 2);
 }
 
 // Whatever state a host left the scene's context in.
