@@ -20,9 +20,6 @@ namespace {
 const QColor defaultColor(200, 200, 200);
 constexpr float lineWidth = 1.0f; // pixels
 
-// Where a fragment's colour comes from: the shaders' "uColorMode".
-enum ColorMode { ItemColor = 0, VertexColors = 1, TextureColor = 2 };
-
 struct Kind
 {
     std::uint32_t verticesPerPrimitive;
@@ -121,13 +118,13 @@ public:
         uniforms::set(m_gl, m_locations.materialMode, 0);
         if (m_drawer) m_drawer->setShaderLightMode(true);
     }
-    ~PartLook() { setColorMode(ItemColor); }
+    ~PartLook() { setColorMode(ColorMode::Item); }
     PartLook(const PartLook&) = delete;
     PartLook& operator=(const PartLook&) = delete;
 
-    void setColorMode(ColorMode mode)
+    void setColorMode(std::int32_t mode)
     {
-        if (mode != m_colorMode) uniforms::set(m_gl, m_locations.colorMode, static_cast<int>(mode));
+        if (mode != m_colorMode) uniforms::set(m_gl, m_locations.colorMode, mode);
         m_colorMode = mode;
     }
     void setColor(const QColor& color) { uniforms::set(m_gl, m_locations.itemColor, color); }
@@ -142,7 +139,7 @@ private:
     OpenGLFunctions& m_gl;
     Item3dDrawer* m_drawer;
     ItemUniforms m_locations;
-    ColorMode m_colorMode = ItemColor;
+    std::int32_t m_colorMode = ColorMode::Item;
     bool m_lit = true;
 };
 
@@ -216,7 +213,9 @@ void MeshNode3d::Private::drawPart(const MeshData::Part& part, OpenGLFunctions& 
                                    int instances) const
 {
     const unsigned int texture = textureOf(part);
-    look.setColorMode(texture != 0 ? TextureColor : colors.name() != 0 ? VertexColors : ItemColor);
+    look.setColorMode(texture != 0         ? ColorMode::Texture
+                      : colors.name() != 0 ? ColorMode::Vertices
+                                           : ColorMode::Item);
     look.setColor(part.color.isValid() ? part.color : defaultColor);
     look.setLit(part.kind == MeshData::Part::Triangles);
     if (part.kind != MeshData::Part::Triangles)

@@ -1,4 +1,5 @@
 #include <Viewer3dModule/drawers/Item3dDrawer.h>
+#include <Viewer3dModule/shaders/DrawMode.h>
 
 #include <QtGui/QOpenGLShaderProgram>
 
@@ -7,7 +8,7 @@
 
 namespace {
 
-constexpr std::size_t maxLevels = 256;
+constexpr std::size_t maxLevels = maxColorLevels;
 constexpr std::size_t levelsPerVector = 4; // of the arrays "colorLevels" and "elevLevels"
 
 // 8 bits a channel, rounded as in a picture; red in the lowest byte.

@@ -2,20 +2,12 @@
 
 #include <Viewer3dModule/drawers/Item3dDrawer.h>
 #include <Viewer3dModule/scene/Scene3d.h>
+#include <Viewer3dModule/shaders/DrawMode.h>
 #include <framework/model/CFilterElement.h>
 #include <framework/model/CModelElement.h>
 #include <framework/model/CProjectModel.h>
 
 #include <limits>
-
-namespace {
-
-constexpr unsigned int bit(int number)
-{
-    return 1u << number;
-}
-
-} // namespace
 
 Graphics3dItem::Graphics3dItem(CModelElement* element)
     : InteractiveGraphicsItem(element)
@@ -45,10 +37,13 @@ bool Graphics3dItem::isHighlighted() const
 unsigned int Graphics3dItem::getGlueMask() const
 {
     const int count = getNodePointsCount();
-    if (count <= 0) return ~bit(5);
-    if (count == 1) return bit(8) | bit(9);
-    const unsigned int edges = bit(6) | bit(7) | bit(8);
-    return count == 2 ? edges : edges | bit(1) | bit(2) | bit(3) | bit(4);
+    constexpr auto bit = GlueLayer::bit;
+    if (count <= 0) return ~bit(GlueLayer::CloudPoint);
+    if (count == 1) return bit(GlueLayer::Node) | bit(GlueLayer::PointItem);
+    const unsigned int edges = bit(GlueLayer::Edge) | bit(GlueLayer::MidNode) | bit(GlueLayer::Node);
+    if (count == 2) return edges;
+    return edges | bit(GlueLayer::RawCoords) | bit(GlueLayer::Face) | bit(GlueLayer::FaceEdge) |
+           bit(GlueLayer::FaceNode);
 }
 
 void Graphics3dItem::updateDataImpl() {}

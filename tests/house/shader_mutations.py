@@ -23,6 +23,10 @@ MUTATIONS = [
         ("number of the selection mask", "selection_mask_draw = 1;  ", "selection_mask_draw = 4;  "),
         ("number of the selection buffer", "selection_buffer_draw = 3", "selection_buffer_draw = 5"),
         ("hidden items' colour", "return vec4(0.0);", "return vec4(0.1);"),
+        ("mode of vertex colours", "vertex_color_mode = 1", "vertex_color_mode = 3"),
+        ("mode of a texture", "texture_color_mode = 2", "texture_color_mode = 4"),
+        ("flags of coloured vertices", "colorFromFlags(item.flags, item.vertex_color, item.color)",
+         "item.vertex_color"),
         ("item behind the geometry stage", "item.flags = from.flags", "item.flags = item_normal_flag"),
         ("id of the item", "item.id = own_id", "item.id = own_id.yx"),
     ),
@@ -222,7 +226,7 @@ MUTATIONS = [
     ),
     *changes(
         "sphere", "sphere.vertex", "gl_spheres",
-        ("colour of the wires", "item.color_mode = 0", "item.color_mode = 2"),
+        ("colour of the wires", "color_mode = item_color_mode", "color_mode = texture_color_mode"),
         ("light of the wires", "item.is_lit = 0", "item.is_lit = 1"),
         ("wires unless told", "uWireMode = false", "uWireMode = true"),
     ),
@@ -252,7 +256,7 @@ MUTATIONS = [
     ),
     *changes(
         "sphere", "sphereCube.fragment", "gl_spheres gl_item_modes",
-        ("mode of a texture", "texture_color_mode = 2", "texture_color_mode = 1"),
+        ("mode of a texture", "color_mode == texture_color_mode", "color_mode == vertex_color_mode"),
         ("light", "item.is_lit != 0", "item.is_lit == 0"),
     ),
     *changes(
@@ -281,8 +285,8 @@ MUTATIONS = [
     ),
     *changes(
         "mesh", "mesh.fragment", "gl_shaders",
-        ("mode of vertex colours", "vertex_color_mode = 1", "vertex_color_mode = 3"),
-        ("mode of a texture", "texture_color_mode = 2", "texture_color_mode = 4"),
+        ("mode of vertex colours", "color_mode == vertex_color_mode", "color_mode != vertex_color_mode"),
+        ("mode of a texture", "color_mode == texture_color_mode", "color_mode != texture_color_mode"),
         ("filled back", "filled_texture_back == 0", "filled_texture_back == 1"),
         ("filled back unless told", "filled_texture_back = 0", "filled_texture_back = 1"),
         ("colour behind texels", "mix(item.color.rgb, texel.rgb, texel.a)", "mix(texel.rgb, item.color.rgb, texel.a)"),

@@ -11,12 +11,18 @@ const int item_normal_flag = -1;
 const int item_highlited_flag = -2;
 const int item_invisible_flag = -3;
 
+// Where the colour of a surface comes from: the uniform "uColorMode". What the program or the item does not have is
+// replaced by the item's colour, and so is any other value.
+const int item_color_mode = 0;
+const int vertex_color_mode = 1;
+const int texture_color_mode = 2;
+
 // What is handed on about the item from the vertex stage through all others, in the block "Item": the same fields in
 // every program, so that any two stages fit. Uniforms that change with every item are read by the vertex stage only:
 // a fragment stage that reads them costs a frame of many items twice the time.
 //   color         the item's colour after its flags
 //   index         the instance's index within its draw call, 0 in programs that draw no instances
-//   color_mode    the uniform uColorMode, see mesh.fragment
+//   color_mode    the uniform uColorMode
 //   is_lit        1 when the uniform uLightMode is set; only surfaces with normals look at it
 //   vertex_color  with RX_USE_PER_VERTEX_COLOR: the colour of the vertex, the one field that is interpolated; where
 //                 vertices have none, item_color. Where RX_USE_ELEVATION_COLOR asks for colours by height, too, its
@@ -53,6 +59,13 @@ vec4 colorFromFlags(int flags, vec4 own_color, vec4 highlight_color)
     if (flags == item_invisible_flag) return vec4(0.0);
     return flags == item_highlited_flag ? highlight_color : own_color;
 }
+
+// What a fragment shows without light or texture: the colour of the vertices, if they have one, else the item's.
+#ifdef RX_USE_PER_VERTEX_COLOR
+#define PLAIN_COLOR colorFromFlags(item.flags, item.vertex_color, item.color)
+#else
+#define PLAIN_COLOR item.color
+#endif
 
 // Whether a place, in clip coordinates, is in view: not so one that is no number, or lies in the camera's own plane.
 // OpenGL draws no point whose centre is out of view, but there are drivers that draw it somewhere else when it is wide

@@ -12,11 +12,6 @@ in Item
 }
 item;
 
-// Values of uColorMode, which comes with the item. A source that the program was built without is replaced by the
-// item's colour, as it is by any other value.
-const int vertex_color_mode = 1;
-const int texture_color_mode = 2;
-
 // 1: the colour is multiplied by the material's, one for each term of the light; without light by the diffuse one.
 uniform int uMaterialMode = 0;
 uniform vec3 uMaterialAmbient = vec3(1.0, 1.0, 1.0);

@@ -21,7 +21,7 @@ void main()
     gl_Position = vec4(point_coords, 1.0);
     FILL_ITEM(item_flags, item_id, 0)
     if (uWireMode) {
-        item.color_mode = 0;
+        item.color_mode = item_color_mode;
         item.is_lit = 0;
     }
 }

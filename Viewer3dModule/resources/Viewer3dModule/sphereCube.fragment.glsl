@@ -14,8 +14,6 @@ in vec2 texture_coords;
 
 uniform sampler2D uTexture0;
 
-const int texture_color_mode = 2; // of uColorMode; any other value shows the item's colour
-
 void main()
 {
     vec4 own_color = item.color_mode == texture_color_mode ? texture(uTexture0, texture_coords) : item.color;

@@ -191,11 +191,16 @@ TEST_F(ShaderSourcesTest, SourcesAreAscii)
 
 TEST_F(ShaderSourcesTest, DrawModesAgreeWithTheProgram)
 {
-    const QMap<QString, double> expected = {
-        {"ordinal_draw", DrawMode::OrdinalDraw},     {"selection_mask_draw", DrawMode::SelectionMaskDraw},
-        {"glue_mask_draw", DrawMode::GlueMaskDraw},  {"selection_buffer_draw", DrawMode::SelectionBufferDraw},
-        {"item_normal_flag", ItemFlag::Normal},      {"item_highlited_flag", ItemFlag::Highlighted},
-        {"item_invisible_flag", ItemFlag::Invisible}};
+    const QMap<QString, double> expected = {{"ordinal_draw", DrawMode::OrdinalDraw},
+                                            {"selection_mask_draw", DrawMode::SelectionMaskDraw},
+                                            {"glue_mask_draw", DrawMode::GlueMaskDraw},
+                                            {"selection_buffer_draw", DrawMode::SelectionBufferDraw},
+                                            {"item_normal_flag", ItemFlag::Normal},
+                                            {"item_highlited_flag", ItemFlag::Highlighted},
+                                            {"item_invisible_flag", ItemFlag::Invisible},
+                                            {"item_color_mode", ColorMode::Item},
+                                            {"vertex_color_mode", ColorMode::Vertices},
+                                            {"texture_color_mode", ColorMode::Texture}};
     EXPECT_EQ(constantsOf("DrawModes"), expected);
 }
 
@@ -214,6 +219,10 @@ TEST_F(ShaderSourcesTest, NumbersOfTheProgramSideAreFixed)
     EXPECT_EQ(ItemFlag::Normal, -1);
     EXPECT_EQ(ItemFlag::Highlighted, -2);
     EXPECT_EQ(ItemFlag::Invisible, -3);
+    EXPECT_EQ(ColorMode::Item, 0);
+    EXPECT_EQ(ColorMode::Vertices, 1);
+    EXPECT_EQ(ColorMode::Texture, 2);
+    EXPECT_EQ(maxColorLevels, 256);
 }
 
 TEST_F(ShaderSourcesTest, GluePrioritiesAreFixed)
@@ -223,6 +232,15 @@ TEST_F(ShaderSourcesTest, GluePrioritiesAreFixed)
         {"face_node_flag", 4}, {"cloud_point_flag", 5}, {"edge_flag", 6}, {"mid_node_flag", 7},
         {"node_flag", 8},      {"point_item_flag", 9}};
     EXPECT_EQ(constantsOf("GluePriority"), expected);
+    const QMap<QString, double> ofTheProgram = {
+        {"empty_flag", GlueLayer::Empty},        {"raw_coords_flag", GlueLayer::RawCoords},
+        {"face_flag", GlueLayer::Face},          {"face_edge_flag", GlueLayer::FaceEdge},
+        {"face_node_flag", GlueLayer::FaceNode}, {"cloud_point_flag", GlueLayer::CloudPoint},
+        {"edge_flag", GlueLayer::Edge},          {"mid_node_flag", GlueLayer::MidNode},
+        {"node_flag", GlueLayer::Node},          {"point_item_flag", GlueLayer::PointItem}};
+    EXPECT_EQ(ofTheProgram, expected);
+    EXPECT_EQ(GlueLayer::bit(GlueLayer::Empty), 1u);
+    EXPECT_EQ(GlueLayer::bit(31), 0x80000000u);
 }
 
 TEST_F(ShaderSourcesTest, InvocationsOfSolidLinesHoldTheLargestSection)
@@ -263,24 +281,12 @@ TEST_F(ShaderSourcesTest, SurfacesOfCylindersAreCutIntoTheirTiles)
 
 TEST_F(ShaderSourcesTest, ColourLevelsAreAsManyAsTheProgramSideHas)
 {
-    EXPECT_EQ(constantsOf("gradient.fragment").value("max_color_levels"), 256);
-    EXPECT_TRUE(contentOf(QStringLiteral(V3D_SOURCE_DIR "/Viewer3dModule/drawers/ColorLevels.cpp"))
-                    .contains("constexpr std::size_t maxLevels = 256;"));
+    EXPECT_EQ(constantsOf("gradient.fragment").value("max_color_levels"), maxColorLevels);
 }
 
 TEST_F(ShaderSourcesTest, PlanTexturesGoEightLevelsDeep)
 {
     EXPECT_EQ(constantsOf("PlanTexture").value("max_plan_depth"), 8);
-}
-
-TEST_F(ShaderSourcesTest, ColourModesAgreeWithTheProgram)
-{
-    const QMap<QString, double> constants = constantsOf("mesh.fragment");
-    EXPECT_EQ(constants.value("vertex_color_mode"), 1);
-    EXPECT_EQ(constants.value("texture_color_mode"), 2);
-    EXPECT_EQ(constantsOf("sphereCube.fragment").value("texture_color_mode"), 2);
-    EXPECT_TRUE(contentOf(QStringLiteral(V3D_SOURCE_DIR "/Viewer3dModule/drawables/MeshNode3d.cpp"))
-                    .contains("enum ColorMode { ItemColor = 0, VertexColors = 1, TextureColor = 2 };"));
 }
 
 // A compiler may compute what is written alike in two sources in two ways, unless both forbid it.
