@@ -2,7 +2,8 @@
 // A glyph becomes a quad of the size of its texture in pixels, whatever the distance. Pixels are counted from
 // the top left, y down. A label of positive height is scaled as a whole, places and images, so that its
 // images are so many pixels high: they must be equally high then. One of no height is shown as it was laid
-// out, one texel a pixel.
+// out, one texel a pixel. Its twin for single pictures is caption.geom: what is mended in one is mended in
+// the other.
 //#include "shader:Viewer3dModule/DrawModes.glsl"
 
 layout(points) in;

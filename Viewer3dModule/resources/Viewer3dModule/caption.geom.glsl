@@ -1,6 +1,7 @@
 #version 430 core
 // A point becomes a quad of the size of its texture in pixels, whatever the distance. Pixels are counted from the top
-// left, y down; the point is the lower left corner of the quad.
+// left, y down; the point is the lower left corner of the quad. Its twin for the glyphs of labels is
+// PerGlyphCaption.geom: what is mended in one is mended in the other.
 //#include "shader:Viewer3dModule/DrawModes.glsl"
 
 layout(points) in;

@@ -17,14 +17,12 @@ item;
 
 void main()
 {
+    vec4 shown = PLAIN_COLOR;
 #ifdef RX_USE_PER_VERTEX_COLOR
-    vec4 own_color = item.vertex_color;
 #ifdef RX_USE_ELEVATION_COLOR
-    own_color = elevColor(item.vertex_color.r) * vec4(1.0, 1.0, 1.0, item.vertex_color.a * item.color.a);
+    vec4 own_color = elevColor(item.vertex_color.r) * vec4(1.0, 1.0, 1.0, item.vertex_color.a * item.color.a);
+    shown = colorFromFlags(item.flags, own_color, item.color);
 #endif
-    vec4 shown = colorFromFlags(item.flags, own_color, item.color);
-#else
-    vec4 shown = item.color;
 #endif
     write_item(shown, item.id, item.index, bytes_of(~uint(point_item_flag)));
 }

@@ -26,10 +26,5 @@ bool isInPoint()
 void main()
 {
     if (!isInPoint()) discard;
-#ifdef RX_USE_PER_VERTEX_COLOR
-    vec4 shown = colorFromFlags(item.flags, item.vertex_color, item.color);
-#else
-    vec4 shown = item.color;
-#endif
-    write_item(shown, item.id, item.index, bytes_of(~uint(point_item_flag)));
+    write_item(PLAIN_COLOR, item.id, item.index, bytes_of(~uint(point_item_flag)));
 }
