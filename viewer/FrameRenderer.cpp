@@ -38,6 +38,7 @@ int nearestDrawn(const std::vector<float>& depths, int side)
 
 FrameRenderer::FrameRenderer(Scene3d& scene)
     : m_scene(scene)
+    , m_eyeDome(scene)
 {
     QObject::connect(&scene, &Scene3d::updateView, &m_listener, [this] { m_keptBounds.reset(); });
 }
@@ -85,6 +86,15 @@ PaintContext FrameRenderer::paintContext(const Viewpoint& viewpoint, const QSize
 void FrameRenderer::drawTile(const Viewpoint& viewpoint, const QSize& size, const Tile& tile,
                              unsigned int vertexArray, const QColor& background)
 {
+    drawPlain(viewpoint, size, tile, vertexArray, background);
+    if (m_shading == EyeDomeShading::Off) return;
+    m_eyeDome.apply(m_shading, tile.target.size(),
+                    croppedProjection(projectionMatrix(viewpoint, size), size, tile.target), vertexArray);
+}
+
+void FrameRenderer::drawPlain(const Viewpoint& viewpoint, const QSize& size, const Tile& tile,
+                              unsigned int vertexArray, const QColor& background)
+{
     OpenGLFunctions* gl = m_scene.getGLFunctions();
     if (!gl) return;
     const auto channel = [&](qreal value) { return static_cast<float>(value * background.alphaF()); };
@@ -121,7 +131,7 @@ std::optional<glm::dvec3> FrameRenderer::pointUnder(const Viewpoint& viewpoint, 
     constexpr int side = 2 * pickReach + 1;
     const QRect cutout(pixel.x() - pickReach, pixel.y() - pickReach, side, side);
     const auto target = makeTarget(gl, cutout.size(), 0);
-    drawTile(viewpoint, size, {cutout, cutout, cutout}, m_scene.getDefaultVao(), Qt::black);
+    drawPlain(viewpoint, size, {cutout, cutout, cutout}, m_scene.getDefaultVao(), Qt::black);
 
     std::vector<float> depths(side * side, 1.0f);
     gl.glReadPixels(0, 0, side, side, GL_DEPTH_COMPONENT, GL_FLOAT, depths.data());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <viewer/EyeDomePass.h>
 #include <viewer/TileGrid.h>
 #include <viewer/Viewpoint.h>
 
@@ -27,6 +28,11 @@ public:
     /// The box of what is visible, scene coordinates, as small as it really is; the scene's bounds where
     /// nothing is. Looks at every item.
     gmx::BoundingBox visibleBounds() const;
+    /// Eye-dome lighting of the frames from now on; off at first.
+    void setEyeDomeShading(EyeDomeShading shading) { m_shading = shading; }
+    EyeDomeShading eyeDomeShading() const { return m_shading; }
+    /// How many pixels beside a pixel its colour depends on: the reach of the tiles.
+    int reach() const { return m_shading == EyeDomeShading::Off ? 0 : EyeDomePass::reach; }
     /// The projection of a picture of this size. Its near and far planes enclose all that is visible, so that
     /// every part of the picture has the same. The scene's bounds must be up to date.
     glm::dmat4 projectionMatrix(const Viewpoint& viewpoint, const QSize& size) const;
@@ -36,7 +42,7 @@ public:
                               unsigned int vertexArray) const;
     /// Clears the bound target, of the size of the tile's, and draws the tile of a frame of this size. A
     /// context of the scene's share group is current, with Scene3d::initializeGLCommon's state, and the
-    /// vertex array is one of its own.
+    /// vertex array is one of its own. With eye-dome lighting the target is one that EyeDomePass takes.
     void drawTile(const Viewpoint& viewpoint, const QSize& size, const Tile& tile, unsigned int vertexArray,
                   const QColor& background);
     /// The same with all of a frame in one pass.
@@ -52,10 +58,15 @@ public:
     std::optional<glm::dvec3> pointUnder(const Viewpoint& viewpoint, const QSize& size, const QPoint& pixel);
 
 private:
+    /// drawTile without what comes after the frame.
+    void drawPlain(const Viewpoint& viewpoint, const QSize& size, const Tile& tile, unsigned int vertexArray,
+                   const QColor& background);
     /// visibleBounds() as it was since the scene last changed: frames and picks need not look at every item.
     const gmx::BoundingBox& keptBounds() const;
 
     Scene3d& m_scene;
+    EyeDomePass m_eyeDome;
+    EyeDomeShading m_shading = EyeDomeShading::Off;
     QObject m_listener; // of the scene, which says by updateView that something changed
     mutable std::optional<gmx::BoundingBox> m_keptBounds;
     mutable gmx::BoundingBox m_keptFor; // the scene's bounds then

@@ -23,7 +23,7 @@ PicturePainter::PicturePainter(FrameRenderer& renderer, const Viewpoint& viewpoi
     : m_renderer(renderer)
     , m_viewpoint(viewpoint)
     , m_background(background)
-    , m_grid(size)
+    , m_grid(size, renderer.reach())
 {
 }
 
@@ -49,6 +49,7 @@ QImage PicturePainter::drawTile(const Tile& tile)
     if (tile.target != tile.pixels) image = image.copy(tile.pixels.translated(-tile.target.topLeft()));
     if (isOpaque()) image = std::move(image).convertToFormat(QImage::Format_RGB32);
     requireMemory(image);
+    if (m_overlay) m_overlay(image, tile.pixels.topLeft());
     return image;
 }
 

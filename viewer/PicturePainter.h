@@ -4,6 +4,7 @@
 
 #include <QtGui/QImage>
 
+#include <functional>
 #include <memory>
 
 class QOpenGLFramebufferObject;
@@ -21,6 +22,9 @@ public:
     PicturePainter& operator=(const PicturePainter&) = delete;
 
     const TileGrid& grid() const { return m_grid; }
+    /// What is drawn over the pixels of each tile, given where in the picture they begin; nothing at first.
+    using Overlay = std::function<void(QImage& tile, const QPoint& place)>;
+    void setOverlay(Overlay overlay) { m_overlay = std::move(overlay); }
     /// Whether the background shows nothing of what a picture is laid over.
     bool isOpaque() const { return m_background.alpha() == 255; }
     /// The pixels of a tile of the grid: RGB32, or ARGB32 premultiplied where the background is not opaque.
@@ -34,5 +38,6 @@ private:
     Viewpoint m_viewpoint;
     QColor m_background;
     TileGrid m_grid;
+    Overlay m_overlay;
     std::unique_ptr<QOpenGLFramebufferObject> m_target; // of the scene's context
 };

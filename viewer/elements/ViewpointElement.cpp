@@ -2,6 +2,12 @@
 
 #include <viewer/elements/ElementTypes.h>
 
+namespace {
+
+constexpr unsigned shadingVersion = 2; // of the stored object, from which on it tells the shading
+
+}
+
 ViewpointElement::ViewpointElement(CModelElement* owner)
     : CModelElement(owner)
 {
@@ -33,6 +39,11 @@ void ViewpointElement::serialize(CQtArchive& archive)
         projection = makeProjection(isParallel ? IProjection::Parallel : IProjection::Central);
     projection->serialize(archive);
     archive.endObject(1);
+    std::int32_t shading = archive.isLoading() ? 0 : static_cast<std::int32_t>(m_shading);
+    if (archive.checkVersion(shadingVersion)) archive.value(shading);
     archive.finish();
-    if (archive.isLoading()) m_viewpoint = Viewpoint(camera, std::move(projection));
+    if (!archive.isLoading()) return;
+    m_viewpoint = Viewpoint(camera, std::move(projection));
+    const bool isKnown = shading >= 0 && shading < eyeDomeShadingNames().size();
+    m_shading = isKnown ? static_cast<EyeDomeShading>(shading) : EyeDomeShading::Off;
 }

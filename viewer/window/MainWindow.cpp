@@ -21,6 +21,7 @@
 
 #include <QtCore/QFileInfo>
 #include <QtGui/QCloseEvent>
+#include <QtWidgets/QActionGroup>
 #include <QtWidgets/QFileDialog>
 #include <QtWidgets/QInputDialog>
 #include <QtWidgets/QLabel>
@@ -132,12 +133,31 @@ void MainWindow::makeViewMenu()
         m_view->setProjectionType(checked ? IProjection::Parallel : IProjection::Central);
     });
     connect(m_view, &View3dWidget::projectionTypeChanged, parallel, &QAction::setChecked);
+    addEyeDomeMenu(*menu);
     menu->addSeparator();
     menu->addAction(tr("&Keep this view..."), this, &MainWindow::addViewpoint);
     QMenu* kept = menu->addMenu(tr("Kept &views"));
     connect(kept, &QMenu::aboutToShow, this, [this, kept] { showViewpointMenu(*kept); });
     menu->addSeparator();
     menu->addAction(m_messages->toggleViewAction());
+}
+
+void MainWindow::addEyeDomeMenu(QMenu& menu)
+{
+    QMenu* choices = menu.addMenu(tr("&Eye-dome lighting"));
+    auto* group = new QActionGroup(this);
+    const QStringList names = eyeDomeShadingNames();
+    for (int i = 0; i < names.size(); ++i) {
+        const auto shading = static_cast<EyeDomeShading>(i);
+        QAction* choice =
+            choices->addAction(names[i], m_view, [this, shading] { m_view->setEyeDomeShading(shading); });
+        choice->setObjectName(QStringLiteral("eyeDome_") + names[i]);
+        choice->setCheckable(true);
+        choice->setChecked(shading == m_view->eyeDomeShading());
+        group->addAction(choice);
+        connect(m_view, &View3dWidget::eyeDomeShadingChanged, choice,
+                [choice, shading](EyeDomeShading now) { choice->setChecked(now == shading); });
+    }
 }
 
 // --- files
@@ -281,6 +301,7 @@ ViewpointElement* MainWindow::keepViewpoint(const QString& name)
     }
     setWindowModified(true);
     element->setViewpoint(m_view->viewpoint().transformed(m_scene->sceneToModelTransform()));
+    element->setEyeDomeShading(m_view->eyeDomeShading());
     return element;
 }
 
@@ -288,6 +309,7 @@ void MainWindow::restoreViewpoint(const ViewpointElement& element)
 {
     m_scene->flushBounds();
     m_view->setViewpoint(element.getViewpoint().transformed(m_scene->modelToSceneTransform()));
+    m_view->setEyeDomeShading(element.getEyeDomeShading());
 }
 
 void MainWindow::addViewpoint()

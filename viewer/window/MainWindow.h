@@ -54,6 +54,7 @@ private:
     void setProjectPath(const QString& path);
     void makeFileMenu();
     void makeViewMenu();
+    void addEyeDomeMenu(QMenu& menu);
     void askForFiles();
     void askWhereToSave();
     void askForPicture();

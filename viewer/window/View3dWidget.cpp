@@ -138,6 +138,13 @@ void View3dWidget::setProjectionType(IProjection::Projection type)
     update();
 }
 
+void View3dWidget::setEyeDomeShading(EyeDomeShading shading)
+{
+    m_renderer.setEyeDomeShading(shading);
+    Q_EMIT eyeDomeShadingChanged(shading);
+    update();
+}
+
 QImage View3dWidget::picture()
 {
     if (!m_scene) return {};

@@ -29,6 +29,8 @@ public:
     /// Shows everything from there.
     void showFrom(StandardView view);
     void setProjectionType(IProjection::Projection type);
+    EyeDomeShading eyeDomeShading() const { return m_renderer.eyeDomeShading(); }
+    void setEyeDomeShading(EyeDomeShading shading);
     /// What the view shows now, in its own resolution.
     QImage picture();
     /// The drawn point under a place of the widget (logical pixels), scene coordinates; where nothing is
@@ -39,6 +41,7 @@ Q_SIGNALS:
     /// Files were dropped on the view.
     void filesDropped(const QStringList& paths);
     void projectionTypeChanged(bool isParallel);
+    void eyeDomeShadingChanged(EyeDomeShading shading);
 
 protected:
     void initializeGL() override;

@@ -263,6 +263,35 @@ TEST_F(Window, ProjectionActionFollowsTheView)
     EXPECT_FALSE(action->isChecked());
 }
 
+TEST_F(Window, EyeDomeLightingIsChosenInTheMenu)
+{
+    openPyramid();
+    const QImage plain = grab();
+    const auto choose = [this](const char* name) {
+        auto* action = m_window->findChild<QAction*>(QString("eyeDome_") + name);
+        ASSERT_TRUE(action) << name;
+        action->trigger();
+        EXPECT_TRUE(action->isChecked());
+    };
+    const auto darkened = [&](const QImage& image) {
+        int count = 0;
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x)
+                count += qGray(image.pixel(x, y)) < qGray(plain.pixel(x, y));
+        return count;
+    };
+    choose("negative");
+    const QImage negative = grab();
+    EXPECT_GT(darkened(negative), 1000);
+    EXPECT_EQ(negative.pixel(2, 2), plain.pixel(2, 2));
+    choose("positive");
+    EXPECT_GT(darkened(grab()), 1000);
+    EXPECT_NE(grab(), negative);
+    m_view->setEyeDomeShading(EyeDomeShading::Off);
+    EXPECT_TRUE(m_window->findChild<QAction*>("eyeDome_off")->isChecked());
+    EXPECT_EQ(grab(), plain);
+}
+
 TEST_F(Window, DroppedFilesOpen)
 {
     QMimeData data;
@@ -497,6 +526,7 @@ TEST_F(Window, ProjectComesBackWithElementsViewsAndLight)
     ASSERT_TRUE(light);
     light->data("").azimuth = 2.5f;
     m_view->setProjectionType(IProjection::Parallel);
+    m_view->setEyeDomeShading(EyeDomeShading::Positive);
     drag(middle(), middle() + QPointF(70, 30), Qt::LeftButton);
     const QImage before = grab();
     ASSERT_TRUE(m_window->saveProject(path("saved.v3d")));
@@ -504,8 +534,10 @@ TEST_F(Window, ProjectComesBackWithElementsViewsAndLight)
     m_window->newProject();
     EXPECT_EQ(drawn(grab()), 0);
     m_view->setProjectionType(IProjection::Central);
+    m_view->setEyeDomeShading(EyeDomeShading::Off);
     m_window->openFiles({path("saved.v3d")});
     EXPECT_EQ(elements(), 2); // the mesh and the view
+    EXPECT_EQ(m_view->eyeDomeShading(), EyeDomeShading::Positive);
     EXPECT_TRUE(m_view->viewpoint().isParallel());
     light = static_cast<Scene3dViewLightingSettings*>(
         m_window->project().getProjectSettings(TypeIds::LightingSettings));
@@ -551,9 +583,12 @@ TEST_F(Window, DamagedProjectLeavesWhatIsOpen)
 TEST_F(Window, PictureOfTheViewIsWhatTheViewShows)
 {
     openPyramid();
-    ASSERT_TRUE(m_window->savePicture(path("view.png")));
-    checkImage("window_picture", QImage(path("view.png")), grab().convertToFormat(QImage::Format_RGB32),
-               {2, 20});
+    for (const EyeDomeShading shading : {EyeDomeShading::Off, EyeDomeShading::Negative}) {
+        m_view->setEyeDomeShading(shading);
+        ASSERT_TRUE(m_window->savePicture(path("view.png")));
+        checkImage("window_picture", QImage(path("view.png")), grab().convertToFormat(QImage::Format_RGB32),
+                   {2, 20});
+    }
     EXPECT_FALSE(m_window->savePicture(path("nowhere/view.png")));
     EXPECT_EQ(LogTrap::take().size(), 1);
 }

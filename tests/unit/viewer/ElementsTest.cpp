@@ -11,8 +11,7 @@
 
 namespace {
 
-template <typename Element>
-void roundTrip(Element& from, Element& to)
+void roundTrip(CModelElement& from, CModelElement& to)
 {
     CQtArchive storing;
     from.serialize(storing);
@@ -56,14 +55,57 @@ TEST_P(StoredViewpoint, ComesBackWhole)
                                              GetParam(), {800, 600});
     viewpoint.projection().setZoom(1.75);
     element.setViewpoint(viewpoint);
+    element.setEyeDomeShading(EyeDomeShading::Negative);
     ViewpointElement loaded;
     roundTrip(element, loaded);
     EXPECT_EQ(loaded.getName(), "From the church");
+    EXPECT_EQ(loaded.getEyeDomeShading(), EyeDomeShading::Negative);
     EXPECT_EQ(loaded.getViewpoint().projection().getType(), GetParam());
     EXPECT_NEAR(loaded.getViewpoint().projection().getZoom(), 1.75, 1e-12);
     EXPECT_EQ(loaded.getViewpoint().camera().getPosition(), viewpoint.camera().getPosition());
     EXPECT_EQ(loaded.getViewpoint().camera().getView(), viewpoint.camera().getView());
     EXPECT_EQ(loaded.getViewpoint().camera().getUp(), viewpoint.camera().getUp());
+}
+
+namespace {
+
+/// Stores as a version of the program did that knew of no shading.
+class FormerViewpoint : public CModelElement
+{
+public:
+    explicit FormerViewpoint(const Viewpoint& viewpoint)
+        : m_viewpoint(viewpoint)
+    {
+    }
+    int getType() const override { return element_types::Viewpoint; }
+    void serialize(CQtArchive& archive) override
+    {
+        CModelElement::serialize(archive);
+        archive.beginObject();
+        CCamera camera = m_viewpoint.camera();
+        camera.serialize(archive);
+        bool isParallel = m_viewpoint.isParallel();
+        archive.value(isParallel);
+        m_viewpoint.projection().serialize(archive);
+        archive.endObject(1);
+        archive.finish();
+    }
+
+private:
+    Viewpoint m_viewpoint;
+};
+
+} // namespace
+
+TEST(ViewpointElement, OfAFormerVersionIsShadedAsItWas)
+{
+    FormerViewpoint former(
+        Viewpoint::looking({1, 2, 3}, {4, 5, 6}, {0, 0, 1}, IProjection::Parallel, {800, 600}));
+    ViewpointElement loaded;
+    loaded.setEyeDomeShading(EyeDomeShading::Positive);
+    roundTrip(former, loaded);
+    EXPECT_EQ(loaded.getEyeDomeShading(), EyeDomeShading::Off);
+    EXPECT_EQ(loaded.getViewpoint().camera().getPosition(), glm::dvec3(1, 2, 3));
 }
 
 INSTANTIATE_TEST_SUITE_P(ViewpointElement, StoredViewpoint,
