@@ -61,9 +61,41 @@ void CommandParser::add(const QStringList& names, const QString& description, co
     m_parser.addOption(m_options.last());
 }
 
+void CommandParser::addWithOptionalValue(const QString& name, const QString& description,
+                                         const QString& valueName, const QString& suffix)
+{
+    m_parser.addOption(QCommandLineOption(name, description));
+    m_options.append(QCommandLineOption(name, description, QStringLiteral("[=%1]").arg(valueName)));
+    m_optionalValues.append({dashed(name), suffix, {}});
+}
+
+QStringList CommandParser::takeOptionalValues(const QStringList& arguments)
+{
+    QStringList rest;
+    for (int i = 0; i < arguments.size(); ++i) {
+        if (arguments[i] == QLatin1String("--")) return rest + arguments.mid(i);
+        rest.append(arguments[i]);
+        for (OptionalValue& option : m_optionalValues) {
+            if (arguments[i].section(QLatin1Char('='), 0, 0) != option.name) continue;
+            const bool isJoined = arguments[i] != option.name;
+            QString value = isJoined ? arguments[i].section(QLatin1Char('='), 1) : QString();
+            if (isJoined && value.isEmpty())
+                throw UsageError(QStringLiteral("%1 wants the name of a file").arg(arguments[i]));
+            const QString next = arguments.value(i + 1);
+            if (!isJoined && next.endsWith(option.suffix) && !next.startsWith(QLatin1Char('-'))) {
+                value = next;
+                ++i;
+            }
+            option.values.append(value);
+            rest.last() = option.name;
+        }
+    }
+    return rest;
+}
+
 void CommandParser::parse(const QStringList& arguments)
 {
-    if (m_parser.parse(QStringList(QStringLiteral("viewer3d")) + arguments)) return;
+    if (m_parser.parse(QStringList(QStringLiteral("viewer3d")) + takeOptionalValues(arguments))) return;
     if (m_parser.unknownOptionNames().isEmpty()) {
         QString command = m_synopsis.section(QLatin1Char(' '), 0, 0);
         if (command.startsWith(QLatin1Char('['))) command.clear(); // the window has no word of its own
@@ -85,9 +117,16 @@ QString CommandParser::nearestOption(const QString& wrong) const
     return nearestWord(wrong, names);
 }
 
+QStringList CommandParser::valuesOf(const QString& name) const
+{
+    for (const OptionalValue& option : m_optionalValues)
+        if (option.name == dashed(name)) return option.values;
+    return m_parser.values(name);
+}
+
 QString CommandParser::value(const QString& name) const
 {
-    const QStringList values = m_parser.values(name);
+    const QStringList values = valuesOf(name);
     if (values.size() > 1)
         throw UsageError(
             QStringLiteral("%1 is given %2 times; give it once").arg(dashed(name)).arg(values.size()));
@@ -103,7 +142,10 @@ QString CommandParser::helpText() const
         for (const QString& name : option.names())
             names.append(dashed(name));
         QString text = names.join(QStringLiteral(", "));
-        if (!option.valueName().isEmpty()) text += QLatin1Char(' ') + option.valueName();
+        if (option.valueName().startsWith(QLatin1Char('[')))
+            text += option.valueName(); // which may be left out
+        else if (!option.valueName().isEmpty())
+            text += QLatin1Char(' ') + option.valueName();
         left.append(text);
         right.append(option.description());
         width = std::max(width, text.size());

@@ -1,5 +1,7 @@
 #include <viewer/cli/Commands.h>
 
+#include <viewer/ElevationDrawers.h>
+#include <viewer/ElevationLegend.h>
 #include <viewer/FileOpener.h>
 #include <viewer/Host.h>
 #include <viewer/InputFiles.h>
@@ -35,17 +37,60 @@ std::vector<CameraList::Entry> readEntries(const RenderOptions& options)
     return CameraList::read(options.cameras, options.output);
 }
 
+/// Colours by height as they are asked for: those of a file are read at once, so that a bad one keeps nobody
+/// waiting.
+class Elevation
+{
+public:
+    explicit Elevation(const ElevationOptions& options)
+        : m_options(options)
+    {
+        if (!options.file.isEmpty()) m_colors = ElevationColors::read(options.file, options.isDiscrete);
+    }
+    /// Before there are elements.
+    void prepare(Scene3d& scene)
+    {
+        if (m_options.isAsked) m_drawers.emplace(scene);
+    }
+    /// visible: the box of what there is to see, scene coordinates.
+    void colour(const Scene3d& scene, const gmx::BoundingBox& visible)
+    {
+        if (!m_drawers) return;
+        if (!m_colors)
+            m_colors = ElevationColors::over(scene.mapToModel(visible.getMin()).z,
+                                             scene.mapToModel(visible.getMax()).z, m_options.isDiscrete);
+        m_drawers->setColors(*m_colors);
+    }
+    /// What belongs over a picture of this size.
+    PicturePainter::Overlay legend(const QSize& size) const
+    {
+        if (!m_colors || !m_options.hasLegend) return {};
+        return [legend = ElevationLegend(*m_colors, size)](QImage& tile, const QPoint& place) {
+            legend.drawOn(tile, place);
+        };
+    }
+
+private:
+    ElevationOptions m_options;
+    std::optional<ElevationColors> m_colors;
+    std::optional<ElevationDrawers> m_drawers;
+};
+
 /// Draws pictures of one scene, one after the other.
 class Drawing
 {
 public:
-    Drawing(Scene3d& scene, const QColor& background, ProgressBar& bar)
+    Drawing(Scene3d& scene, const RenderOptions& options, Elevation& elevation, ProgressBar& bar)
         : m_scene(scene)
         , m_renderer(scene)
         , m_visible(m_renderer.visibleBounds())
-        , m_background(background)
+        , m_background(options.background.isValid() ? options.background
+                                                    : View3dSettings::getInstance()->getBackgroundColor())
+        , m_elevation(elevation)
         , m_bar(bar)
     {
+        m_renderer.setEyeDomeShading(options.eyeDome);
+        m_elevation.colour(scene, m_visible);
     }
 
     /// What the cameras see. Throws when it cannot be drawn.
@@ -73,6 +118,7 @@ public:
             world->write(lines.constData(), lines.size());
         }
         PicturePainter painter(m_renderer, view.viewpoint, view.size, m_background);
+        painter.setOverlay(m_elevation.legend(view.size));
         const auto draw = [this](const std::function<QImage()>& tile) { return m_bar.runSilent(tile); };
         const auto report = [&](double done) {
             progress.setPercentage(100.0 * done);
@@ -90,6 +136,7 @@ private:
     FrameRenderer m_renderer;
     gmx::BoundingBox m_visible;
     QColor m_background;
+    Elevation& m_elevation;
     ProgressBar& m_bar;
 };
 
@@ -116,25 +163,25 @@ void commands::render(const RenderOptions& options)
     for (const CameraList::Entry& entry : entries)
         for (const QString& file : filesOf(entry))
             OutputFile::requireWritable(file);
+    Elevation elevation(options.elevation);
     ProgressBar bar;
     Host host(Host::Settings::InMemory);
     host.setPointSize(options.pointSize);
     const std::unique_ptr<CProject> project = host.createProject();
     const std::unique_ptr<Scene3d> scene = host.createScene(*project);
+    elevation.prepare(*scene);
     FileOpener opener(host, *project, scene.get());
     ksp::StagedProgress progress = bar.progress();
     opener.open(options.files, progress.startStage(shareOfReading));
     QStringList read = options.files + opener.getMeshFiles();
-    if (!options.cameras.isEmpty()) read.append(options.cameras);
+    for (const QString& file : {options.cameras, options.elevation.file})
+        if (!file.isEmpty()) read.append(file);
     const InputFiles inputs(read);
     for (const CameraList::Entry& entry : entries)
         for (const QString& file : filesOf(entry))
             OutputFile::requireNoInput(file, inputs);
 
     scene->flushBounds();
-    const QColor background = options.background.isValid()
-                                  ? options.background
-                                  : View3dSettings::getInstance()->getBackgroundColor();
-    Drawing drawing(*scene, background, bar);
+    Drawing drawing(*scene, options, elevation, bar);
     writeAll(entries, drawing, progress.startStage(100.0));
 }

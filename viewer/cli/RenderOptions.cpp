@@ -39,6 +39,10 @@ void RenderOptions::declare(CommandParser& parser)
     parser.add({"background"}, "colour behind the scene: a name, #rrggbb, #aarrggbb or transparent",
                "COLOUR");
     PointSizeOption::declare(parser);
+    parser.add({"edl"},
+               eyeDomeShadingNames().join('|') + ": eye-dome lighting, dark by what lies further or nearer",
+               "NAME");
+    ElevationOptions::declare(parser);
 }
 
 RenderOptions RenderOptions::read(const CommandParser& parser)
@@ -53,5 +57,9 @@ RenderOptions RenderOptions::read(const CommandParser& parser)
     if (parser.isSet("background"))
         options.background = OptionValue::color("background", parser.value("background"));
     options.pointSize = PointSizeOption::read(parser);
+    if (parser.isSet("edl"))
+        options.eyeDome =
+            static_cast<EyeDomeShading>(OptionValue::word("edl", parser.value("edl"), eyeDomeShadingNames()));
+    options.elevation = ElevationOptions::read(parser);
     return options;
 }

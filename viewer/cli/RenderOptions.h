@@ -1,6 +1,8 @@
 #pragma once
 
+#include <viewer/EyeDomeShading.h>
 #include <viewer/cli/CameraOptions.h>
+#include <viewer/cli/ElevationOptions.h>
 
 #include <QtCore/QStringList>
 #include <QtGui/QColor>
@@ -18,6 +20,8 @@ struct RenderOptions
     CameraOptions camera;
     QColor background;              ///< invalid: that of the settings
     std::optional<float> pointSize; ///< pixels; nothing: as usual
+    EyeDomeShading eyeDome = EyeDomeShading::Off;
+    ElevationOptions elevation;
 
     static const char* const synopsis;
     static const char* const description;
