@@ -2,7 +2,8 @@
 
 #include <viewer/FileOpener.h>
 #include <viewer/Host.h>
-#include <viewer/PictureFile.h>
+#include <viewer/InputFiles.h>
+#include <viewer/OutputFile.h>
 #include <viewer/SceneExporter.h>
 #include <viewer/cli/ProgressBar.h>
 #include <viewer/printable.h>
@@ -13,33 +14,28 @@
 #include <framework/model/CProject.h>
 
 #include <QtCore/QFileInfo>
-#include <QtCore/QSaveFile>
 
 namespace {
 
 void write(SceneExporter& exporter, const ExportOptions& options, ksp::StagedProgress progress)
 {
-    const auto fail = [&options](const QString& reason) {
-        throw ksp::CommonError(
-            QStringLiteral("%1: cannot be written: %2").arg(shownName(options.output), reason));
-    };
-    QSaveFile file(options.output);
-    if (!file.open(QIODevice::WriteOnly)) fail(file.errorString());
+    OutputFile file(options.output);
     try {
-        exporter.write(file, options.ascii ? PlyWriter::Format::Ascii : PlyWriter::Format::Binary, progress);
+        exporter.write(file.device(), options.ascii ? PlyWriter::Format::Ascii : PlyWriter::Format::Binary,
+                       progress);
     } catch (const ksp::Canceled&) {
         throw;
     } catch (const ksp::CommonError& error) {
-        fail(error.text());
+        file.fail(error.text());
     }
-    if (!file.commit()) fail(file.errorString());
+    file.commit();
 }
 
 } // namespace
 
 void commands::exportScene(const ExportOptions& options)
 {
-    PictureFile::requireWritable(options.output);
+    OutputFile::requireWritable(options.output);
     ProgressBar bar;
     Host host(Host::Settings::InMemory);
     const std::unique_ptr<CProject> project = host.createProject();
@@ -47,7 +43,7 @@ void commands::exportScene(const ExportOptions& options)
     FileOpener opener(host, *project, scene.get());
     ksp::StagedProgress progress = bar.progress();
     opener.open(options.files, progress.startStage(50.0));
-    PictureFile::requireNoInput(options.output, options.files + opener.getMeshFiles());
+    OutputFile::requireNoInput(options.output, InputFiles(options.files + opener.getMeshFiles()));
 
     scene->flushBounds();
     SceneExporter exporter(*scene);
