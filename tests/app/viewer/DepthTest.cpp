@@ -343,6 +343,8 @@ TEST_F(Depth, CameraInsideSeesTheWalls)
             covered += distance > 0.0f && distance < 4.0f + 1e-4f;
         EXPECT_EQ(covered, 1280 * 720);
         EXPECT_NEAR(result.map.at(640, 360), 4.0, 1e-4);
+        // the wall ahead is the nearest of what is seen, and the near plane comes close to it
+        EXPECT_NEAR(result.camera.object["near"].toDouble(), 0.8 * 4.0, 0.01);
     }
 }
 

@@ -1,6 +1,7 @@
 #include "ViewerProcess.h"
 
 #include <QtCore/QElapsedTimer>
+#include <QtCore/QFileInfo>
 #include <QtCore/QProcess>
 #include <QtCore/QThread>
 
@@ -200,4 +201,22 @@ TEST_F(ProcessBehaviour, MemoryOfAPictureStaysBelowFourTimesTheVertexData)
 #ifndef __SANITIZE_ADDRESS__ // which keeps back what was freed
     EXPECT_LT(full - empty, 4.0 * vertexData);
 #endif
+}
+
+// A map of 8000 x 8000 pixels is a file of 256 MB; in memory are its widest band, 41 MB, and a tile.
+TEST_F(ProcessBehaviour, MemoryOfALargeDepthMapIsThatOfItsBands)
+{
+    const QString file = write("field.obj", field(10));
+    const auto depth = [this, &file](const QString& name, const QString& size) {
+        return peakMemory({"depth", file, "-o", path(name), "--size", size, "--preview", path("map.png")});
+    };
+    for (const char* name : {"map.pfm", "map.tiff"}) {
+        const double small = depth(name, "64x64");
+        const double large = depth(name, "8000x8000");
+        ASSERT_GT(small, 0.0);
+        ASSERT_GT(large, 0.0);
+        EXPECT_EQ(QFileInfo(path(name)).size() / 1'000'000, 256);
+        EXPECT_GT(large - small, 41e6) << "this measures nothing";
+        EXPECT_LT(large - small, 160e6) << name;
+    }
 }
