@@ -23,6 +23,7 @@ MUTATIONS = [
         ("number of the selection mask", "selection_mask_draw = 1;  ", "selection_mask_draw = 4;  "),
         ("number of the selection buffer", "selection_buffer_draw = 3", "selection_buffer_draw = 5"),
         ("hidden items' colour", "return vec4(0.0);", "return vec4(0.1);"),
+        ("shape of a texture", "shown_color.a * texel.a", "shown_color.a + texel.a"),
         ("mode of vertex colours", "vertex_color_mode = 1", "vertex_color_mode = 3"),
         ("mode of a texture", "texture_color_mode = 2", "texture_color_mode = 4"),
         ("flags of coloured vertices", "colorFromFlags(item.flags, item.vertex_color, item.color)",
@@ -90,8 +91,8 @@ MUTATIONS = [
     ),
     *changes(
         "texture", "texture.fragment", "gl_shaders gl_item_modes",
-        ("alpha of a bitmap", "item.color.a * texel.a", "item.color.a + texel.a"),
-        ("highlighted shape", "colorFromFlags(item.flags, texel, shape)",
+        ("alpha of a bitmap", "shown = inShapeOf(texel, item.color)", "shown = item.color"),
+        ("highlighted shape", "colorFromFlags(item.flags, texel, shown)",
          "colorFromFlags(item.flags, texel, item.color)"),
     ),
     *changes(
@@ -257,6 +258,7 @@ MUTATIONS = [
     *changes(
         "sphere", "sphereCube.fragment", "gl_spheres gl_item_modes",
         ("mode of a texture", "color_mode == texture_color_mode", "color_mode == vertex_color_mode"),
+        ("highlighted shape", "inShapeOf(texel, item.color)", "item.color"),
         ("light", "item.is_lit != 0", "item.is_lit == 0"),
     ),
     *changes(
@@ -287,6 +289,7 @@ MUTATIONS = [
         "mesh", "mesh.fragment", "gl_shaders",
         ("mode of vertex colours", "color_mode == vertex_color_mode", "color_mode != vertex_color_mode"),
         ("mode of a texture", "color_mode == texture_color_mode", "color_mode != texture_color_mode"),
+        ("highlighted shape", "inShapeOf(texel, item.color)", "item.color"),
         ("filled back", "filled_texture_back == 0", "filled_texture_back == 1"),
         ("filled back unless told", "filled_texture_back = 0", "filled_texture_back = 1"),
         ("colour behind texels", "mix(item.color.rgb, texel.rgb, texel.a)", "mix(texel.rgb, item.color.rgb, texel.a)"),

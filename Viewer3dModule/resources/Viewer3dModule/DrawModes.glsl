@@ -60,6 +60,14 @@ vec4 colorFromFlags(int flags, vec4 own_color, vec4 highlight_color)
     return flags == item_highlited_flag ? highlight_color : own_color;
 }
 
+// A colour in the shape that a texture's alpha gives to what it covers. Highlighted items keep this shape in every
+// program: a leaf that is a picture with holes does not become a board when it is selected, and is not picked by its
+// holes then. The alpha of vertices is no shape, that of the selection colour takes its place.
+vec4 inShapeOf(vec4 texel, vec4 shown_color)
+{
+    return vec4(shown_color.rgb, shown_color.a * texel.a);
+}
+
 // What a fragment shows without light or texture: the colour of the vertices, if they have one, else the item's.
 #ifdef RX_USE_PER_VERTEX_COLOR
 #define PLAIN_COLOR colorFromFlags(item.flags, item.vertex_color, item.color)

@@ -32,30 +32,30 @@ uniform int filled_texture_back = 0; // 1: the item's colour shows behind transp
 //#include "shader:Viewer3dModule/gradient.fragment.glsl"
 #endif
 
-vec4 ownColor()
+// The colour of the surface itself, and that of a highlighted one.
+void chooseColors(out vec4 own_color, out vec4 highlight_color)
 {
+    own_color = item.color;
+    highlight_color = item.color;
 #ifdef RX_USE_PER_VERTEX_COLOR
-    if (item.color_mode == vertex_color_mode) return item.vertex_color;
+    if (item.color_mode == vertex_color_mode) own_color = item.vertex_color;
 #endif
 #ifdef RX_USE_PER_VERTEX_TEX_COORDS
     if (item.color_mode == texture_color_mode) {
         vec4 texel = texture(uTexture0, texture_coords);
-        if (filled_texture_back == 0) return texel;
-        return vec4(mix(item.color.rgb, texel.rgb, texel.a), mix(item.color.a, 1.0, texel.a));
+        if (filled_texture_back == 0) {
+            own_color = texel;
+            highlight_color = inShapeOf(texel, item.color);
+        } else {
+            own_color = vec4(mix(item.color.rgb, texel.rgb, texel.a), mix(item.color.a, 1.0, texel.a));
+        }
     }
 #endif
-    return item.color;
-}
-
-vec4 shownColor()
-{
-    vec4 own_color = ownColor();
 #ifdef RX_USE_PER_VERTEX_COLOR
 #ifdef RX_USE_ELEVATION_COLOR
     own_color = elevColor(item.vertex_color.r) * vec4(1.0, 1.0, 1.0, own_color.a);
 #endif
 #endif
-    return own_color;
 }
 
 vec3 litColor(vec3 surface_color)
@@ -73,6 +73,9 @@ vec3 litColor(vec3 surface_color)
 
 void main()
 {
-    vec4 surface = colorFromFlags(item.flags, shownColor(), item.color);
+    vec4 own_color;
+    vec4 highlight_color;
+    chooseColors(own_color, highlight_color);
+    vec4 surface = colorFromFlags(item.flags, own_color, highlight_color);
     write_item(vec4(litColor(surface.rgb), surface.a), item.id, item.index, vec4(0.0));
 }

@@ -16,8 +16,11 @@ uniform sampler2D uTexture0;
 
 void main()
 {
-    vec4 own_color = item.color_mode == texture_color_mode ? texture(uTexture0, texture_coords) : item.color;
-    vec4 surface = colorFromFlags(item.flags, own_color, item.color);
+    vec4 surface = item.color;
+    if (item.color_mode == texture_color_mode) {
+        vec4 texel = texture(uTexture0, texture_coords);
+        surface = colorFromFlags(item.flags, texel, inShapeOf(texel, item.color));
+    }
     vec3 shown = item.is_lit != 0 ? lightColor(surface.rgb) : surface.rgb;
     write_item(vec4(shown, surface.a), item.id, item.index, vec4(0.0));
 }

@@ -1,6 +1,5 @@
 #version 430 core
-// A texture as it is, or with RX_USE_TEXTURE_AS_BITMAP its alpha as a mask for the item's colour. A highlighted item
-// keeps the shape that its texture's alpha gives it.
+// A texture as it is, or with RX_USE_TEXTURE_AS_BITMAP its alpha as a mask for the item's colour.
 //#include "shader:Viewer3dModule/DrawModes.glsl"
 //#include "shader:Viewer3dModule/SelectionMode.glsl"
 
@@ -17,11 +16,9 @@ uniform sampler2D uTexture;
 void main()
 {
     vec4 texel = texture(uTexture, texture_coords);
-    vec4 shape = vec4(item.color.rgb, item.color.a * texel.a);
-#ifdef RX_USE_TEXTURE_AS_BITMAP
-    vec4 shown = shape;
-#else
-    vec4 shown = colorFromFlags(item.flags, texel, shape);
+    vec4 shown = inShapeOf(texel, item.color);
+#ifndef RX_USE_TEXTURE_AS_BITMAP
+    shown = colorFromFlags(item.flags, texel, shown);
 #endif
     write_item(shown, item.id, item.index, vec4(0.0));
 }

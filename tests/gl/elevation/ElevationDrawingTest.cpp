@@ -210,6 +210,10 @@ TEST_F(ElevationDrawingTest, MeshKeepsTheShapeOfItsTexture)
     draw(GL_TRIANGLE_STRIP, 4);
     expectRamp(20);
     EXPECT_TRUE(isUntouched(44, 32));
+    set("item_flags", ItemFlag::Highlighted);
+    draw(GL_TRIANGLE_STRIP, 4);
+    EXPECT_FALSE(isUntouched(20, 32));
+    EXPECT_TRUE(isUntouched(44, 32));
 }
 
 TEST_F(ElevationDrawingTest, MeshTakesTheAlphaOfItsVertexColours)

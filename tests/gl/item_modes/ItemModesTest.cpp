@@ -192,8 +192,8 @@ protected:
     {
         if (m_flags == -3) return glm::dvec4(0.0);
         if (m_flags == -2) {
-            // texture.fragment keeps the shape that the texture gives
-            const bool isShaped = is(Colors::Bitmap) || (is(Colors::Texture) && GetParam().colorMode == 0);
+            // the shape that a texture gives is kept
+            const bool isShaped = is(Colors::Bitmap) || is(Colors::Texture);
             return {glm::dvec3(selectionColor),
                     double(selectionColor.a) * (isShaped ? double(m_alpha) : 1.0)};
         }

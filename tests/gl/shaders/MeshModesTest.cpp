@@ -103,6 +103,7 @@ protected:
         if (modes.flags == -3) return glm::dvec4(0.0);
         const double across = (x + 0.5) / Size;
         glm::dvec4 own(m_item);
+        double shape = 1.0; // that a highlighted surface keeps
         if (modes.color == 1 && hasColors())
             own = (1.0 - across) * glm::dvec4(m_left) + across * glm::dvec4(m_right);
         if (modes.color == 2 && hasTexture()) {
@@ -114,9 +115,11 @@ protected:
             if (modes.filledBack != 0) // laid over the item's colour
                 shown = {glm::dvec3(m_item) + shown.a * (glm::dvec3(shown) - glm::dvec3(m_item)),
                          1.0 - (1.0 - shown.a) * (1.0 - double(m_item.a))};
+            else
+                shape = shown.a;
             own = shown;
         }
-        if (modes.flags == -2) own = m_selection;
+        if (modes.flags == -2) own = {glm::dvec3(m_selection), double(m_selection.a) * shape};
         glm::dvec3 ambient(1.0);
         glm::dvec3 diffuse(1.0);
         glm::dvec3 specular(1.0);

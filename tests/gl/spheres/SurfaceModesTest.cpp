@@ -78,6 +78,9 @@ TEST_P(SurfaceModesTest, HighlightedItemHasTheSelectionColour)
     showTexture(0xFF336699u);
     drawIn(Ordinal);
     EXPECT_EQ(pixel(X, Y), color(selectionColor));
+    showTexture(0x66336699u);
+    drawIn(Ordinal);
+    EXPECT_EQ(pixel(X, Y), QColor(255, 0, 204, 0x66)) << "in the shape that the texture gives";
     set("uWireMode", true);
     drawIn(Ordinal);
     EXPECT_EQ(pixel(X, Y), color(selectionColor));
