@@ -8,6 +8,11 @@
 
 #include <QtCore/QFileInfo>
 
+#include <cerrno>
+#include <cstring>
+
+#include <unistd.h>
+
 namespace {
 
 [[noreturn]] void refuse(const QString& path, const QString& reason)
@@ -57,13 +62,16 @@ void OutputFile::write(const char* bytes, qint64 count)
 
 void OutputFile::commit()
 {
-    if (!m_file.commit()) fail();
+    if (!m_file.flush() || !m_file.commit()) fail();
 }
 
 void OutputFile::fail(const QString& reason) const
 {
-    refuse(m_path,
-           m_file.error() == QFileDevice::NoError && !reason.isEmpty() ? reason : m_file.errorString());
+    if (m_file.error() == QFileDevice::NoError && !reason.isEmpty()) refuse(m_path, reason);
+    // Qt knows no reason of a write that ended in the middle; the next one tells it.
+    if (m_file.isOpen() && ::write(m_file.handle(), "", 1) < 0)
+        refuse(m_path, QString::fromLocal8Bit(std::strerror(errno)));
+    refuse(m_path, m_file.errorString());
 }
 
 void OutputFile::requireWritable(const QString& path)

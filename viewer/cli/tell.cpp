@@ -5,6 +5,7 @@
 #include <framework/ksp/CommonError.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 
@@ -27,6 +28,7 @@ void print(const QByteArray& text)
 
 void holdStandardStreams()
 {
+    std::signal(SIGXFSZ, SIG_IGN);
     // open() takes the lowest number that is free: the one that is missing
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
         if (fcntl(stream, F_GETFD) == -1)

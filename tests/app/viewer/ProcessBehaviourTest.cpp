@@ -105,6 +105,21 @@ TEST_F(ProcessBehaviour, BarOnATerminalAndNoneInAPipe)
     EXPECT_TRUE(process.readAllStandardOutput().contains("20000 triangles"));
 }
 
+TEST_F(ProcessBehaviour, BarTellsHowMuchOfAPictureIsThere)
+{
+    const QString file = write("field.obj", field(2));
+    TerminalProcess process;
+    process.start(program, {"render", file, "-o", path("wide.png"), "--size", "9000x100"});
+    ASSERT_TRUE(process.waitForFinished());
+    ASSERT_EQ(process.exitCode(), 0);
+    const QByteArray shown = process.terminalOutput();
+    EXPECT_TRUE(shown.contains("field.obj")) << shown.constData();
+    // five tiles, the first of which ends at 30 % + 70 % / 5
+    EXPECT_TRUE(shown.contains(" 44 %  wide.png")) << shown.constData();
+    EXPECT_TRUE(shown.contains("100 %  wide.png")) << shown.constData();
+    EXPECT_TRUE(shown.endsWith(" \r")) << "the bar is wiped at the end";
+}
+
 TEST_F(ProcessBehaviour, ControlCCancelsAndWritesNothing)
 {
     const QString file = write("field.obj", field(700));
@@ -122,7 +137,6 @@ TEST_F(ProcessBehaviour, ControlCCancelsAndWritesNothing)
     EXPECT_EQ(read("out.png"), "old");
 }
 
-// A frame of 100 million pixels takes the software driver seconds; nobody has to wait for it.
 TEST_F(ProcessBehaviour, WindowOpensWithTheFilesThatAreThere)
 {
     QProcess process;
@@ -144,23 +158,42 @@ TEST_F(ProcessBehaviour, RunScriptOpensNoWindowThatNobodySees)
     EXPECT_LT(run.seconds, 2.0);
 }
 
+// While it reads, draws and writes: a picture of 400 million pixels takes the software driver a minute.
 TEST_F(ProcessBehaviour, ControlCEndsTheDrawingOfALargePicture)
 {
     const QString file = write("field.obj", field(300));
-    QProcess process;
-    process.start(program, {"render", file, "-o", path("out.png"), "--size", "10000x10000"});
-    ASSERT_TRUE(process.waitForStarted());
-    QThread::msleep(900);
-    ASSERT_EQ(process.state(), QProcess::Running);
-    QElapsedTimer timer;
-    timer.start();
-    ::kill(static_cast<pid_t>(process.processId()), SIGINT);
-    ASSERT_TRUE(process.waitForFinished());
-    EXPECT_LT(timer.elapsed(), 500);
-    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
-    EXPECT_EQ(process.exitCode(), 1);
-    EXPECT_EQ(process.readAllStandardError(), "viewer3d: cancelled\n");
-    EXPECT_EQ(QDir(path(".")).entryList(QDir::Files), QStringList("field.obj"));
+    for (const unsigned long delay : {600, 1300, 2900}) {
+        QProcess process;
+        process.start(program, {"render", file, "-o", path("out.png"), "--size", "20000x20000"});
+        ASSERT_TRUE(process.waitForStarted());
+        QThread::msleep(delay);
+        ASSERT_EQ(process.state(), QProcess::Running);
+        QElapsedTimer timer;
+        timer.start();
+        ::kill(static_cast<pid_t>(process.processId()), SIGINT);
+        ASSERT_TRUE(process.waitForFinished());
+        EXPECT_LT(timer.elapsed(), 500);
+        EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+        EXPECT_EQ(process.exitCode(), 1);
+        EXPECT_EQ(process.readAllStandardError(), "viewer3d: cancelled\n");
+        EXPECT_EQ(QDir(path(".")).entryList(QDir::Files | QDir::Hidden), QStringList("field.obj"));
+    }
+}
+
+// Of a picture of 72 million pixels, which would be 288 MB.
+TEST_F(ProcessBehaviour, MemoryOfALargePictureIsThatOfABand)
+{
+    const QString file = write("field.obj", field(10));
+    const auto render = [&](const char* size) {
+        return peakMemory({"render", file, "-o", path("out.png"), "--size", size, "--view", "top"});
+    };
+    const double small = render("2048x1280"), large = render("6000x12000");
+    ASSERT_GT(small, 0.0);
+    ASSERT_GT(large, 0.0);
+    RecordProperty("megabytes", std::to_string((large - small) / 1e6));
+#ifndef __SANITIZE_ADDRESS__ // which keeps back what was freed
+    EXPECT_LT(large - small, 120e6);
+#endif
 }
 
 // Of what the program itself keeps; a software driver adds a copy of every triangle of a frame to it.
