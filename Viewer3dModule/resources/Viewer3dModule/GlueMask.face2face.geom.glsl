@@ -23,9 +23,9 @@ void main()
     double doubled_area = length(normal);
     if (!(doubled_area > 0.0lf)) return; // covers no pixel and has no plane
 
-    double distance = -dot(normal, corner) / doubled_area;
-    if (abs(distance) < least_distance) distance = least_distance;
-    vec3 plane = vec3(normal / doubled_area / distance);
+    double origin_distance = -dot(normal, corner) / doubled_area;
+    if (abs(origin_distance) < least_distance) origin_distance = least_distance;
+    vec3 plane = vec3(normal / doubled_area / origin_distance);
 
     int layer = isLayerWanted(glue_in[0].mask, face_flag) ? face_flag : raw_coords_flag;
     for (int i = 0; i < 3; ++i) {

@@ -5,9 +5,9 @@
 //     #define JET_DIMENSION 2
 //     (the include line of this file)
 //     ...
-//     Jet x = jet_variable(p.x, 0);
-//     Jet y = jet_variable(p.y, 1);
-//     Jet distance = jet_sqrt(jet_add(jet_multiply(x, x), jet_multiply(y, y)));
+//     Jet x = jetVariable(p.x, 0);
+//     Jet y = jetVariable(p.y, 1);
+//     Jet distance = jetSqrt(jetAdd(jetMultiply(x, x), jetMultiply(y, y)));
 //     // distance.a is the length; distance.v[0], distance.v[1] are its derivatives by x and y
 //
 // Where an operation has no derivative or no value, what comes out is told with it; nothing is checked.
@@ -23,7 +23,7 @@ struct Jet
 };
 
 // f(x) from its value and f'(x).
-Jet jet_of(float value, float slope, Jet x)
+Jet jetOf(float value, float slope, Jet x)
 {
     Jet result;
     result.a = value;
@@ -33,7 +33,7 @@ Jet jet_of(float value, float slope, Jet x)
 }
 
 // f(x, y) from its value and its derivatives by x and by y.
-Jet jet_of(float value, float slope_x, Jet x, float slope_y, Jet y)
+Jet jetOf(float value, float slope_x, Jet x, float slope_y, Jet y)
 {
     Jet result;
     result.a = value;
@@ -43,7 +43,7 @@ Jet jet_of(float value, float slope_x, Jet x, float slope_y, Jet y)
 }
 
 // A number that depends on no variable.
-Jet jet_constant(float value)
+Jet jetConstant(float value)
 {
     Jet result;
     result.a = value;
@@ -53,81 +53,81 @@ Jet jet_constant(float value)
 }
 
 // Variable number `index` itself, 0 <= index < JET_DIMENSION.
-Jet jet_variable(float value, int index)
+Jet jetVariable(float value, int index)
 {
-    Jet result = jet_constant(value);
+    Jet result = jetConstant(value);
     result.v[index] = 1.0;
     return result;
 }
 
 // (x + s)' = x'
-Jet jet_add(Jet x, float s)
+Jet jetAdd(Jet x, float s)
 {
-    return jet_of(x.a + s, 1.0, x);
+    return jetOf(x.a + s, 1.0, x);
 }
 
 // (x + y)' = x' + y'
-Jet jet_add(Jet x, Jet y)
+Jet jetAdd(Jet x, Jet y)
 {
-    return jet_of(x.a + y.a, 1.0, x, 1.0, y);
+    return jetOf(x.a + y.a, 1.0, x, 1.0, y);
 }
 
 // (x - s)' = x'
-Jet jet_subtract(Jet x, float s)
+Jet jetSubtract(Jet x, float s)
 {
-    return jet_of(x.a - s, 1.0, x);
+    return jetOf(x.a - s, 1.0, x);
 }
 
 // (x - y)' = x' - y'
-Jet jet_subtract(Jet x, Jet y)
+Jet jetSubtract(Jet x, Jet y)
 {
-    return jet_of(x.a - y.a, 1.0, x, -1.0, y);
+    return jetOf(x.a - y.a, 1.0, x, -1.0, y);
 }
 
 // (x s)' = x' s
-Jet jet_multiply(Jet x, float s)
+Jet jetMultiply(Jet x, float s)
 {
-    return jet_of(x.a * s, s, x);
+    return jetOf(x.a * s, s, x);
 }
 
 // (x y)' = x' y + x y'
-Jet jet_multiply(Jet x, Jet y)
+Jet jetMultiply(Jet x, Jet y)
 {
-    return jet_of(x.a * y.a, y.a, x, x.a, y);
+    return jetOf(x.a * y.a, y.a, x, x.a, y);
 }
 
 // (1 / x)' = -x' / x^2. At x = 0 nothing of the result means anything; where x^2 leaves the range of a float (|x| below
 // 1e-19 or above 1e19) the derivatives do not.
-Jet jet_inverse(Jet x)
+Jet jetInverse(Jet x)
 {
     float inverse = 1.0 / x.a;
-    return jet_of(inverse, -inverse * inverse, x);
+    return jetOf(inverse, -inverse * inverse, x);
 }
 
 // (x / y)' = (x' - y' x / y) / y. At y = 0 nothing of the result means anything.
-Jet jet_divide(Jet x, Jet y)
+Jet jetDivide(Jet x, Jet y)
 {
     float quotient = x.a / y.a;
     float inverse = 1.0 / y.a;
-    return jet_of(quotient, inverse, x, -quotient * inverse, y);
+    return jetOf(quotient, inverse, x, -quotient * inverse, y);
 }
 
 // sqrt(x)' = x' / (2 sqrt(x)). At x = 0 the value is 0 and the derivatives mean nothing, not even those by variables
 // that x does not depend on; below 0 the value does not either.
-Jet jet_sqrt(Jet x)
+Jet jetSqrt(Jet x)
 {
     float root = sqrt(x.a);
-    return jet_of(root, 0.5 / root, x);
+    return jetOf(root, 0.5 / root, x);
 }
 
 // sin(x)' = x' cos(x), x in radians
-Jet jet_sin(Jet x)
+Jet jetSin(Jet x)
 {
-    return jet_of(sin(x.a), cos(x.a), x);
+    return jetOf(sin(x.a), cos(x.a), x);
 }
 
 // cos(x)' = -x' sin(x), x in radians
-Jet jet_cos(Jet x)
+Jet jetCos(Jet x)
 {
-    return jet_of(cos(x.a), -sin(x.a), x);
+    return jetOf(cos(x.a), -sin(x.a), x);
 }

@@ -1,4 +1,6 @@
-// A plan in tiles, laid over what is drawn: planTextureColor(plan_coords). For fragment stages.
+// A plan in tiles, laid over what is drawn: planTextureColor(plan_coords). For fragment stages. Whoever draws gives
+// uTexturePlan a texture unit of its own also when no plan is shown: at first all samplers are at unit 0, and samplers
+// of two kinds at one unit, such as this one and a mesh's sampler2D, make each draw call an error.
 
 // From plan coordinates to columns (x) and rows (y) of tiles; the rest of the result means nothing.
 uniform mat4 uTexturePlanMatrix = mat4(1.0);
@@ -18,18 +20,18 @@ layout(std430, binding = 7) readonly buffer texture_plan_tree
 const int max_plan_depth = 8;
 
 // Nothing is what lies beyond the tree.
-int plan_number(int place)
+int planNumber(int place)
 {
     return place >= 0 && place < texture_plan_nodes.length() ? texture_plan_nodes[place] : 0;
 }
 
 // The child of a node for a quarter, 0 when there is none with a picture.
-int plan_child(int node, int quarter)
+int planChild(int node, int quarter)
 {
-    int child = plan_number(node);
+    int child = planNumber(node);
     for (int i = 0; i < quarter && child > 0; ++i)
-        child = plan_number(child + 1);
-    return child > 0 && plan_number(child + 2) > 0 ? child : 0;
+        child = planNumber(child + 1);
+    return child > 0 && planNumber(child + 2) > 0 ? child : 0;
 }
 
 // The plan at its finest picture, transparent black beside the tiles. Neighbouring fragments must all call it.
@@ -48,12 +50,12 @@ vec4 planTextureColor(vec3 plan_coords)
     int node = (tile.y * uTexturePlanCols + tile.x) * 3;
     for (int depth = 0; depth < max_plan_depth; ++depth) {
         ivec2 quarter = ivec2(2.0 * t);
-        int child = plan_child(node, quarter.y * 2 + quarter.x);
+        int child = planChild(node, quarter.y * 2 + quarter.x);
         if (child == 0) break;
         node = child;
         t = fract(2.0 * t);
         along_x *= 2.0;
         along_y *= 2.0;
     }
-    return textureGrad(uTexturePlan, vec3(t, float(plan_number(node + 2))), along_x, along_y);
+    return textureGrad(uTexturePlan, vec3(t, float(planNumber(node + 2))), along_x, along_y);
 }

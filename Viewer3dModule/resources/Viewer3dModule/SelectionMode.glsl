@@ -25,7 +25,7 @@ layout(std430, binding = 9) readonly buffer mask_selection_buffer
     int mask_selection_data[];
 };
 
-bool is_selected_by_mask(ivec2 pixel)
+bool isSelectedByMask(ivec2 pixel)
 {
     if (mask_selection_data[0] == 0) return true;
     int width = mask_selection_data[1];
@@ -42,20 +42,20 @@ void set_item_index(int offset)
 {
     if (any(lessThan(gl_FragCoord.xy, selection_rect.xy))) return;
     if (any(greaterThan(gl_FragCoord.xy, selection_rect.zw))) return;
-    if (!is_selected_by_mask(ivec2(gl_FragCoord.xy))) return;
+    if (!isSelectedByMask(ivec2(gl_FragCoord.xy))) return;
     int index = item_index + offset;
     if (index < 0 || index / 32 >= items_selection_data.length()) return;
     atomicOr(items_selection_data[index / 32], 1 << (index % 32));
 }
 
-vec4 bytes_of(uint word)
+vec4 bytesOf(uint word)
 {
     return unpackUnorm4x8(word);
 }
 
 // Writes one fragment of an item as the pass wants it. glue_coords is what the glue mask gets besides the id. Every
 // output is written in every mode, zero where the mode has nothing to say.
-void write_item(vec4 item_color, uvec2 item_id, int instance_index, vec4 glue_coords)
+void writeItem(vec4 item_color, uvec2 item_id, int instance_index, vec4 glue_coords)
 {
     color = vec4(0.0);
     item_id_low = vec4(0.0);
@@ -70,11 +70,11 @@ void write_item(vec4 item_color, uvec2 item_id, int instance_index, vec4 glue_co
     } else {
         if (draw_mode == selection_mask_draw) {
             if (item_color.a < 0.5) discard;
-            color = bytes_of(floatBitsToUint(gl_FragCoord.z));
+            color = bytesOf(floatBitsToUint(gl_FragCoord.z));
         } else {
             coords_w = glue_coords;
         }
-        item_id_low = bytes_of(item_id.x);
-        item_id_hi = bytes_of(item_id.y);
+        item_id_low = bytesOf(item_id.x);
+        item_id_hi = bytesOf(item_id.y);
     }
 }

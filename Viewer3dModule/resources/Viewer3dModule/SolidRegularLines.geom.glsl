@@ -76,15 +76,15 @@ vec3 directionOr(vec3 v, vec3 otherwise)
 // Rotates the frame about the path until its z is the up vector as seen along the path.
 vec4 sectionRotation(vec3 tangent)
 {
-    vec4 rotation = quaternion_between(vec3(0.0, 1.0, 0.0), tangent);
+    vec4 rotation = quaternionBetween(vec3(0.0, 1.0, 0.0), tangent);
     vec3 up = up_vector - tangent * dot(up_vector, tangent);
     if (length(up) <= 1.0e-3 * length(up_vector))
         up = reserved_up_vector - tangent * dot(reserved_up_vector, tangent);
-    vec3 current = quaternion_rotate(rotation, vec3(0.0, 0.0, 1.0));
+    vec3 current = quaternionRotate(rotation, vec3(0.0, 0.0, 1.0));
     float sine = dot(cross(current, up), tangent);
     float cosine = dot(current, up);
     if (sine == 0.0 && cosine == 0.0) return rotation;
-    return quaternion_multiply(quaternion_from_axis_angle(tangent, atan(sine, cosine)), rotation);
+    return quaternionMultiply(quaternionFromAxisAngle(tangent, atan(sine, cosine)), rotation);
 }
 
 Joint jointAt(vec3 before, vec3 at, vec3 after)
@@ -103,7 +103,7 @@ Joint jointAt(vec3 before, vec3 at, vec3 after)
 
 vec3 fromSection(Joint joint, vec2 v, float stretch)
 {
-    vec3 arm = quaternion_rotate(joint.rotation, vec3(v.x, 0.0, v.y));
+    vec3 arm = quaternionRotate(joint.rotation, vec3(v.x, 0.0, v.y));
     return arm + joint.bend * (dot(arm, joint.bend) * (stretch - 1.0));
 }
 

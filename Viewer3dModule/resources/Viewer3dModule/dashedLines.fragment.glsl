@@ -53,5 +53,5 @@ void main()
     shown = colorFromFlags(item.flags, own_color, item.color);
 #endif
 #endif
-    write_item(shown, item.id, 0, vec4(0.0));
+    writeItem(shown, item.id, item.index, vec4(0.0));
 }

@@ -12,46 +12,46 @@ uniform float levelStep = 0.0;
 uniform bool levelStepDiscreteMode = false;
 
 // In both: 0 <= level < levelCount.
-vec4 color_of_level(int level)
+vec4 colorOfLevel(int level)
 {
     return unpackUnorm4x8(colorLevels[level / 4][level % 4]);
 }
 
-float height_of_level(int level)
+float heightOfLevel(int level)
 {
     return elevLevels[level / 4][level % 4];
 }
 
 // t counts steps from the first level and is cut towards zero: the first colour reaches one step down as well. Beyond
 // what an int holds t stays at its end.
-vec4 repeated_level_color(float t, int count)
+vec4 repeatedLevelColor(float t, int count)
 {
     int i = int(clamp(t, -2147483648.0, 2147483520.0));
     // % is told for operands that are not negative only; ~i is -1 - i, which is not when i is
-    return color_of_level(i < 0 ? count - 1 - ~i % count : i % count);
+    return colorOfLevel(i < 0 ? count - 1 - ~i % count : i % count);
 }
 
-vec4 stepped_level_color(float t, int count)
+vec4 steppedLevelColor(float t, int count)
 {
-    if (!(t >= 0.0)) return color_of_level(0);
+    if (!(t >= 0.0)) return colorOfLevel(0);
     int last = count - 1;
-    if (t >= float(last)) return color_of_level(last);
+    if (t >= float(last)) return colorOfLevel(last);
     int i = int(t);
-    return mix(color_of_level(i), color_of_level(i + 1), t - float(i));
+    return mix(colorOfLevel(i), colorOfLevel(i + 1), t - float(i));
 }
 
 // Between the first level that is not below z and the one before.
-vec4 free_level_color(float z, int count)
+vec4 freeLevelColor(float z, int count)
 {
     for (int i = 0; i < count; ++i) {
-        float upper = height_of_level(i);
+        float upper = heightOfLevel(i);
         if (z <= upper) {
-            if (i == 0) return color_of_level(0);
-            float lower = height_of_level(i - 1);
-            return mix(color_of_level(i - 1), color_of_level(i), (z - lower) / (upper - lower));
+            if (i == 0) return colorOfLevel(0);
+            float lower = heightOfLevel(i - 1);
+            return mix(colorOfLevel(i - 1), colorOfLevel(i), (z - lower) / (upper - lower));
         }
     }
-    return color_of_level(count - 1);
+    return colorOfLevel(count - 1);
 }
 
 // The colour of the height z, in the unit of the levels. Transparent black without levels, and for what is no number.
@@ -59,8 +59,8 @@ vec4 elevColor(float z)
 {
     int count = min(levelCount, max_color_levels);
     if (count <= 0 || isnan(z)) return vec4(0.0);
-    if (!(levelStep > 0.0)) return free_level_color(z, count);
-    float first = height_of_level(0);
-    if (levelStepDiscreteMode) return repeated_level_color((z - first) / levelStep, count);
-    return stepped_level_color((min(z, height_of_level(count - 1)) - first) / levelStep, count);
+    if (!(levelStep > 0.0)) return freeLevelColor(z, count);
+    float first = heightOfLevel(0);
+    if (levelStepDiscreteMode) return repeatedLevelColor((z - first) / levelStep, count);
+    return steppedLevelColor((min(z, heightOfLevel(count - 1)) - first) / levelStep, count);
 }

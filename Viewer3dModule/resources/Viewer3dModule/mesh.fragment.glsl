@@ -12,6 +12,8 @@ in Item
 }
 item;
 
+// These and filled_texture_back are read here and not handed on with the item: they are the same for nearly all items,
+// and what costs a frame is a uniform of the fragment stage that changes from item to item.
 // 1: the colour is multiplied by the material's, one for each term of the light; without light by the diffuse one.
 uniform int uMaterialMode = 0;
 uniform vec3 uMaterialAmbient = vec3(1.0, 1.0, 1.0);
@@ -77,5 +79,5 @@ void main()
     vec4 highlight_color;
     chooseColors(own_color, highlight_color);
     vec4 surface = colorFromFlags(item.flags, own_color, highlight_color);
-    write_item(vec4(litColor(surface.rgb), surface.a), item.id, item.index, vec4(0.0));
+    writeItem(vec4(litColor(surface.rgb), surface.a), item.id, item.index, vec4(0.0));
 }

@@ -24,5 +24,5 @@ void main()
     shown = colorFromFlags(item.flags, own_color, item.color);
 #endif
 #endif
-    write_item(shown, item.id, item.index, bytes_of(~uint(point_item_flag)));
+    writeItem(shown, item.id, item.index, bytesOf(~uint(point_item_flag)));
 }

@@ -26,5 +26,5 @@ bool isInPoint()
 void main()
 {
     if (!isInPoint()) discard;
-    write_item(PLAIN_COLOR, item.id, item.index, bytes_of(~uint(point_item_flag)));
+    writeItem(PLAIN_COLOR, item.id, item.index, bytesOf(~uint(point_item_flag)));
 }

@@ -60,31 +60,31 @@ const std::vector<Operation>& operations()
     const auto zero = [](double, double, double) { return 0.0; };
     const auto one = [](double, double, double) { return 1.0; };
     static const std::vector<Operation> all = {
-        {"jet + number", "jet_add(x, s)", [](double x, double, double s) { return x + s; }, one, zero},
-        {"jet + jet", "jet_add(x, y)", [](double x, double y, double) { return x + y; }, one, one},
-        {"jet - number", "jet_subtract(x, s)", [](double x, double, double s) { return x - s; }, one, zero},
-        {"jet - jet", "jet_subtract(x, y)", [](double x, double y, double) { return x - y; }, one,
+        {"jet + number", "jetAdd(x, s)", [](double x, double, double s) { return x + s; }, one, zero},
+        {"jet + jet", "jetAdd(x, y)", [](double x, double y, double) { return x + y; }, one, one},
+        {"jet - number", "jetSubtract(x, s)", [](double x, double, double s) { return x - s; }, one, zero},
+        {"jet - jet", "jetSubtract(x, y)", [](double x, double y, double) { return x - y; }, one,
          [](double, double, double) { return -1.0; }},
-        {"jet * number", "jet_multiply(x, s)", [](double x, double, double s) { return x * s; },
+        {"jet * number", "jetMultiply(x, s)", [](double x, double, double s) { return x * s; },
          [](double, double, double s) { return s; }, zero},
-        {"jet * jet", "jet_multiply(x, y)", [](double x, double y, double) { return x * y; },
+        {"jet * jet", "jetMultiply(x, y)", [](double x, double y, double) { return x * y; },
          [](double, double y, double) { return y; }, [](double x, double, double) { return x; }},
-        {"1 / jet", "jet_inverse(x)", [](double x, double, double) { return 1.0 / x; },
+        {"1 / jet", "jetInverse(x)", [](double x, double, double) { return 1.0 / x; },
          [](double x, double, double) { return -1.0 / (x * x); }, zero},
-        {"jet / jet", "jet_divide(x, y)", [](double x, double y, double) { return x / y; },
+        {"jet / jet", "jetDivide(x, y)", [](double x, double y, double) { return x / y; },
          [](double, double y, double) { return 1.0 / y; },
          [](double x, double y, double) { return -x / (y * y); }},
-        {"sqrt", "jet_sqrt(x)", [](double x, double, double) { return sqrt(x); },
+        {"sqrt", "jetSqrt(x)", [](double x, double, double) { return sqrt(x); },
          [](double x, double, double) { return 0.5 / sqrt(x); }, zero, true},
-        {"sin", "jet_sin(x)", [](double x, double, double) { return sin(x); },
+        {"sin", "jetSin(x)", [](double x, double, double) { return sin(x); },
          [](double x, double, double) { return cos(x); }, zero},
-        {"cos", "jet_cos(x)", [](double x, double, double) { return cos(x); },
+        {"cos", "jetCos(x)", [](double x, double, double) { return cos(x); },
          [](double x, double, double) { return -sin(x); }, zero},
-        {"constant", "jet_constant(s)", [](double, double, double s) { return s; }, zero, zero},
+        {"constant", "jetConstant(s)", [](double, double, double s) { return s; }, zero, zero},
         // sqrt(x^2 + y^2) sin(x) / (y + s) - cos(1 / y), term by term
         {"all together",
-         "jet_subtract(jet_divide(jet_multiply(jet_sqrt(jet_add(jet_multiply(x, x), jet_multiply(y, y))), "
-         "jet_sin(x)), jet_add(y, s)), jet_cos(jet_inverse(y)))",
+         "jetSubtract(jetDivide(jetMultiply(jetSqrt(jetAdd(jetMultiply(x, x), jetMultiply(y, y))), "
+         "jetSin(x)), jetAdd(y, s)), jetCos(jetInverse(y)))",
          [](double x, double y, double s) { return sqrt(x * x + y * y) * sin(x) / (y + s) - cos(1.0 / y); },
          [](double x, double y, double s) {
              const double r = sqrt(x * x + y * y);
@@ -184,7 +184,7 @@ TEST_F(JetTest, VariablesDependOnThemselvesOnly)
     std::vector<Case> cases(Dimension);
     for (std::size_t i = 0; i < Dimension; ++i)
         cases[i].s = 5.0f + static_cast<float>(i);
-    useExpressions({"jet_variable(s, int(s) - 5)", "x"});
+    useExpressions({"jetVariable(s, int(s) - 5)", "x"});
     const auto found = evaluateCases(cases);
     for (std::size_t i = 0; i < Dimension; ++i) {
         EXPECT_EQ(found[i].a, cases[i].s);
@@ -195,7 +195,7 @@ TEST_F(JetTest, VariablesDependOnThemselvesOnly)
 
 TEST_F(JetTest, TheRootOfZeroIsZero)
 {
-    useExpressions({"jet_sqrt(x)", "x"});
+    useExpressions({"jetSqrt(x)", "x"});
     const auto found = evaluateCases({Case{}});
     EXPECT_EQ(found[0].a, 0.0f);
 }
@@ -205,7 +205,7 @@ TEST_F(JetTest, SmallAndLargeNumbersKeepTheirDerivatives)
     std::vector<Case> cases(2);
     cases[0].x = {1e-18f, {1e-6f, 0.0f, 0.0f}};
     cases[1].x = {1e18f, {1e3f, 0.0f, 0.0f}};
-    useExpressions({"jet_inverse(x)", "jet_sqrt(x)"});
+    useExpressions({"jetInverse(x)", "jetSqrt(x)"});
     const auto inverse = evaluateCases(cases, 0);
     EXPECT_NEAR(double(inverse[0].v[0]) / -1e30, 1.0, 1e-5);
     EXPECT_NEAR(double(inverse[1].v[0]) / -1e-33, 1.0, 1e-5);
@@ -219,8 +219,8 @@ TEST_F(JetTest, TheStageChoosesTheDimension)
     const QByteArray rest = "layout(std430, binding = 0) writeonly buffer case_results { vec2 results[]; };\n"
                             "void evaluate(int i)\n"
                             "{\n"
-                            "    Jet x = jet_variable(3.0, JET_DIMENSION - 1);\n"
-                            "    Jet square = jet_multiply(x, x);\n"
+                            "    Jet x = jetVariable(3.0, JET_DIMENSION - 1);\n"
+                            "    Jet square = jetMultiply(x, x);\n"
                             "    float sum = 0.0;\n"
                             "    for (int k = 0; k < JET_DIMENSION; ++k)\n"
                             "        sum += float(k + 1) * square.v[k];\n"

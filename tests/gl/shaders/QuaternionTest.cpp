@@ -109,7 +109,7 @@ protected:
     /// Checks the rotations between the directions of all cases: they take one to the other.
     double worstBetween()
     {
-        const std::vector<glm::vec4> results = evaluate("quaternion_between(a.xyz, b.xyz)");
+        const std::vector<glm::vec4> results = evaluate("quaternionBetween(a.xyz, b.xyz)");
         double worst = 0.0;
         for (std::size_t i = 0; i < results.size(); ++i) {
             const Quaternion q(results[i]);
@@ -136,14 +136,14 @@ TEST_F(QuaternionTest, AxisAndAngleMakeAQuaternion)
 {
     for (std::size_t i = 0; i < Cases; ++i)
         add({direction(), number(-7.0, 7.0)}, {});
-    const std::vector<glm::vec4> results = evaluate("quaternion_from_axis_angle(a.xyz, a.w)");
+    const std::vector<glm::vec4> results = evaluate("quaternionFromAxisAngle(a.xyz, a.w)");
     double worst = 0.0;
     for (std::size_t i = 0; i < Cases; ++i) {
         const double half = a(i).w / 2.0;
         const Quaternion expected(Vector(a(i)) * std::sin(half), std::cos(half));
         worst = std::max(worst, largest(Quaternion(results[i]) - expected));
     }
-    expectWithin("quaternion_from_axis_angle", Cases, worst, 1e-6);
+    expectWithin("quaternionFromAxisAngle", Cases, worst, 1e-6);
 }
 
 TEST_F(QuaternionTest, RotationIsCounterClockwiseSeenAgainstTheAxis)
@@ -151,17 +151,17 @@ TEST_F(QuaternionTest, RotationIsCounterClockwiseSeenAgainstTheAxis)
     for (std::size_t i = 0; i < Cases; ++i)
         add({direction(), number(-7.0, 7.0)}, {direction() * number(0.0, 2.0), 0.0});
     const std::vector<glm::vec4> results =
-        evaluate("quaternion_rotate(quaternion_from_axis_angle(a.xyz, a.w), b.xyz), 0.0");
+        evaluate("quaternionRotate(quaternionFromAxisAngle(a.xyz, a.w), b.xyz), 0.0");
     double worst = 0.0;
     for (std::size_t i = 0; i < Cases; ++i) {
         const Vector expected = rotationAbout(Vector(a(i)), a(i).w) * Vector(b(i));
         worst = std::max(worst, glm::length(Vector(results[i]) - expected));
     }
-    expectWithin("quaternion_rotate about an axis", Cases, worst, 3e-6);
+    expectWithin("quaternionRotate about an axis", Cases, worst, 3e-6);
 
     add({0, 0, 1, pi / 2.0}, {1, 0, 0, 0});
     const glm::vec4 turned =
-        evaluate("quaternion_rotate(quaternion_from_axis_angle(a.xyz, a.w), b.xyz), 0.0").back();
+        evaluate("quaternionRotate(quaternionFromAxisAngle(a.xyz, a.w), b.xyz), 0.0").back();
     EXPECT_LT(largest(glm::dvec4(turned) - glm::dvec4(0, 1, 0, 0)), 1e-6) << "x turns to y about z";
 }
 
@@ -169,18 +169,18 @@ TEST_F(QuaternionTest, QuaternionRotatesAsItsMatrix)
 {
     for (std::size_t i = 0; i < Cases; ++i)
         add(quaternion(), {direction() * number(0.0, 2.0), 0.0});
-    const std::vector<glm::vec4> results = evaluate("quaternion_rotate(a, b.xyz), 0.0");
+    const std::vector<glm::vec4> results = evaluate("quaternionRotate(a, b.xyz), 0.0");
     double worst = 0.0;
     for (std::size_t i = 0; i < Cases; ++i)
         worst = std::max(worst, glm::length(Vector(results[i]) - matrixOf(a(i)) * Vector(b(i))));
-    expectWithin("quaternion_rotate", Cases, worst, 3e-6);
+    expectWithin("quaternionRotate", Cases, worst, 3e-6);
 }
 
 TEST_F(QuaternionTest, ProductFollowsTheTableOfUnits)
 {
     for (std::size_t i = 0; i < Cases; ++i)
         add(quaternion(), quaternion());
-    const std::vector<glm::vec4> results = evaluate("quaternion_multiply(a, b)");
+    const std::vector<glm::vec4> results = evaluate("quaternionMultiply(a, b)");
     // products of the units x, y, z and 1: which one they are, and its sign
     const int unit[4][4] = {{3, 2, 1, 0}, {2, 3, 0, 1}, {1, 0, 3, 2}, {0, 1, 2, 3}};
     const int sign[4][4] = {{-1, 1, -1, 1}, {-1, -1, 1, 1}, {1, -1, -1, 1}, {1, 1, 1, 1}};
@@ -192,21 +192,21 @@ TEST_F(QuaternionTest, ProductFollowsTheTableOfUnits)
                 expected[unit[m][n]] += sign[m][n] * a(i)[m] * b(i)[n];
         worst = std::max(worst, largest(Quaternion(results[i]) - expected));
     }
-    expectWithin("quaternion_multiply", Cases, worst, 1e-6);
+    expectWithin("quaternionMultiply", Cases, worst, 1e-6);
 }
 
 TEST_F(QuaternionTest, ProductTurnsByTheSecondFirst)
 {
     for (std::size_t i = 0; i < Cases; ++i)
         add(quaternion(), quaternion());
-    const std::vector<glm::vec4> results = evaluate("quaternion_multiply(a, b)");
+    const std::vector<glm::vec4> results = evaluate("quaternionMultiply(a, b)");
     double worst = 0.0;
     for (std::size_t i = 0; i < Cases; ++i) {
         const Vector v = direction();
         const Vector expected = matrixOf(a(i)) * (matrixOf(b(i)) * v);
         worst = std::max(worst, glm::length(matrixOf(Quaternion(results[i])) * v - expected));
     }
-    expectWithin("quaternion_multiply as rotations", Cases, worst, 3e-6);
+    expectWithin("quaternionMultiply as rotations", Cases, worst, 3e-6);
 }
 
 TEST_F(QuaternionTest, ShortestRotationBetweenDirections)
@@ -218,8 +218,8 @@ TEST_F(QuaternionTest, ShortestRotationBetweenDirections)
             to = -to; // directions that are nearly opposite have a test of their own
         add({from, 0}, {to, 0});
     }
-    expectWithin("quaternion_between", Cases, worstBetween(), 3e-6);
-    const std::vector<glm::vec4> results = evaluate("quaternion_between(a.xyz, b.xyz)");
+    expectWithin("quaternionBetween", Cases, worstBetween(), 3e-6);
+    const std::vector<glm::vec4> results = evaluate("quaternionBetween(a.xyz, b.xyz)");
     double worst = 0.0;
     for (std::size_t i = 0; i < Cases; ++i) {
         const Vector from(a(i));
@@ -228,7 +228,7 @@ TEST_F(QuaternionTest, ShortestRotationBetweenDirections)
         const double half = std::atan2(glm::length(glm::cross(from, to)), glm::dot(from, to)) / 2.0;
         worst = std::max(worst, std::fabs(double(results[i].w) - std::cos(half)));
     }
-    expectWithin("quaternion_between, its angle", Cases, worst, 3e-6);
+    expectWithin("quaternionBetween, its angle", Cases, worst, 3e-6);
 }
 
 // The nearer to opposite, the less the plane of the rotation is known; that it takes one direction to the
@@ -244,7 +244,7 @@ TEST_F(QuaternionTest, RotationBetweenNearlyOppositeDirections)
     }
     for (const Vector& from : {Vector(1, 0, 0), Vector(0, 1, 0), Vector(0, 0, 1), Vector(0.6, -0.8, 0)})
         add({from, 0}, {-from, 0});
-    expectWithin("quaternion_between, nearly opposite", Cases + 4, worstBetween(), 3e-6);
+    expectWithin("quaternionBetween, nearly opposite", Cases + 4, worstBetween(), 3e-6);
 }
 
 TEST_F(QuaternionTest, RotationBetweenTheSameDirectionsIsNone)
@@ -253,7 +253,7 @@ TEST_F(QuaternionTest, RotationBetweenTheSameDirectionsIsNone)
         const Vector v = direction();
         add({v, 0}, {v, 0});
     }
-    for (const glm::vec4& q : evaluate("quaternion_between(a.xyz, b.xyz)"))
+    for (const glm::vec4& q : evaluate("quaternionBetween(a.xyz, b.xyz)"))
         EXPECT_LT(largest(Quaternion(q) - Quaternion(0, 0, 0, 1)), 1e-6);
 }
 
