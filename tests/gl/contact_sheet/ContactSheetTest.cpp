@@ -31,13 +31,14 @@ protected:
 };
 
 // To take over a sheet that is meant to be another: copy test-output/shaders.png of the build folder to the
-// documents, having looked at it.
+// documents, having looked at it. A run on a second driver, which may go on beside that on the usual one,
+// leaves no sheet.
 TEST_F(ContactSheetTest, DocumentsShowWhatTheProgramsDraw)
 {
     const std::vector<Strip> strips = allStrips();
     const SheetLayout layout(strips, CellSize);
     const QImage sheet = layout.compose(legend());
-    saveTestImage("shaders", sheet);
+    if (qEnvironmentVariableIsEmpty("V3D_RENDERER")) saveTestImage("shaders", sheet);
 
     const QString path = QStringLiteral(V3D_SOURCE_DIR "/docs/images/shaders.png");
     const QImage shown(path);
