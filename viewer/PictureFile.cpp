@@ -1,21 +1,8 @@
 #include <viewer/PictureFile.h>
 
-#include <viewer/InputFiles.h>
 #include <viewer/OutputFile.h>
 #include <viewer/PngWriter.h>
 #include <viewer/copyPixels.h>
-
-#include <framework/ksp/CommonError.h>
-
-void PictureFile::requireWritable(const QString& path)
-{
-    OutputFile::requireWritable(path);
-}
-
-void PictureFile::requireNoInput(const QString& path, const QStringList& inputs)
-{
-    OutputFile::requireNoInput(path, InputFiles(inputs));
-}
 
 void PictureFile::write(const QString& path, const QImage& image)
 {

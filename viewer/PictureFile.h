@@ -2,7 +2,7 @@
 
 #include <viewer/PicturePainter.h>
 
-#include <QtCore/QStringList>
+#include <QtCore/QString>
 #include <QtGui/QImage>
 
 #include <functional>
@@ -13,11 +13,6 @@ class OutputFile;
 /// the file's name; a file that was there is then as it was.
 namespace PictureFile {
 
-/// Throws when a file of this name cannot be written, so that nobody waits for a picture in vain: tries it,
-/// and leaves nothing behind.
-void requireWritable(const QString& path);
-/// Throws when the file is one of the inputs or one that they name, such as a texture.
-void requireNoInput(const QString& path, const QStringList& inputs);
 /// Writes the picture, in place of a regular file or where nothing is.
 void write(const QString& path, const QImage& image);
 

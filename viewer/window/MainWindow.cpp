@@ -3,6 +3,8 @@
 #include <viewer/ElementSummary.h>
 #include <viewer/FileOpener.h>
 #include <viewer/Host.h>
+#include <viewer/InputFiles.h>
+#include <viewer/OutputFile.h>
 #include <viewer/PictureFile.h>
 #include <viewer/elements/ElementTypes.h>
 #include <viewer/elements/ViewpointElement.h>
@@ -240,7 +242,8 @@ bool MainWindow::saveProject(const QString& path)
 bool MainWindow::savePicture(const QString& path)
 {
     return logged([&] {
-        PictureFile::requireNoInput(path, FileOpener(m_host, *m_project, m_scene.get()).getMeshFiles());
+        OutputFile::requireNoInput(path,
+                                   InputFiles(FileOpener(m_host, *m_project, m_scene.get()).getMeshFiles()));
         PictureFile::write(path, m_view->picture());
     });
 }
