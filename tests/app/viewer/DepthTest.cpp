@@ -674,11 +674,12 @@ TEST_F(Depth, FullDiskLeavesEverythingAsItWas)
 TEST_F(Depth, ControlCEndsWithinASecondAndLeavesNothing)
 {
     const QString file = write("sphere.ply", sphere(faraway, 5.0, 300));
-    for (const int delay : {500, 1000, 1500}) {
+    for (const int delay : {200, 700, 1200}) {
         QProcess process;
         process.start(viewerProgram(), {"depth", file, "-o", path("map.pfm"), "--preview", path("map.png"),
                                         "--json", path("map.json"), "--size", "20000x20000"});
         ASSERT_TRUE(process.waitForStarted());
+        ASSERT_TRUE(waitForWork(process));
         QThread::msleep(static_cast<unsigned long>(delay));
         ASSERT_EQ(process.state(), QProcess::Running);
         QElapsedTimer timer;

@@ -3,6 +3,9 @@
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QFile>
 #include <QtCore/QProcess>
+#include <QtCore/QThread>
+
+#include <csignal>
 
 QStringList ViewerRun::errorLines() const
 {
@@ -40,6 +43,20 @@ ViewerRun runProgram(const QString& program, const QStringList& arguments, const
     run.out = process.readAllStandardOutput();
     run.error = process.readAllStandardError();
     return run;
+}
+
+bool waitForWork(const QProcess& process)
+{
+    constexpr quint64 interrupt = 1u << (SIGINT - 1); // in the mask of the signals that are caught
+    for (int i = 0; i < 3000; ++i) {
+        QFile status(QStringLiteral("/proc/%1/status").arg(process.processId()));
+        if (!status.open(QIODevice::ReadOnly)) return false;
+        for (const QByteArray& line : status.readAll().split('\n'))
+            if (line.startsWith("SigCgt:") && line.mid(7).trimmed().toULongLong(nullptr, 16) & interrupt)
+                return true;
+        QThread::msleep(10);
+    }
+    return false;
 }
 
 QStringList sampleFiles()

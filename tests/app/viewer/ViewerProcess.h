@@ -9,6 +9,8 @@
 
 #include <map>
 
+class QProcess;
+
 /// What the program viewer3d did with its arguments.
 struct ViewerRun
 {
@@ -31,6 +33,10 @@ ViewerRun runProgram(const QString& program, const QStringList& arguments,
                      const Environment& environment = {});
 /// The built program.
 QString viewerProgram();
+
+/// Waits until a process that was started answers Ctrl-C by itself, as it does from when its work begins,
+/// half a minute at most; until then the system ends it, without a word. False when it ended or never did.
+bool waitForWork(const QProcess& process);
 
 /// The files of the sample project, in the order in which the README opens them.
 QStringList sampleFiles();

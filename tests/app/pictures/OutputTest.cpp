@@ -1,4 +1,4 @@
-#include "ViewerProcess.h"
+#include "../viewer/ViewerProcess.h"
 
 #include <viewer/OutputFile.h>
 #include <viewer/UnfinishedFiles.h>

@@ -1,4 +1,4 @@
-#include "ViewerProcess.h"
+#include "../viewer/ViewerProcess.h"
 
 #include "../../support/GlDebug.h"
 #include "../../support/ImageCheck.h"
