@@ -16,6 +16,7 @@ Drawable3dItem::Drawable3dItem(Drawable3dItem&& other) noexcept
     , m_drawerIndex(std::exchange(other.m_drawerIndex, -1))
     , m_visible(other.m_visible)
     , m_drawsOpaque(other.m_drawsOpaque)
+    , m_isSolid(other.m_isSolid)
     , m_pixelReach(other.m_pixelReach)
 {
     if (m_drawer) m_drawer->replaceItem(m_drawerIndex, this);

@@ -68,6 +68,11 @@ public:
     /// area that holds its box. False at first.
     bool drawsOpaque() const { return m_drawsOpaque; }
     void setDrawsOpaque(bool opaque) { m_drawsOpaque = opaque; }
+    /// Whether the item promises that none of its fragments is left out for its colour: unless it is
+    /// highlighted, no alpha of its parts, vertices and texels is 0. A pass for depths alone draws it without
+    /// looking at colours. False at first.
+    bool isSolid() const { return m_isSolid; }
+    void setSolid(bool solid) { m_isSolid = solid; }
 
 protected:
     friend class Scene3d;
@@ -90,6 +95,7 @@ private:
     int m_drawerIndex = -1;
     bool m_visible = true;
     bool m_drawsOpaque = false;
+    bool m_isSolid = false;
     float m_pixelReach = 32.0f; // pens and points up to 64 pixels wide
 
     // Found at the first call and kept.

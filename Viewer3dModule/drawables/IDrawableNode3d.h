@@ -44,4 +44,6 @@ public:
     virtual int getVertexCount() const { return 0; }
     /// Draws points of this size from now on, in pixels, above 0; nothing by default.
     virtual void setPointSize(float) {}
+    /// Whether nothing of the node is left out for its colour, see Drawable3dItem::isSolid.
+    virtual bool isSolid() const { return false; }
 };

@@ -80,6 +80,31 @@ gmx::BoundingBox boundsOf(const MeshData& data)
     return bounds;
 }
 
+bool isSolidPart(const MeshData& data, const MeshData::Part& part, bool haveVerticesSolidColors)
+{
+    const bool hasImage = !data.texCoords.empty() && part.image >= 0 &&
+                          static_cast<std::size_t>(part.image) < data.images.size() &&
+                          !data.images[static_cast<std::size_t>(part.image)].isNull();
+    // An image that the driver does not take leaves the other colours to be seen.
+    const bool isImageSolid =
+        !hasImage || !data.images[static_cast<std::size_t>(part.image)].hasAlphaChannel();
+    const bool isColorSolid = !part.color.isValid() || part.color.alpha() != 0;
+    return isImageSolid && haveVerticesSolidColors && isColorSolid;
+}
+
+// Whatever of the colours a program shows.
+bool isSolidMesh(const MeshData& data)
+{
+    // bytes red, green, blue, alpha in memory order
+    const bool haveVerticesSolidColors =
+        std::none_of(data.colors.begin(), data.colors.end(), [](const std::uint32_t& color) {
+            return reinterpret_cast<const unsigned char*>(&color)[3] == 0;
+        });
+    return std::all_of(data.parts.begin(), data.parts.end(), [&](const MeshData::Part& part) {
+        return isSolidPart(data, part, haveVerticesSolidColors);
+    });
+}
+
 Drawable3dPrimitive::GeometryInfo geometryInfoOf(const MeshData& data)
 {
     Drawable3dPrimitive::GeometryInfo info;
@@ -157,6 +182,7 @@ struct MeshNode3d::Private
     std::size_t vertexCount = 0; // without the copies for normals, which come after them
     gmx::BoundingBox bounds;
     Drawable3dPrimitive::GeometryInfo info;
+    bool isSolid = false;
 
     bool isUploaded = false;
     GlBuffer positions;
@@ -175,6 +201,7 @@ MeshNode3d::Private::Private(MeshData meshData)
     vertexCount = data.positions.size();
     completeNormals(data);
     info = geometryInfoOf(data);
+    isSolid = isSolidMesh(data);
 }
 
 void MeshNode3d::Private::upload(OpenGLFunctions& gl)
@@ -301,4 +328,9 @@ void MeshNode3d::setPointSize(float pixels)
 {
     for (MeshData::Part& part : m_private->data.parts)
         part.pointSize = pixels;
+}
+
+bool MeshNode3d::isSolid() const
+{
+    return m_private->isSolid;
 }

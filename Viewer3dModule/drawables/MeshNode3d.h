@@ -32,6 +32,8 @@ public:
     int getVertexCount() const override;
     /// Of all points of the mesh, in place of the sizes of their parts.
     void setPointSize(float pixels) override;
+    /// As far as can be told without looking at every texel: not with images that have an alpha channel.
+    bool isSolid() const override;
 
 private:
     struct Private;

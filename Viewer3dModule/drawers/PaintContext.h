@@ -46,6 +46,9 @@ struct VIEWER3DMODULE_EXPORT PaintContext
     /// Passed through unchanged by drawers.
     void* extra1 = nullptr;
     void* extra2 = nullptr;
+    /// Whether the pass is for its depths and nobody looks at colours: drawers may then take simpler programs
+    /// that leave the same depths.
+    bool depthOnly = false;
 
     /// Sets viewportRect and, from it, viewport. Everybody who fills a context uses this.
     void setViewport(const QRect& rect);

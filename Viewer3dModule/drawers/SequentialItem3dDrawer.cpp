@@ -78,6 +78,12 @@ private:
     OpenGLFunctions& m_gl;
 };
 
+// What is highlighted has the settings' colour, of whatever alpha.
+bool hasAllFragments(const Drawable3dItem& item)
+{
+    return (item.isSolid() || item.drawsOpaque()) && !item.isHighlighted();
+}
+
 // The pass goes on in the caller's context, which building makes way for the scene's.
 QOpenGLShaderProgram* createGeometryProgram(Scene3d& scene)
 {
@@ -104,6 +110,28 @@ std::unique_ptr<Item3dDrawer> SequentialItem3dDrawer::clone() const
 void SequentialItem3dDrawer::draw(const PaintContext& context, Filter filter)
 {
     if (getItems().empty()) return;
+    QOpenGLShaderProgram* simpler = depthProgram(context);
+    if (!simpler) {
+        drawItems(context, filter);
+        return;
+    }
+    PaintContext solids = context;
+    solids.program = simpler;
+    drawItems(solids,
+              [&](Drawable3dItem* item) { return hasAllFragments(*item) && (!filter || filter(item)); });
+    drawItems(context,
+              [&](Drawable3dItem* item) { return !hasAllFragments(*item) && (!filter || filter(item)); });
+}
+
+QOpenGLShaderProgram* SequentialItem3dDrawer::depthProgram(const PaintContext& context) const
+{
+    const bool isPossible =
+        context.depthOnly && context.drawMode == DrawMode::OrdinalDraw && !context.program && scene();
+    return isPossible ? scene()->getDepthProgram(m_defaultProgram) : nullptr;
+}
+
+void SequentialItem3dDrawer::drawItems(const PaintContext& context, const Filter& filter)
+{
     PaintContext pass = context;
     if (!beginPass(pass)) return;
     const FirstVertexConvention convention(currentGLFunctions(), itemUniforms().dashSize >= 0);

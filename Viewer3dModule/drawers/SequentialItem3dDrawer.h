@@ -4,7 +4,8 @@
 
 /// Draws its items one after another with one program, each with its own model matrix and per-item uniforms.
 /// In geometry capture the vertices, transformed to scene coordinates, go to the transform-feedback buffer
-/// that the caller bound.
+/// that the caller bound. A pass for depths alone draws solid items first, with the scene's depth program
+/// where that stands for the default one.
 class VIEWER3DMODULE_EXPORT SequentialItem3dDrawer : public Item3dDrawer
 {
 public:
@@ -26,6 +27,8 @@ public:
     virtual void drawItem(Drawable3dItem* item, const PaintContext& context);
 
 private:
+    void drawItems(const PaintContext& context, const Filter& filter);
+    QOpenGLShaderProgram* depthProgram(const PaintContext& context) const;
     bool beginPass(PaintContext& context);
     void drawWithUniforms(Drawable3dItem* item, const PaintContext& context);
 

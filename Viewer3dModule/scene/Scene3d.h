@@ -27,6 +27,7 @@
 
 class CProjectModel;
 class Drawable3dItem;
+class Fence3dItem;
 class Graphics3dItem;
 class IItem3dSelectionProvider;
 class InteractiveGraphicsItem;
@@ -115,6 +116,11 @@ public:
     /// a new program, owned by the scene; what failed is logged, and the program then is not linked.
     QOpenGLShaderProgram* createProgram(const QStringList& files, const std::vector<std::string>& defines,
                                         const std::vector<std::string>& varyings);
+    /// A program that leaves the same depths as this one and no colours, for items that are solid
+    /// (Drawable3dItem::isSolid); null where there is none. Those of the default drawers Mono, VertexColor
+    /// and Mesh have one, built when it is first asked for. Owned by the scene. Leaves the caller's context
+    /// current.
+    QOpenGLShaderProgram* getDepthProgram(const QOpenGLShaderProgram* program);
 
     // --- elements
     // --------------------------------------------------------------------------------------------------
@@ -162,6 +168,33 @@ public:
     void drawElements(const PaintContext& context, const CFilterElement* filter, ItemFilter itemFilter);
     /// A whole frame: drawElements, then the local items. What views and picture commands call.
     void drawFrame(const PaintContext& context, const CFilterElement* filter, ItemFilter itemFilter);
+
+    // --- fence and foreground
+    // -------------------------------------------------------------------------------------------
+
+    /// The fence that all passes of the scene obey: the element among the settings of the model's project;
+    /// null without project or element. To set one, fill the element's fence and notify its observers; the
+    /// scene is one of them and emits updateView.
+    ///
+    /// What lies outside is not drawn, in no mode, and so is not selected, snapped to, measured in depth maps
+    /// or captured. Surfaces, lines and what is swept along them are cut where they cross the border. What is
+    /// anchored in one point and keeps its size on the screen, points, markers, captions and glyphs, is drawn
+    /// whole or not at all, by its anchor; the width of lines is no part of the geometry either and follows
+    /// the line's axis. With the element's interaction mode on, ordinary passes show in grey what lies
+    /// outside; in all others nothing of it takes part.
+    Fence3dItem* getFence();
+    /// Whether there is a fence that limits something.
+    bool isFenced();
+    /// Drawers of a visibility type that does not obey draw as if there were no fence. All obey at first.
+    void setObeysFence(int visibilityType, bool obeys);
+    /// Drawers of this visibility type draw into the depths below getForegroundItemsZRange(), before
+    /// everything that is not in the foreground, however near that is: outlines, handles, marks. Depth maps
+    /// leave them out. Frames draw them in the ordinary order of types.
+    void setForeground(int visibilityType, bool foreground);
+    bool isForeground(int visibilityType) const { return m_foreground.count(visibilityType) != 0; }
+    /// The drawer of the type for local items in the foreground, which obey no fence; made at the first
+    /// request. An item is bound to it before addLocalItem.
+    Item3dDrawer* getLocalForegroundDrawer(int drawerType);
 
     // --- pictures
     // --------------------------------------------------------------------------------------------------
@@ -301,6 +334,7 @@ private:
     void addDefaultDrawers();
     Item3dSelectionProvider& selectionProvider();
     void drawLocalItems(const PaintContext& context, ItemFilter itemFilter);
+    void drawWith(Item3dDrawer& drawer, const PaintContext& context, const ItemFilter& itemFilter);
     void setBounds(const gmx::BoundingBox& bounds);
     void correctTransform();
     void applyCorrection(const glm::dmat4& correction);
@@ -322,10 +356,15 @@ private:
 
     std::set<std::unique_ptr<Drawable3dItem>, ByAddress> m_localItems;
     std::unordered_map<int, std::unique_ptr<Item3dDrawer>> m_localDrawers;
+    std::unordered_map<int, std::unique_ptr<Item3dDrawer>> m_localForegroundDrawers;
     CProjectModel* m_model;
     std::unordered_map<LONGID, Graphics3dItem*> m_items;
     std::map<std::pair<int, int>, std::unique_ptr<Item3dDrawer>> m_drawers;
     std::unordered_set<int> m_alwaysVisible;
+    std::unordered_set<int> m_foreground;
+    std::unordered_set<int> m_unfenced;                              // visibility types
+    std::unordered_set<const QOpenGLShaderProgram*> m_plainPrograms; // nothing between vertices and colours
+    QOpenGLShaderProgram* m_depthProgram = nullptr;
     gmx::BoundingBox m_bounds{glm::dvec3(0.0), glm::dvec3(1.0)};
     glm::dmat4 m_modelToScene = glm::dmat4(1.0);
     bool m_boundsDirty = true;
@@ -336,6 +375,9 @@ private:
     unsigned int m_groupDepth = 0;
     std::unordered_set<Graphics3dItem*> m_pending;
     ksp::GuardedPtr<CFilterElement> m_visibilityFilter;
+
+    class FenceObserver;
+    std::unique_ptr<FenceObserver> m_fenceObserver;
 
     struct UpdateRun;
     UpdateRun* m_updateRun = nullptr;

@@ -2,11 +2,15 @@
 
 #include <Viewer3dModule/drawers/DrawerType.h>
 #include <Viewer3dModule/drawers/SequentialItem3dDrawer.h>
+#include <Viewer3dModule/scene/CurrentContextGuard.h>
 #include <Viewer3dModule/scene/Scene3d.h>
 
 void Scene3d::addDrawer(int visibilityType, int drawerType, std::unique_ptr<Item3dDrawer> drawer)
 {
-    if (drawer) m_drawers.emplace(std::make_pair(visibilityType, drawerType), std::move(drawer));
+    if (!drawer) return;
+    drawer->setObeysFence(m_unfenced.count(visibilityType) == 0);
+    drawer->setForeground(isForeground(visibilityType));
+    m_drawers.emplace(std::make_pair(visibilityType, drawerType), std::move(drawer));
 }
 
 void Scene3d::addDrawer(int type, std::unique_ptr<Item3dDrawer> drawer)
@@ -49,6 +53,17 @@ Item3dDrawer* Scene3d::getLocalDrawer(int drawerType)
     return drawer.get();
 }
 
+Item3dDrawer* Scene3d::getLocalForegroundDrawer(int drawerType)
+{
+    std::unique_ptr<Item3dDrawer>& drawer = m_localForegroundDrawers[drawerType];
+    if (!drawer) {
+        drawer = getDrawer(drawerType, drawerType)->clone();
+        drawer->setObeysFence(false);
+        drawer->setForeground(true);
+    }
+    return drawer.get();
+}
+
 namespace {
 
 struct DefaultDrawer
@@ -86,6 +101,12 @@ std::vector<DefaultDrawer> defaultDrawers()
     };
 }
 
+/// Those whose fragments lie where their vertices say, and are left out for their alpha alone.
+bool hasDepthProgram(int type)
+{
+    return type == DrawerType::Mono || type == DrawerType::VertexColor || type == DrawerType::Mesh;
+}
+
 } // namespace
 
 void Scene3d::addDefaultDrawers()
@@ -94,7 +115,20 @@ void Scene3d::addDefaultDrawers()
         QStringList files;
         for (const char* name : {entry.vertex, entry.geometry, entry.fragment})
             if (name) files.append(QStringLiteral("shader:Viewer3dModule/%1.glsl").arg(QLatin1String(name)));
-        addDefaultDrawer(entry.type, std::make_unique<SequentialItem3dDrawer>(
-                                         this, createProgram(files, entry.defines, {})));
+        QOpenGLShaderProgram* program = createProgram(files, entry.defines, {});
+        if (hasDepthProgram(entry.type)) m_plainPrograms.insert(program);
+        addDefaultDrawer(entry.type, std::make_unique<SequentialItem3dDrawer>(this, program));
     }
+}
+
+// One vertex stage places the vertices of all of them, invariantly; without a fragment stage depths are all
+// that is drawn, and drivers need no colours to know them.
+QOpenGLShaderProgram* Scene3d::getDepthProgram(const QOpenGLShaderProgram* program)
+{
+    if (m_plainPrograms.count(program) == 0) return nullptr;
+    if (!m_depthProgram) {
+        const CurrentContextGuard callers;
+        m_depthProgram = createProgram({QStringLiteral("shader:Viewer3dModule/common.vertex.glsl")}, {}, {});
+    }
+    return m_depthProgram->isLinked() ? m_depthProgram : nullptr;
 }

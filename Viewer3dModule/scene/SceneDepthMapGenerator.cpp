@@ -177,6 +177,7 @@ QImage SceneDepthMapGenerator::generate(const std::vector<Drawable3dItem*>& item
     pass.projection = glm::mat4(projection);
     pass.vertexArray = m_private->vertexArray;
     pass.scene = scene;
+    pass.depthOnly = true;
     m_private->draw(*gl, *scene, pass,
                     [&chosen](Drawable3dItem* item) { return item && chosen.count(item) != 0; });
     m_private->readDepths(*gl, image);

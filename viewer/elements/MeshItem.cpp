@@ -23,6 +23,7 @@ void MeshItem::takeNode()
     auto* element = static_cast<MeshElement*>(getModelElement());
     if (!element || !element->getNode()) return;
     m_node = element->takeNode();
+    setSolid(m_node->isSolid());
     if (!m_pointSize) return;
     m_node->setPointSize(*m_pointSize);
     setPixelReach(std::max(pixelReach(), *m_pointSize / 2.0f + 1.0f));

@@ -49,6 +49,7 @@ public:
     explicit MeshItem(MeshData data)
         : m_node(std::move(data))
     {
+        setSolid(m_node.isSolid());
     }
     using Drawable3dItem::setDrawer;
 
