@@ -39,6 +39,11 @@ class IncludesTest(unittest.TestCase):
     def test_framework_includes_opengl(self):
         self.assert_found("knows no OpenGL", self.check(framework__ksp__A_cpp=["<QtGui/QOpenGLContext>"]))
 
+    def test_the_tessellator_has_one_place(self):
+        self.assertEqual(self.check(framework__surf__Tessellator_cpp=["<GL/glu.h>"]), [])
+        self.assert_found("knows no OpenGL", self.check(framework__surf__Tessellator_h=["<GL/glu.h>"]))
+        self.assert_found("knows no OpenGL", self.check(framework__surf__Tessellator_cpp=["<GL/gl.h>"]))
+
     def test_module_includes_viewer(self):
         self.assert_found("Viewer3dModule may not include viewer",
                           self.check(Viewer3dModule__scene__A_cpp=["<viewer/cli/A.h>"]))

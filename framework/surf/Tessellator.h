@@ -1,0 +1,34 @@
+#pragma once
+
+#include <framework/surf/CSurface.h>
+
+namespace surf {
+
+/// Contours in a plane, for tessellate(). Nothing is owned.
+struct FlatContours
+{
+    /// Corners of all contours, one contour after the other, as numbers of points.
+    const std::vector<std::uint32_t>& corners;
+    /// Where each contour ends in corners.
+    const std::vector<std::size_t>& ends;
+    /// Normal of the plane, any length.
+    glm::dvec3 normal;
+};
+
+/// What tessellate() found.
+struct Tessellation
+{
+    std::vector<Triangle> triangles;
+    std::vector<Crossing> crossings;
+    QString failure; ///< why there are no triangles; null otherwise and when the work was canceled
+    bool isCanceled = false;
+};
+
+/// Divides the region that is within an odd number of the contours into triangles.
+/// @param points            finite positions near the origin; those of crossings are appended
+/// @param maximumCrossings  -1: 100,000 and 16 a corner, by an estimate beforehand
+/// @param progress          may be null
+Tessellation tessellate(std::vector<glm::dvec3>& points, const FlatContours& contours,
+                        std::int64_t maximumCrossings, const ksp::StagedProgress* progress);
+
+} // namespace surf
