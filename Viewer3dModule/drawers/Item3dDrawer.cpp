@@ -3,6 +3,7 @@
 #include <Viewer3dModule/drawables/Drawable3dItem.h>
 #include <Viewer3dModule/drawers/ContextualItem3dDrawer.h>
 #include <Viewer3dModule/drawers/IItem3dSelectionProvider.h>
+#include <Viewer3dModule/host/Fence3dItem.h>
 #include <Viewer3dModule/host/Scene3dViewLightingSettings.h>
 #include <Viewer3dModule/host/View3dSettings.h>
 #include <Viewer3dModule/scene/Scene3d.h>
@@ -151,7 +152,17 @@ bool Item3dDrawer::prepareProgram(const PaintContext& context)
     m_itemFlagsLocation = program->uniformLocation("item_flags");
     m_glueMaskLocation = program->uniformLocation("glue_mask");
     joinSelection(context);
+    bindFence(*gl, context);
     return true;
+}
+
+// A program that is not to be limited, or cannot be told by what, is told so: it may have been limited in its
+// last pass.
+void Item3dDrawer::bindFence(OpenGLFunctions& gl, const PaintContext& context)
+{
+    Fence3dItem* fence = m_scene && obeysFence() ? m_scene->getFence() : nullptr;
+    if (!fence || !fence->bind(context))
+        uniforms::set(gl, context.program->uniformLocation("fence_to_use"), 0);
 }
 
 void Item3dDrawer::joinSelection(const PaintContext& context)

@@ -46,6 +46,15 @@ public:
     /// The current model matrix.
     virtual glm::mat4 getTransform();
 
+    /// Whether the project's fence limits what is drawn; true at first. The scene sets it and the next one
+    /// for drawers of its own, see Scene3d::setObeysFence and Scene3d::setForeground. Stages of a composite
+    /// drawer are as it is; a clone starts anew.
+    bool obeysFence() const { return root()->m_obeysFence; }
+    void setObeysFence(bool obeys) { m_obeysFence = obeys; }
+    /// Whether what is drawn lies before everything else; false at first.
+    bool isForeground() const { return root()->m_isForeground; }
+    void setForeground(bool foreground) { m_isForeground = foreground; }
+
     Scene3d* scene() const { return m_scene; }
     /// The registry, in no particular order: that of the topmost ancestor.
     const std::vector<Drawable3dItem*>& getItems() const;
@@ -107,6 +116,7 @@ protected:
 private:
     const Item3dDrawer* root() const;
     void findLight(const PaintContext& context);
+    void bindFence(OpenGLFunctions& gl, const PaintContext& context);
     void joinSelection(const PaintContext& context);
     void setSelectionIndex(OpenGLFunctions& gl, const Drawable3dItem& item);
 
@@ -123,6 +133,8 @@ private:
     int m_itemFlagsLocation = -1;
     int m_glueMaskLocation = -1;
     bool m_lightMode = true;
+    bool m_obeysFence = true;
+    bool m_isForeground = false;
 
     bool m_lightModeChanged = false;
     int m_itemIndexLocation = -1;

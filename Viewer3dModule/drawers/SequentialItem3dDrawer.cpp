@@ -127,7 +127,9 @@ QOpenGLShaderProgram* SequentialItem3dDrawer::depthProgram(const PaintContext& c
 {
     const bool isPossible =
         context.depthOnly && context.drawMode == DrawMode::OrdinalDraw && !context.program && scene();
-    return isPossible ? scene()->getDepthProgram(m_defaultProgram) : nullptr;
+    // What a fence leaves out is told in the fragment stage.
+    if (!isPossible || (obeysFence() && scene()->isFenced())) return nullptr;
+    return scene()->getDepthProgram(m_defaultProgram);
 }
 
 void SequentialItem3dDrawer::drawItems(const PaintContext& context, const Filter& filter)

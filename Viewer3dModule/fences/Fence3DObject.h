@@ -19,7 +19,7 @@ class VIEWER3DMODULE_EXPORT Fence3DObject
 {
 public:
     /// The kinds, with the numbers by which the shaders know them; 0 stands for no fence.
-    enum Type { Frustum3D = 1, SphereFence = 2 };
+    enum Type { Frustum3D = 1, SphereFence = 2, PrismFence = 3 };
 
     virtual ~Fence3DObject();
 

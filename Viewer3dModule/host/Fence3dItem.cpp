@@ -3,15 +3,19 @@
 #include <Viewer3dModule/drawers/PaintContext.h>
 #include <Viewer3dModule/enums/TypeIds.h>
 #include <Viewer3dModule/fences/Frustum3D.h>
+#include <Viewer3dModule/fences/PrismFence.h>
 #include <Viewer3dModule/fences/SphereFence.h>
 #include <Viewer3dModule/scene/Scene3d.h>
 #include <Viewer3dModule/shaders/Uniforms.h>
 
 #include <framework/gmx/BoundingBox.h>
 #include <framework/ksp/CFileException.h>
+#include <framework/model/CProject.h>
+#include <framework/model/CProjectModel.h>
 
 #include <QtGui/QOpenGLShaderProgram>
 
+#include <cmath>
 #include <cstring>
 #include <limits>
 #include <utility>
@@ -40,25 +44,35 @@ std::uint64_t bufferSize(std::size_t points)
     return 144 + sizeof(glm::vec2) * points;
 }
 
-FrustumRecord makeRecord(const Frustum3D& fence, const glm::dmat4& modelToScene)
+/// Of a Frustum3D or a Prism3D.
+template <typename Fence>
+std::vector<char> makeRecordOf(const Fence& fence, const glm::dmat4& worldToFence,
+                               const glm::dmat4& modelToScene)
 {
+    const std::vector<glm::vec2>& points = fence.fence();
     gmx::BoundingBox box;
     for (const auto& outline : {fence.getNearFence(), fence.getFarFence()})
         for (const glm::dvec3& point : outline)
             box.unite(glm::dvec3(modelToScene * glm::dvec4(point, 1.0)));
-    return {glm::vec4(box.getMin(), 1.0),
-            glm::vec4(box.getMax(), 1.0),
-            glm::mat4(fence.fromWorldMatrix() * glm::inverse(modelToScene)),
-            static_cast<float>(fence.zNear()),
-            static_cast<float>(fence.zFar()),
-            static_cast<float>(fence.tanHalfFovy()),
-            static_cast<std::uint32_t>(fence.fence().size())};
+    const FrustumRecord record = {glm::vec4(box.getMin(), 1.0),
+                                  glm::vec4(box.getMax(), 1.0),
+                                  glm::mat4(worldToFence * glm::inverse(modelToScene)),
+                                  static_cast<float>(fence.zNear()),
+                                  static_cast<float>(fence.zFar()),
+                                  static_cast<float>(fence.tanHalfFovy()),
+                                  static_cast<std::uint32_t>(points.size())};
+    std::vector<char> bytes(bufferSize(points.size()));
+    std::memcpy(bytes.data(), &record, sizeof record);
+    if (!points.empty())
+        std::memcpy(bytes.data() + sizeof record, points.data(), points.size() * sizeof points[0]);
+    return bytes;
 }
 
 /// A new fence, empty; null for a number that is no type.
 std::shared_ptr<Fence3DObject> makeFence(int type)
 {
     if (type == Fence3DObject::Frustum3D) return std::make_shared<Frustum3D>();
+    if (type == Fence3DObject::PrismFence) return std::make_shared<PrismFence>();
     if (type != Fence3DObject::SphereFence) return nullptr;
     const auto sphere = std::make_shared<SphereFence>();
     sphere->setFence(glm::dvec3(std::numeric_limits<double>::quiet_NaN()), 0.0);
@@ -74,6 +88,12 @@ Fence3dItem::Fence3dItem(CModelElement* owner)
 }
 
 Fence3dItem::~Fence3dItem() = default;
+
+Fence3dItem* Fence3dItem::find(const CProjectModel* model)
+{
+    const CProject* project = model ? model->getProject() : nullptr;
+    return project ? dynamic_cast<Fence3dItem*>(project->getProjectSettings(TypeIds::Fence)) : nullptr;
+}
 
 int Fence3dItem::getType() const
 {
@@ -127,6 +147,7 @@ bool Fence3dItem::bind(const PaintContext& context)
     uniforms::set(*gl, context.program->uniformLocation("fence_gray_preview"), m_interactionMode);
     switch (kind) {
     case Fence3DObject::Frustum3D:
+    case Fence3DObject::PrismFence:
         return bindFrustumPrism(context);
     case Fence3DObject::SphereFence:
         return bindSphere(context);
@@ -135,20 +156,31 @@ bool Fence3dItem::bind(const PaintContext& context)
     }
 }
 
+/// Empty for a fence of another kind.
+std::vector<char> Fence3dItem::makeRecord(const glm::dmat4& modelToScene) const
+{
+    if (const auto* frustum = dynamic_cast<const Frustum3D*>(m_fence.get()))
+        return makeRecordOf(*frustum, frustum->fromWorldMatrix(), modelToScene);
+    if (const auto* prism = dynamic_cast<const PrismFence*>(m_fence.get()))
+        return makeRecordOf(prism->prism(), prism->prism().matrix(), modelToScene);
+    return {};
+}
+
+// Mapping a buffer that passes are still drawing with makes the driver wait for them. So what is there
+// already is not written again: of all the passes of a frame the first one writes.
 bool Fence3dItem::bindFrustumPrism(const PaintContext& context)
 {
-    const auto* fence = dynamic_cast<const Frustum3D*>(m_fence.get());
-    if (!fence || !context.scene || !context.program) return false;
-    const std::vector<glm::vec2>& points = fence->fence();
-    if (!m_buffer.resize(bufferSize(points.size()))) return false;
-    if (void* memory = m_buffer.map(false)) {
-        const FrustumRecord record = makeRecord(*fence, context.scene->modelToSceneTransform());
-        char* bytes = static_cast<char*>(memory);
-        std::memset(bytes, 0, bufferSize(points.size()));
-        std::memcpy(bytes, &record, sizeof record);
-        if (!points.empty())
-            std::memcpy(bytes + sizeof record, points.data(), points.size() * sizeof points[0]);
-        m_buffer.unmap();
+    if (!context.scene || !context.program) return false;
+    std::vector<char> bytes = makeRecord(context.scene->modelToSceneTransform());
+    if (bytes.empty()) return false;
+    if (bytes != m_written) {
+        m_written.clear();
+        if (!m_buffer.resize(bytes.size())) return false;
+        if (void* memory = m_buffer.map(false)) {
+            std::memcpy(memory, bytes.data(), bytes.size());
+            m_buffer.unmap();
+            m_written = std::move(bytes);
+        }
     }
     return m_buffer.bind(context.program->programId());
 }
@@ -160,8 +192,10 @@ bool Fence3dItem::bindSphere(const PaintContext& context)
     if (!fence || !gl || !context.scene || !context.program) return false;
     const glm::dmat4 modelToScene = context.scene->modelToSceneTransform();
     const double radius = glm::length(modelToScene * glm::dvec4(0.0, 0.0, fence->getRadius(), 0.0));
+    const double signedRadius = std::copysign(radius, fence->getRadius()); // below 0 it contains nothing
     const glm::dvec3 center = context.scene->mapFromModel(fence->getCenter());
-    uniforms::set(*gl, context.program->uniformLocation("sphere_fence_radius"), static_cast<float>(radius));
+    uniforms::set(*gl, context.program->uniformLocation("sphere_fence_radius"),
+                  static_cast<float>(signedRadius));
     uniforms::set(*gl, context.program->uniformLocation("sphere_fence_center"), glm::vec3(center));
     return true;
 }

@@ -6,12 +6,18 @@
 
 #include <framework/model/CModelElement.h>
 
+#include <vector>
+
+class CProjectModel;
 struct PaintContext;
 
 /// The fence of the 3D view as an element of the project, and what hands it to the shaders.
 ///
 /// The fence lives in the model's coordinates; what the shaders get is in the scene's. Whoever changes the
 /// fence itself calls notifyObservers() after it.
+///
+/// A project has one, among its settings and stored with it, and every scene of its model obeys that one:
+/// see Scene3d::getFence.
 class VIEWER3DMODULE_EXPORT Fence3dItem : public CModelElement
 {
 public:
@@ -21,6 +27,9 @@ public:
     Fence3dItem& operator=(const Fence3dItem&) = delete;
     /// Deletes its storage buffer when a context of the share group is current.
     ~Fence3dItem() override;
+
+    /// The element of the model's project; null where there is none, and without project.
+    static Fence3dItem* find(const CProjectModel* model);
 
     int getType() const override;
 
@@ -45,12 +54,13 @@ public:
     bool isInteractionMode() const { return m_interactionMode; }
 
     /// Tells the context's program, which must be in use, the kind of fence ("fence_to_use": 0 none, 1
-    /// frustum, 2 sphere), the interaction mode ("fence_gray_preview") and the fence's data. Whether the
-    /// program limits what it draws: false without an OpenGL context or program, without the uniform (the
+    /// frustum, 2 sphere, 3 prism), the interaction mode ("fence_gray_preview") and the fence's data. Whether
+    /// the program limits what it draws: false without an OpenGL context or program, without the uniform (the
     /// program is left as it is), for no fence or an empty one, and when the data cannot be handed over.
     bool bind(const PaintContext& context);
-    /// The data of a frustum: fills the storage block "prism_fence_buffer", binding point 10, with 144 + 8 *
-    /// n bytes for n points, and binds it. Little-endian, 32 bits a number:
+    /// The data of a frustum or a prism: fills the storage block "prism_fence_buffer", binding point 10, with
+    /// 144 + 8 * n bytes for n points, and binds it. A record that is there already is not written again.
+    /// Little-endian, 32 bits a number:
     ///
     ///     0    4 floats   least corner of the box of the near and far outlines in the scene, then 1
     ///     16   4 floats   greatest corner, then 1
@@ -58,6 +68,9 @@ public:
     ///     96   3 floats   zNear, zFar, tanHalfFovy
     ///     108  uint       n
     ///     112  n * 2 floats  the polygon, closed, in normalised screen units
+    ///
+    /// That of a prism is the same in its own frame: zNear is 0, zFar the height, tanHalfFovy 0, and the
+    /// polygon lies in x and y of the frame.
     ///
     /// The bytes after the points are 0. Where zFar is not above zNear the fence has no end: then the box
     /// says nothing, and nothing may be left out by it. False for a fence of another kind and without scene.
@@ -72,8 +85,10 @@ public:
 
 private:
     void serializeFields(CQtArchive& archive);
+    std::vector<char> makeRecord(const glm::dmat4& modelToScene) const;
 
     std::shared_ptr<Fence3DObject> m_fence;
     ShaderStorageBufferObject m_buffer;
+    std::vector<char> m_written; // what the buffer holds; empty when that is not known
     bool m_interactionMode = false;
 };

@@ -1,5 +1,6 @@
 #include <Viewer3dModule/host/ModelInitializerImpl.h>
 
+#include <Viewer3dModule/host/Fence3dItem.h>
 #include <Viewer3dModule/host/Scene3dViewLightingSettings.h>
 
 #include <framework/model/COrdinaryItemCreator.h>
@@ -19,4 +20,5 @@ void ModelInitializerImpl::initialize()
     if (!project) return; // a model on its own keeps no settings
     project->addProjectSettings(new COrdinaryItemCreator<Scene3dViewLightingSettings>,
                                 CProject::StoredSettings);
+    project->addProjectSettings(new COrdinaryItemCreator<Fence3dItem>, CProject::StoredSettings);
 }

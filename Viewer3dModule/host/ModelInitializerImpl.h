@@ -10,6 +10,6 @@ public:
     explicit ModelInitializerImpl(CProjectModel* model);
     ~ModelInitializerImpl() override;
 
-    /// Adds the lighting settings, stored with the project, to the model's project.
+    /// Adds the lighting settings and the fence, stored with the project, to the model's project.
     void initialize() override;
 };

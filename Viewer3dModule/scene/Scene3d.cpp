@@ -6,16 +6,21 @@
 #include <Viewer3dModule/drawers/SequentialItem3dDrawer.h>
 #include <Viewer3dModule/host/Graphics3dItem.h>
 #include <Viewer3dModule/scene/CurrentContextGuard.h>
+#include <Viewer3dModule/scene/Scene3dFenceObserver.h>
 #include <Viewer3dModule/shaders/DrawMode.h>
 #include <Viewer3dModule/shaders/ShaderProgramBuilder.h>
 #include <framework/ksp/Log.h>
 
 #include <QtGui/QOpenGLShaderProgram>
 
+#include <cmath>
+#include <optional>
+
 Scene3d::Scene3d(CProjectModel* model, QObject* parent)
     : QObject(parent)
     , m_model(model)
     , m_surface(std::make_unique<QOffscreenSurface>())
+    , m_fenceObserver(std::make_unique<FenceObserver>(*this))
 {
     // For queued connections to the signals.
     qRegisterMetaType<LONGID>("LONGID");
@@ -47,6 +52,7 @@ Scene3d::~Scene3d()
     m_drawers.clear();
     m_localItems.clear();
     m_localDrawers.clear();
+    m_localForegroundDrawers.clear();
     m_selectionProvider.reset();
     qDeleteAll(findChildren<QOpenGLShaderProgram*>(QString(), Qt::FindDirectChildrenOnly));
     doneCurrent();
@@ -184,6 +190,27 @@ Scene3d::ItemFilter orVisibleItems(Scene3d::ItemFilter filter)
     return [](Drawable3dItem* item) { return item && item->isVisible(); };
 }
 
+/// Has depths written to the foreground's range for as long as it lives.
+class ForegroundRange
+{
+public:
+    explicit ForegroundRange(OpenGLFunctions& gl)
+        : m_gl(gl)
+    {
+        m_gl.glGetDoublev(GL_DEPTH_RANGE, m_before);
+        // The end belongs to the range beyond already.
+        const auto end = static_cast<float>(Scene3d::getForegroundItemsZRange());
+        m_gl.glDepthRange(0.0, static_cast<double>(std::nextafter(end, 0.0f)));
+    }
+    ~ForegroundRange() { m_gl.glDepthRange(m_before[0], m_before[1]); }
+    ForegroundRange(const ForegroundRange&) = delete;
+    ForegroundRange& operator=(const ForegroundRange&) = delete;
+
+private:
+    OpenGLFunctions& m_gl;
+    GLdouble m_before[2] = {0.0, 1.0};
+};
+
 } // namespace
 
 void Scene3d::drawElements(const PaintContext& context, const CFilterElement* filter, ItemFilter itemFilter)
@@ -192,14 +219,24 @@ void Scene3d::drawElements(const PaintContext& context, const CFilterElement* fi
     itemFilter = orVisibleItems(std::move(itemFilter));
     for (const auto& [key, drawer] : m_drawers)
         if (!filter || filter->isTypeAccepted(key.first) || m_alwaysVisible.count(key.first) != 0)
-            drawer->draw(context, itemFilter);
+            drawWith(*drawer, context, itemFilter);
 }
 
 void Scene3d::drawLocalItems(const PaintContext& context, ItemFilter itemFilter)
 {
     itemFilter = orVisibleItems(std::move(itemFilter));
-    for (const auto& entry : m_localDrawers)
-        entry.second->draw(context, itemFilter);
+    for (const auto* drawers : {&m_localDrawers, &m_localForegroundDrawers})
+        for (const auto& entry : *drawers)
+            drawWith(*entry.second, context, itemFilter);
+}
+
+void Scene3d::drawWith(Item3dDrawer& drawer, const PaintContext& context, const ItemFilter& itemFilter)
+{
+    if (drawer.isForeground() && context.depthOnly) return; // depth maps are of what stands in the scene
+    std::optional<ForegroundRange> range;
+    OpenGLFunctions* gl = getGLFunctions();
+    if (gl && drawer.isForeground() && !drawer.getItems().empty()) range.emplace(*gl);
+    drawer.draw(context, itemFilter);
 }
 
 void Scene3d::drawFrame(const PaintContext& context, const CFilterElement* filter, ItemFilter itemFilter)

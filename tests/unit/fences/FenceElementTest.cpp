@@ -1,5 +1,6 @@
 // The fence as an element: what it holds, tells and stores. No context is needed.
 #include <Viewer3dModule/fences/Frustum3D.h>
+#include <Viewer3dModule/fences/PrismFence.h>
 #include <Viewer3dModule/fences/SphereFence.h>
 #include <Viewer3dModule/host/Fence3dItem.h>
 
@@ -27,6 +28,14 @@ std::shared_ptr<SphereFence> setSphere(Fence3dItem& item)
     const auto fence =
         std::dynamic_pointer_cast<SphereFence>(item.getCreateFence(Fence3DObject::SphereFence));
     fence->setFence({1.0, 2.0, 3.0}, 4.0);
+    return fence;
+}
+
+std::shared_ptr<PrismFence> setPrism(Fence3dItem& item)
+{
+    const auto fence = std::dynamic_pointer_cast<PrismFence>(item.getCreateFence(Fence3DObject::PrismFence));
+    fence->prism().setFence({0.0, 0.0, 0.0}, {0.0, 0.0, 2.0}, 1.0, 1.0, 4.0,
+                            {{-1.0, -1.0, 1.0}, {1.0, -1.0, 1.0}, {0.0, 1.0, 1.0}, {-1.0, -1.0, 1.0}});
     return fence;
 }
 
@@ -72,6 +81,10 @@ TEST(FenceElement, MakesTheFenceThatIsAskedForOnce)
     ASSERT_TRUE(std::dynamic_pointer_cast<SphereFence>(sphere));
     EXPECT_EQ(item.getFenceType(), 2);
     EXPECT_EQ(item.getFence(), sphere);
+    const auto prism = item.getCreateFence(Fence3DObject::PrismFence);
+    ASSERT_TRUE(std::dynamic_pointer_cast<PrismFence>(prism));
+    EXPECT_EQ(item.getFenceType(), 3);
+    EXPECT_EQ(prism->getType(), Fence3DObject::PrismFence);
 }
 
 TEST(FenceElement, ANewFenceIsEmptyUntilItIsSet)
@@ -86,6 +99,26 @@ TEST(FenceElement, ANewFenceIsEmptyUntilItIsSet)
     EXPECT_EQ(item.getIFence3D(glm::dmat4(1.0)), nullptr);
     setSphere(item);
     EXPECT_FALSE(item.empty());
+    item.getCreateFence(Fence3DObject::PrismFence);
+    EXPECT_TRUE(item.empty());
+    setPrism(item);
+    EXPECT_FALSE(item.empty());
+}
+
+TEST(FenceElement, APrismIsAFenceAsItIsAPrism)
+{
+    Fence3dItem item;
+    const auto fence = setPrism(item);
+    EXPECT_TRUE(fence->contains({0.0, 0.0, 1.0}));
+    EXPECT_TRUE(fence->contains({0.0, 0.0, 4.0})); // of height 3, from the points' height on
+    EXPECT_FALSE(fence->contains({0.0, 0.0, 4.1}));
+    EXPECT_FALSE(fence->contains({0.9, 0.9, 2.0}));
+    const auto forHost = item.getIFence3D(glm::dmat4(1.0));
+    ASSERT_TRUE(forHost);
+    EXPECT_TRUE(forHost->contains({0.0, 0.0, 1.0}));
+    EXPECT_FALSE(forHost->contains({0.0, 0.0, 0.9}));
+    fence->prism().reset();
+    EXPECT_TRUE(item.empty());
 }
 
 TEST(FenceElement, ANumberThatIsNoTypeChangesNothing)
@@ -93,7 +126,6 @@ TEST(FenceElement, ANumberThatIsNoTypeChangesNothing)
     Fence3dItem item;
     EXPECT_EQ(item.getCreateFence(static_cast<Fence3DObject::Type>(0)), nullptr);
     const auto fence = setSphere(item);
-    EXPECT_EQ(item.getCreateFence(static_cast<Fence3DObject::Type>(3)), nullptr);
     EXPECT_EQ(item.getFence(), fence);
 }
 
@@ -141,11 +173,12 @@ TEST(FenceElement, InteractionModeTellsItsChanges)
 
 TEST(FenceElement, ComesBackFromTheArchive)
 {
-    Fence3dItem none, frustum, sphere;
+    Fence3dItem none, frustum, sphere, prism;
     none.setName("none");
     setFrustum(frustum);
     setSphere(sphere);
-    for (Fence3dItem* source : {&none, &frustum, &sphere}) {
+    setPrism(prism);
+    for (Fence3dItem* source : {&none, &frustum, &sphere, &prism}) {
         Fence3dItem item;
         setSphere(item);
         item.setInteractionMode(true);
@@ -202,7 +235,7 @@ TEST(FenceElement, AnUnknownKindIsRefused)
 {
     Fence3dItem item;
     const auto before = setSphere(item);
-    for (const std::int32_t kind : {3, -1, 0x7FFFFFFF}) {
+    for (const std::int32_t kind : {4, -1, 0x7FFFFFFF}) {
         try {
             load(item, withKind(kind));
             ADD_FAILURE() << kind;
@@ -221,6 +254,7 @@ TEST(FenceElement, AFenceThatIsMissingIsRefused)
     const auto before = setFrustum(item);
     EXPECT_THROW(load(item, withKind(1)), CFileException);
     EXPECT_THROW(load(item, withKind(2)), CFileException);
+    EXPECT_THROW(load(item, withKind(3)), CFileException);
     EXPECT_EQ(item.getFence(), before);
 }
 

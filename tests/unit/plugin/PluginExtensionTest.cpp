@@ -1,6 +1,7 @@
 #include "PluginFixture.h"
 
 #include <Viewer3dModule/enums/enums.h>
+#include <Viewer3dModule/host/Fence3dItem.h>
 #include <Viewer3dModule/host/Scene3dViewLightingSettings.h>
 #include <Viewer3dModule/host/View3dSettings.h>
 
@@ -98,17 +99,23 @@ TEST_F(PluginTest, ModelGetsOneInitializer)
     EXPECT_EQ(projectModel->getInitializer(moduleId), initializer);
 }
 
-TEST_F(PluginTest, InitializerAddsTheLightingSettings)
+TEST_F(PluginTest, InitializerAddsTheLightingSettingsAndTheFence)
 {
     CProject project;
     model->extendModel(project.getModel());
     EXPECT_EQ(project.getProjectSettings(lightingSettingsId), nullptr);
     project.getModel()->initialize();
-    ASSERT_EQ(project.getAllProjectSettings().size(), 1u);
+    ASSERT_EQ(project.getAllProjectSettings().size(), 2u);
     const auto* lighting = Scene3dViewLightingSettings::find(project.getModel());
     ASSERT_NE(lighting, nullptr);
     EXPECT_EQ(lighting, project.getProjectSettings(lightingSettingsId));
     EXPECT_TRUE(lighting->getViews().empty());
+    const auto* fence = Fence3dItem::find(project.getModel());
+    ASSERT_NE(fence, nullptr);
+    EXPECT_EQ(fence, project.getProjectSettings(0x36FF1100));
+    EXPECT_EQ(project.getProjectSettingsFlags(0x36FF1100), 4);
+    EXPECT_TRUE(fence->empty());
+    EXPECT_EQ(Fence3dItem::find(nullptr), nullptr);
 }
 
 TEST_F(PluginTest, LightingSettingsAreStoredWithTheProject)
