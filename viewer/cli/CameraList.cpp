@@ -3,12 +3,12 @@
 #include <viewer/cli/CommandParser.h>
 #include <viewer/cli/JsonFields.h>
 #include <viewer/cli/UsageError.h>
+#include <viewer/cli/readJsonFile.h>
 #include <viewer/printable.h>
 
 #include <framework/ksp/CommonError.h>
 
 #include <QtCore/QDir>
-#include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 #include <QtCore/QHash>
 #include <QtCore/QJsonArray>
@@ -16,28 +16,16 @@
 
 namespace {
 
-constexpr qint64 mostBytes = 64 * 1024 * 1024;
+constexpr qint64 mostBytes = 64 << 20;
 const QStringList keys = {"name", "output",     "view", "eye", "target",
                           "up",   "projection", "fov",  "gsd", "size"};
 
-[[noreturn]] void fail(const QString& path, const QString& reason)
-{
-    throw ksp::CommonError(QStringLiteral("%1: %2").arg(shownName(path), reason));
-}
-
 QJsonArray readArray(const QString& path)
 {
-    QFile file(path);
-    if (!QFileInfo::exists(path)) fail(path, QStringLiteral("there is no such file"));
-    if (!QFileInfo(path).isFile()) fail(path, QStringLiteral("it is no regular file"));
-    if (!file.open(QIODevice::ReadOnly)) fail(path, file.errorString());
-    if (file.size() > mostBytes) fail(path, QStringLiteral("a list of cameras has at most 64 MiB"));
-    QJsonParseError error;
-    const QJsonDocument document = QJsonDocument::fromJson(file.readAll(), &error);
-    if (error.error != QJsonParseError::NoError)
-        fail(path, QStringLiteral("no JSON: %1 at byte %2").arg(error.errorString()).arg(error.offset));
+    const QJsonDocument document = readJsonFile(path, QStringLiteral("a list of cameras"), mostBytes);
     if (!document.isArray() || document.array().isEmpty())
-        fail(path, QStringLiteral("a list of cameras is wanted, [{...}, ...]"));
+        throw ksp::CommonError(
+            QStringLiteral("%1: a list of cameras is wanted, [{...}, ...]").arg(shownName(path)));
     return document.array();
 }
 

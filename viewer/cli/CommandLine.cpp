@@ -8,7 +8,7 @@
 
 namespace {
 
-const QStringList commands = {"render", "depth", "export", "info", "plugins"};
+const QStringList commands = {"render", "depth", "select", "export", "info", "plugins"};
 
 /// A first argument that is neither a command nor a file is a command mistyped.
 void refuseUnknownCommand(const QString& word)
@@ -46,6 +46,7 @@ Command parseCommandLine(const QStringList& arguments)
     const QString word = arguments.value(0);
     if (word == "render") return parse<RenderOptions>(arguments.mid(1));
     if (word == "depth") return parse<DepthOptions>(arguments.mid(1));
+    if (word == "select") return parse<SelectOptions>(arguments.mid(1));
     if (word == "export") return parse<ExportOptions>(arguments.mid(1));
     if (word == "info") return parse<InfoOptions>(arguments.mid(1));
     if (word == "plugins") return parse<PluginsOptions>(arguments.mid(1));

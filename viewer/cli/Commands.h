@@ -17,6 +17,8 @@ void render(const RenderOptions& options);
 /// Writes a depth map and what was asked for beside it, whole or not at all. Needs a QGuiApplication and
 /// OpenGL.
 void depth(const DepthOptions& options);
+/// The elements in an area of a picture, as lines or JSON. Needs a QGuiApplication and OpenGL.
+QByteArray select(const SelectOptions& options);
 /// Writes what the scene draws, whole or not at all. Needs a QGuiApplication and OpenGL.
 void exportScene(const ExportOptions& options);
 /// What the files hold, as text or JSON. Needs no display.

@@ -12,18 +12,24 @@ constexpr double largestCoordinate = 1e12; // model units: in millimetres far be
 
 } // namespace
 
+std::vector<double> OptionValue::numbers(const QString& text)
+{
+    std::vector<double> numbers;
+    for (const QString& part : text.split(QLatin1Char(','))) {
+        bool isNumber = false;
+        numbers.push_back(part.trimmed().toDouble(&isNumber));
+        if (!isNumber || !std::isfinite(numbers.back())) return {};
+    }
+    return numbers;
+}
+
 glm::dvec3 OptionValue::point(const QString& option, const QString& text)
 {
-    const QStringList parts = text.split(QLatin1Char(','));
-    glm::dvec3 point(0.0);
-    bool isGood = parts.size() == 3;
-    for (int i = 0; isGood && i < 3; ++i) {
-        point[i] = parts[i].trimmed().toDouble(&isGood);
-        isGood = isGood && std::isfinite(point[i]);
-    }
-    if (!isGood)
+    const std::vector<double> parts = numbers(text);
+    if (parts.size() != 3)
         throw UsageError(QStringLiteral("--%1 %2: three numbers are wanted, for example 612000,5071000,350")
                              .arg(option, text));
+    const glm::dvec3 point(parts[0], parts[1], parts[2]);
     if (isTooFar(point))
         throw UsageError(QStringLiteral("--%1 %2: coordinates go to 1e12 at most").arg(option, text));
     return point;

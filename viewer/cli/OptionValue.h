@@ -5,10 +5,14 @@
 #include <QtGui/QColor>
 #include <glm/glm.hpp>
 
+#include <vector>
+
 /// The values that options are given, read from their text. All throw UsageError, whose text begins with the
 /// option and its value as they were given. option: its name without dashes.
 namespace OptionValue {
 
+/// The finite numbers between commas, however many; none when one of them is not a number.
+std::vector<double> numbers(const QString& text);
 /// Three numbers between commas, none of them larger than 1e12.
 glm::dvec3 point(const QString& option, const QString& text);
 /// WIDTHxHEIGHT in pixels, a size that pictures can have.

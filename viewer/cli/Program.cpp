@@ -140,8 +140,9 @@ int Program::execute(const Command& command)
     HeldLog log;
     const auto* picture = std::get_if<RenderOptions>(&command);
     const auto* distances = std::get_if<DepthOptions>(&command);
+    const auto* area = std::get_if<SelectOptions>(&command);
     const auto* geometry = std::get_if<ExportOptions>(&command);
-    if (picture || distances || geometry) {
+    if (picture || distances || area || geometry) {
         requireDisplay();
         QApplication application(argc, m_argv);
         configure(application);
@@ -149,6 +150,8 @@ int Program::execute(const Command& command)
             commands::render(*picture);
         else if (distances)
             commands::depth(*distances);
+        else if (area)
+            print(commands::select(*area));
         else
             commands::exportScene(*geometry);
     } else {

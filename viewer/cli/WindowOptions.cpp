@@ -9,6 +9,7 @@ const char* const WindowOptions::description =
     "  viewer3d [FILES...] [OPTIONS]          open the files in a window\n"
     "  viewer3d render FILES... -o OUT.png    make a picture\n"
     "  viewer3d depth FILES... -o OUT.pfm     write distances from the camera, for programs\n"
+    "  viewer3d select FILES... --rect AREA   list the elements in an area of a picture\n"
     "  viewer3d export FILES... -o OUT.ply    write the geometry that is drawn\n"
     "  viewer3d info FILES...                 list elements, counts and bounds\n"
     "  viewer3d plugins                       list the plug-ins and what can be read\n\n"

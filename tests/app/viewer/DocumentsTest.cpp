@@ -97,13 +97,13 @@ TEST_P(DocumentedOptions, AreAllOfTheHelp)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Documents, DocumentedOptions, ::testing::Values("render", "depth", "export"),
+INSTANTIATE_TEST_SUITE_P(Documents, DocumentedOptions, ::testing::Values("render", "depth", "select", "export"),
                          [](const auto& command) { return std::string(command.param); });
 
 // Whole commands of the guide, as they stand there; FILES... and such are none.
 TEST_F(ViewerTest, CommandsOfTheUserGuideWork)
 {
-    const QRegularExpression pattern("^    viewer3d (depth house[^\\n]*)$",
+    const QRegularExpression pattern("^    viewer3d ((depth|select) house[^\\n]*)$",
                                      QRegularExpression::MultilineOption);
     write("house.obj", "v 0 0 0\nv 1 0 0\nv 0 0 1\nf 1 2 3\n");
     int count = 0;

@@ -173,7 +173,7 @@ TEST(CommandLine, OptionsThatAreNotThereYetAreUnknown)
 
 TEST(CommandLine, CommandsThatAreNotThereYetAreUnknown)
 {
-    for (const char* command : {"select", "convert"})
+    for (const char* command : {"slice", "convert"})
         EXPECT_TRUE(refusal({command, "a.obj"}).contains("is neither a command nor a file")) << command;
 }
 
@@ -195,7 +195,7 @@ TEST(CommandLine, MistypedCommandNamesTheNearestWhateverFollows)
 TEST(CommandLine, WordThatIsNearNoCommandGetsTheListOfThem)
 {
     EXPECT_EQ(refusal({"something", "-o", "y.png"}),
-              "something is neither a command nor a file; the commands are render, depth, export, "
+              "something is neither a command nor a file; the commands are render, depth, select, export, "
               "info, plugins");
 }
 
@@ -238,7 +238,7 @@ TEST(CommandLine, RenderNeedsFilesAndOutput)
 TEST(CommandLine, OutputMustBePng)
 {
     EXPECT_EQ(refusal({"render", "a.obj", "-o", "a.jpg"}),
-              "-o a.jpg: render writes PNG; the name must end in .png");
+              "-o a.jpg: render writes PNG and TIFF; the name must end in .png or .tif or .tiff");
 }
 
 class WrongSize : public ::testing::TestWithParam<const char*>
@@ -316,7 +316,7 @@ TEST(CommandLine, CamerasMakeNamesOfAPattern)
     EXPECT_EQ(refusal({"render", "a.obj", "--cameras", "list.json", "-o", "a.png"}),
               "-o a.png: of several cameras the names need {name}, for example -o {name}.png");
     EXPECT_EQ(refusal({"render", "a.obj", "--cameras", "list.json", "-o", "{name}.jpg"}),
-              "-o {name}.jpg: render writes PNG; the name must end in .png");
+              "-o {name}.jpg: render writes PNG and TIFF; the name must end in .png or .tif or .tiff");
 }
 
 TEST(CommandLine, CamerasMayNameTheirOutputsThemselves)
@@ -444,8 +444,12 @@ TEST(CommandLine, InfoTakesFilesAndJson)
 
 TEST(CommandLine, EveryCommandHasHelp)
 {
-    for (const QStringList& arguments :
-         {QStringList{"--help"}, {"render", "--help"}, {"info", "--help"}, {"plugins", "--help"}, {"-h"}}) {
+    for (const QStringList& arguments : {QStringList{"--help"},
+                                         {"render", "--help"},
+                                         {"select", "--help"},
+                                         {"info", "--help"},
+                                         {"plugins", "--help"},
+                                         {"-h"}}) {
         const QString text = std::get<HelpRequest>(parseCommandLine(arguments)).text;
         EXPECT_TRUE(text.startsWith("Usage: viewer3d ")) << qPrintable(text);
     }
@@ -471,4 +475,61 @@ TEST(NearestWord, TakesTheFewestMistakes)
     EXPECT_EQ(nearestWord("rendre", {"info", "render", "plugins"}), "render");
     EXPECT_EQ(nearestWord("backgruond", {"back", "background"}), "background");
     EXPECT_EQ(nearestWord("something", {"info", "render"}), "");
+}
+
+// --- select
+
+namespace {
+
+SelectOptions parseSelect(const QStringList& arguments)
+{
+    return std::get<SelectOptions>(parseCommandLine(QStringList{"select", "a.obj"} + arguments));
+}
+
+} // namespace
+
+TEST(SelectOptions, TakeARectangleOrAPolygon)
+{
+    const QPolygonF rectangle = parseSelect({"--rect", "10,20.5,30,40"}).area;
+    EXPECT_EQ(rectangle, QPolygonF({{10.0, 20.5}, {40.0, 20.5}, {40.0, 60.5}, {10.0, 60.5}}));
+    const QPolygonF polygon = parseSelect({"--polygon", "-1,2,3,4,5,-6.5"}).area;
+    EXPECT_EQ(polygon, QPolygonF({{-1.0, 2.0}, {3.0, 4.0}, {5.0, -6.5}}));
+}
+
+TEST(SelectOptions, LookThroughThingsAndTakeWhatIsTouchedAtFirst)
+{
+    const SelectOptions usual = parseSelect({"--rect", "0,0,1,1"});
+    EXPECT_EQ(usual.mode, SelectionMode::Through);
+    EXPECT_EQ(usual.rule, SelectionRule::Touching);
+    EXPECT_FALSE(usual.json);
+    const SelectOptions other = parseSelect(
+        {"--rect", "0,0,1,1", "--mode", "visible", "--rule", "inside", "--json", "--view", "top"});
+    EXPECT_EQ(other.mode, SelectionMode::Visible);
+    EXPECT_EQ(other.rule, SelectionRule::Inside);
+    EXPECT_TRUE(other.json);
+    EXPECT_EQ(other.camera.view, StandardView::Top);
+}
+
+TEST(SelectOptions, BadAreasAreRefused)
+{
+    const auto refusal = [](const QStringList& arguments) {
+        try {
+            parseSelect(arguments);
+        } catch (const UsageError& error) {
+            return error.text();
+        }
+        return QString();
+    };
+    EXPECT_TRUE(refusal({}).startsWith("select: no area; "));
+    EXPECT_TRUE(refusal({"--rect", "0,0,1,1", "--polygon", "0,0,1,1,2,0"}).contains("exclude each other"));
+    for (const char* text : {"", "1,2,3", "1,2,3,4,5", "1,2,x,4", "1,2,nan,4", "1,2,inf,4"})
+        EXPECT_TRUE(refusal({"--rect", text}).contains("x,y,w,h in pixels is wanted")) << text;
+    EXPECT_TRUE(refusal({"--rect", "1,2,0,4"}).contains("more than 0"));
+    EXPECT_TRUE(refusal({"--rect", "1,2,3,-4"}).contains("more than 0"));
+    EXPECT_TRUE(refusal({"--rect", "1,2,3,1e7"}).contains("1000000 at most"));
+    for (const char* text : {"1,2,3,4", "1,2,3,4,5", "1,2,3,4,5,6,7", "a,2,3,4,5,6"})
+        EXPECT_TRUE(refusal({"--polygon", text}).contains("three or more points")) << text;
+    EXPECT_EQ(refusal({"--rect", "0,0,1,1", "--mode", "seen"}),
+              "--mode seen: one of through, visible is wanted");
+    EXPECT_EQ(refusal({"--rect", "0,0,1,1", "--rule", "in"}), "--rule in: one of touching, inside is wanted");
 }
