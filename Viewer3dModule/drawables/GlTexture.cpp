@@ -32,13 +32,23 @@ GlTexture::~GlTexture()
     if (OpenGLFunctions* gl = currentGLFunctions()) gl->glDeleteTextures(1, &m_name);
 }
 
+void GlTexture::generate(OpenGLFunctions& gl)
+{
+    if (m_name == 0) gl.glGenTextures(1, &m_name);
+}
+
+int GlTexture::longestSide(OpenGLFunctions& gl)
+{
+    GLint side = 0;
+    gl.glGetIntegerv(GL_MAX_TEXTURE_SIZE, &side);
+    return side;
+}
+
 void GlTexture::upload(OpenGLFunctions& gl, const QImage& image)
 {
     if (image.isNull()) return;
-    GLint maxSize = 0;
-    gl.glGetIntegerv(GL_MAX_TEXTURE_SIZE, &maxSize);
-    const QImage pixels = pixelsOf(image, maxSize);
-    if (m_name == 0) gl.glGenTextures(1, &m_name);
+    const QImage pixels = pixelsOf(image, longestSide(gl));
+    generate(gl);
     gl.glBindTexture(GL_TEXTURE_2D, m_name);
     gl.glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, pixels.width(), pixels.height(), 0, GL_RGBA, GL_UNSIGNED_BYTE,
                     pixels.constBits());

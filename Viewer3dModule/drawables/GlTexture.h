@@ -19,8 +19,12 @@ public:
     GlTexture& operator=(const GlTexture&) = delete;
     ~GlTexture();
 
-    /// 0 until the first upload.
+    /// 0 until the first upload or generate.
     unsigned int name() const { return m_name; }
+    /// Gives the texture a name, but no contents: for who uploads in a way of his own.
+    void generate(OpenGLFunctions& gl);
+    /// The most pixels that a side of a texture may have in the driver of the current context.
+    static int longestSide(OpenGLFunctions& gl);
 
     /// Replaces the contents by the image, its lowest row first as OpenGL counts, with all smaller levels; it
     /// repeats beyond its borders. An image larger than the driver takes is scaled down, keeping its
