@@ -75,6 +75,7 @@ private:
 SceneExporter::SceneExporter(Scene3d& scene)
     : m_scene(scene)
 {
+    const CurrentContextGuard callers;
     std::vector<std::pair<LONGID, Graphics3dItem*>> items(scene.getItems().begin(), scene.getItems().end());
     std::sort(items.begin(), items.end());
     for (const auto& entry : items) {
@@ -82,6 +83,28 @@ SceneExporter::SceneExporter(Scene3d& scene)
         for (Drawable3dItem* child : entry.second->getDrawableChildren())
             if (child) addPart(*child);
     }
+    if (!scene.isFenced()) return;
+    for (Part& part : m_parts)
+        countWhatIsLeft(part);
+    const auto isEmpty = [](const Part& part) { return part.counts.vertices() == 0; };
+    m_parts.erase(std::remove_if(m_parts.begin(), m_parts.end(), isEmpty), m_parts.end());
+}
+
+// What is captured lies at the beginning of its buffer; the rest reads as zeros.
+void SceneExporter::countWhatIsLeft(Part& part) const
+{
+    const CapturedGeometry geometry(m_scene, *part.item);
+    const auto filled = [&](std::size_t buffer, std::uint64_t most) {
+        std::uint64_t count = 0;
+        geometry.read(buffer, most, [&count](const glm::vec4* vertices, std::uint64_t some) {
+            count += static_cast<std::uint64_t>(std::count_if(
+                vertices, vertices + some, [](const glm::vec4& vertex) { return vertex.w != 0.0f; }));
+        });
+        return count;
+    };
+    part.counts.points = filled(0, part.counts.points);
+    part.counts.lines = filled(1, 2 * part.counts.lines) / 2;
+    part.counts.triangles = filled(2, 3 * part.counts.triangles) / 3;
 }
 
 void SceneExporter::addPart(Drawable3dItem& item)

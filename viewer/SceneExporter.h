@@ -13,12 +13,17 @@ class Scene3d;
 /// model coordinates. Coordinates come as the graphics adapter has them, in single precision near the scene's
 /// origin, and are mapped to the model in doubles. Items without geometry, such as captions, give nothing.
 ///
+/// Of what a fence limits, primitives that lie wholly outside of it are left out; those that it cuts are
+/// written whole.
+///
 /// One item at a time is captured on the graphics adapter, at 16 bytes a vertex, and read back in small
-/// pieces.
+/// pieces; twice where there is a fence, because a file begins with its counts.
 class SceneExporter
 {
 public:
-    /// The scene is not owned; its bounds must be up to date and stay so.
+    /// The scene is not owned; its bounds must be up to date and stay so, and so must its fence. Throws
+    /// ksp::CommonError when a fence is there and what it leaves cannot be counted. Leaves the caller's
+    /// context current.
     explicit SceneExporter(Scene3d& scene);
 
     /// What there is to write, all together.
@@ -34,6 +39,7 @@ private:
         PlyWriter::Counts counts;
     };
     void addPart(Drawable3dItem& item);
+    void countWhatIsLeft(Part& part) const;
     std::vector<PlyWriter::Counts> partCounts() const;
     void writeVertices(const Part& part, PlyWriter& writer, const std::function<void(std::uint64_t)>& done);
 

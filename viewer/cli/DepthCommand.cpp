@@ -9,6 +9,7 @@
 #include <viewer/InputFiles.h>
 #include <viewer/OutputFile.h>
 #include <viewer/WorldFile.h>
+#include <viewer/cli/FenceOption.h>
 #include <viewer/cli/ProgressBar.h>
 #include <viewer/cli/UsageError.h>
 #include <viewer/printable.h>
@@ -217,6 +218,7 @@ void commands::depth(const DepthOptions& options)
     for (const QString& name : names)
         OutputFile::requireWritable(name);
     requireDistinct(names);
+    const FenceShape fence = FenceOption::load(options.fence);
     ProgressBar bar;
     Host host(Host::Settings::InMemory);
     host.setPointSize(options.pointSize);
@@ -225,8 +227,10 @@ void commands::depth(const DepthOptions& options)
     FileOpener opener(host, *project, scene.get());
     ksp::StagedProgress progress = bar.progress();
     opener.open(options.files, progress.startStage(shareOfReading));
+    FenceOption::apply(fence, *project);
     QStringList read = options.files + opener.getMeshFiles();
-    if (!options.cameras.isEmpty()) read.append(options.cameras);
+    for (const QString& file : {options.cameras, options.fence})
+        if (!file.isEmpty()) read.append(file);
     const InputFiles inputs(read);
     for (const QString& name : names)
         OutputFile::requireNoInput(name, inputs);

@@ -4,6 +4,7 @@
 #include <viewer/WorldFile.h>
 #include <viewer/cli/CameraList.h>
 #include <viewer/cli/CommandParser.h>
+#include <viewer/cli/FenceOption.h>
 #include <viewer/cli/PointSizeOption.h>
 #include <viewer/cli/UsageError.h>
 #include <viewer/printable.h>
@@ -72,6 +73,7 @@ void DepthOptions::declare(CommandParser& parser)
     CameraOptions::declare(parser);
     parser.add({"cameras"}, "a list of cameras (JSON), each with a map of its own", "FILE.json");
     PointSizeOption::declare(parser);
+    FenceOption::declare(parser);
 }
 
 DepthOptions DepthOptions::read(const CommandParser& parser)
@@ -89,5 +91,6 @@ DepthOptions DepthOptions::read(const CommandParser& parser)
     options.cameras = CameraList::readOption(parser);
     options.map.camera = CameraOptions::read(parser);
     options.pointSize = PointSizeOption::read(parser);
+    options.fence = FenceOption::read(parser);
     return options;
 }

@@ -32,6 +32,7 @@ struct DepthOptions
     /// The one map; with a list the patterns of its files.
     Map map;
     std::optional<float> pointSize; ///< pixels; nothing: as usual
+    QString fence;                  ///< a file (FenceFile.h), or empty
 
     /// The maps to make. Reads the list; throws ksp::CommonError as that does.
     std::vector<Map> maps() const;

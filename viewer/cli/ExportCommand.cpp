@@ -5,6 +5,7 @@
 #include <viewer/InputFiles.h>
 #include <viewer/OutputFile.h>
 #include <viewer/SceneExporter.h>
+#include <viewer/cli/FenceOption.h>
 #include <viewer/cli/ProgressBar.h>
 #include <viewer/printable.h>
 
@@ -36,6 +37,7 @@ void write(SceneExporter& exporter, const ExportOptions& options, ksp::StagedPro
 void commands::exportScene(const ExportOptions& options)
 {
     OutputFile::requireWritable(options.output);
+    const FenceShape fence = FenceOption::load(options.fence);
     ProgressBar bar;
     Host host(Host::Settings::InMemory);
     const std::unique_ptr<CProject> project = host.createProject();
@@ -43,12 +45,16 @@ void commands::exportScene(const ExportOptions& options)
     FileOpener opener(host, *project, scene.get());
     ksp::StagedProgress progress = bar.progress();
     opener.open(options.files, progress.startStage(50.0));
-    OutputFile::requireNoInput(options.output, InputFiles(options.files + opener.getMeshFiles()));
+    FenceOption::apply(fence, *project);
+    QStringList read = options.files + opener.getMeshFiles();
+    if (!options.fence.isEmpty()) read.append(options.fence);
+    OutputFile::requireNoInput(options.output, InputFiles(read));
 
     scene->flushBounds();
-    SceneExporter exporter(*scene);
+    SceneExporter exporter = bar.runSilent([&] { return SceneExporter(*scene); });
     if (exporter.counts().vertices() == 0)
-        throw ksp::CommonError(QStringLiteral("%1: not written: the files hold nothing that is drawn")
-                                   .arg(shownName(options.output)));
+        throw ksp::CommonError(QStringLiteral("%1: not written: the files hold nothing that is drawn%2")
+                                   .arg(shownName(options.output),
+                                        scene->isFenced() ? QStringLiteral(" inside the fence") : QString()));
     write(exporter, options, progress.startStage(100.0, printable(QFileInfo(options.output).fileName())));
 }

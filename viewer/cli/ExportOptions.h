@@ -10,6 +10,7 @@ struct ExportOptions
     QStringList files;
     QString output;
     bool ascii = false; ///< numbers as text
+    QString fence;      ///< a file (FenceFile.h), or empty
 
     static const char* const synopsis;
     static const char* const description;

@@ -35,9 +35,10 @@ QString JsonFields::shown(const QString& name) const
     return quoted(name);
 }
 
-std::vector<double> JsonFields::numbers(const QString& name, int count, const QString& wanted) const
+std::vector<double> JsonFields::numbers(const QString& name, const QJsonValue& list, int count,
+                                        const QString& wanted) const
 {
-    const QJsonArray array = m_object[name].toArray();
+    const QJsonArray array = list.toArray();
     std::vector<double> numbers;
     for (const QJsonValue& value : array)
         if (value.isDouble() && std::isfinite(value.toDouble())) numbers.push_back(value.toDouble());
@@ -48,17 +49,32 @@ std::vector<double> JsonFields::numbers(const QString& name, int count, const QS
 
 glm::dvec3 JsonFields::point(const QString& name) const
 {
-    const std::vector<double> values = numbers(name, 3, QStringLiteral("[x, y, z]"));
+    const std::vector<double> values = numbers(name, m_object[name], 3, QStringLiteral("[x, y, z]"));
     const glm::dvec3 point(values[0], values[1], values[2]);
     if (OptionValue::isTooFar(point))
         refuse(QStringLiteral("%1: coordinates go to 1e12 at most").arg(shown(name)));
     return point;
 }
 
+std::vector<glm::dvec3> JsonFields::points(const QString& name, int dimensions) const
+{
+    const QString wanted = dimensions == 3 ? QStringLiteral("a list of points [x, y, z]")
+                                           : QStringLiteral("a list of points [x, y]");
+    if (!m_object[name].isArray()) refuse(QStringLiteral("%1: %2 is wanted").arg(shown(name), wanted));
+    std::vector<glm::dvec3> points;
+    for (const QJsonValue& value : m_object[name].toArray()) {
+        const std::vector<double> values = numbers(name, value, dimensions, wanted);
+        points.emplace_back(values[0], values[1], dimensions == 3 ? values[2] : 0.0);
+        if (OptionValue::isTooFar(points.back()))
+            refuse(QStringLiteral("%1: coordinates go to 1e12 at most").arg(shown(name)));
+    }
+    return points;
+}
+
 QSize JsonFields::size(const QString& name) const
 {
     const QString wanted = QStringLiteral("[width, height] in pixels");
-    const std::vector<double> values = numbers(name, 2, wanted);
+    const std::vector<double> values = numbers(name, m_object[name], 2, wanted);
     constexpr double most = std::numeric_limits<int>::max();
     for (const double value : values)
         if (value != std::floor(value) || std::abs(value) > most)

@@ -23,11 +23,14 @@ public:
     double number(const QString& name) const override;
     int word(const QString& name, const QStringList& words) const override;
     QString text(const QString& name) const;
+    /// The points of a list, each of so many numbers (2 or 3); z is 0 for 2.
+    std::vector<glm::dvec3> points(const QString& name, int dimensions) const;
     [[noreturn]] void refuse(const QString& text) const override;
 
 private:
-    /// The numbers of an array of this many.
-    std::vector<double> numbers(const QString& name, int count, const QString& wanted) const;
+    /// The numbers of the array that the member of the name, or a part of it, is; so many of them.
+    std::vector<double> numbers(const QString& name, const QJsonValue& array, int count,
+                                const QString& wanted) const;
 
     QJsonObject m_object;
     QString m_place;

@@ -2,6 +2,7 @@
 
 #include <viewer/Host.h>
 #include <viewer/cli/Commands.h>
+#include <viewer/cli/FenceOption.h>
 #include <viewer/cli/UsageError.h>
 #include <viewer/cli/qtMessages.h>
 #include <viewer/cli/tell.h>
@@ -73,6 +74,7 @@ void requireAnyFile(const QStringList& files)
 
 int runWindow(const WindowOptions& options)
 {
+    const FenceShape fence = FenceOption::load(options.fence);
     Host host(Host::Settings::Kept);
     host.setPointSize(options.pointSize);
     MainWindow window(host);
@@ -83,9 +85,13 @@ int runWindow(const WindowOptions& options)
                    QMessageBox::Discard | QMessageBox::Cancel) == QMessageBox::Discard;
     });
     window.show();
-    if (!options.files.isEmpty())
-        QMetaObject::invokeMethod(
-            &window, [&] { window.openFiles(options.files); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        &window,
+        [&] {
+            if (!options.files.isEmpty()) window.openFiles(options.files);
+            FenceOption::apply(fence, window.project());
+        },
+        Qt::QueuedConnection);
     const int status = QApplication::exec();
     host.saveSettings();
     return status;

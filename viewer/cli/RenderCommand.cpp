@@ -9,6 +9,7 @@
 #include <viewer/PictureFile.h>
 #include <viewer/WorldFile.h>
 #include <viewer/cli/CameraList.h>
+#include <viewer/cli/FenceOption.h>
 #include <viewer/cli/ProgressBar.h>
 #include <viewer/printable.h>
 
@@ -164,6 +165,7 @@ void commands::render(const RenderOptions& options)
         for (const QString& file : filesOf(entry))
             OutputFile::requireWritable(file);
     Elevation elevation(options.elevation);
+    const FenceShape fence = FenceOption::load(options.fence);
     ProgressBar bar;
     Host host(Host::Settings::InMemory);
     host.setPointSize(options.pointSize);
@@ -173,8 +175,9 @@ void commands::render(const RenderOptions& options)
     FileOpener opener(host, *project, scene.get());
     ksp::StagedProgress progress = bar.progress();
     opener.open(options.files, progress.startStage(shareOfReading));
+    FenceOption::apply(fence, *project);
     QStringList read = options.files + opener.getMeshFiles();
-    for (const QString& file : {options.cameras, options.elevation.file})
+    for (const QString& file : {options.cameras, options.elevation.file, options.fence})
         if (!file.isEmpty()) read.append(file);
     const InputFiles inputs(read);
     for (const CameraList::Entry& entry : entries)

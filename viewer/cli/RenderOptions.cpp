@@ -2,6 +2,7 @@
 
 #include <viewer/cli/CameraList.h>
 #include <viewer/cli/CommandParser.h>
+#include <viewer/cli/FenceOption.h>
 #include <viewer/cli/OptionValue.h>
 #include <viewer/cli/PointSizeOption.h>
 #include <viewer/cli/UsageError.h>
@@ -39,6 +40,7 @@ void RenderOptions::declare(CommandParser& parser)
     parser.add({"background"}, "colour behind the scene: a name, #rrggbb, #aarrggbb or transparent",
                "COLOUR");
     PointSizeOption::declare(parser);
+    FenceOption::declare(parser);
     parser.add({"edl"},
                eyeDomeShadingNames().join('|') + ": eye-dome lighting, dark by what lies further or nearer",
                "NAME");
@@ -57,6 +59,7 @@ RenderOptions RenderOptions::read(const CommandParser& parser)
     if (parser.isSet("background"))
         options.background = OptionValue::color("background", parser.value("background"));
     options.pointSize = PointSizeOption::read(parser);
+    options.fence = FenceOption::read(parser);
     if (parser.isSet("edl"))
         options.eyeDome =
             static_cast<EyeDomeShading>(OptionValue::word("edl", parser.value("edl"), eyeDomeShadingNames()));

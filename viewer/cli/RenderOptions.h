@@ -20,6 +20,7 @@ struct RenderOptions
     CameraOptions camera;
     QColor background;              ///< invalid: that of the settings
     std::optional<float> pointSize; ///< pixels; nothing: as usual
+    QString fence;                  ///< a file (FenceFile.h), or empty
     EyeDomeShading eyeDome = EyeDomeShading::Off;
     ElevationOptions elevation;
 

@@ -3,6 +3,7 @@
 #include <viewer/FileOpener.h>
 #include <viewer/FrameRenderer.h>
 #include <viewer/Host.h>
+#include <viewer/cli/FenceOption.h>
 #include <viewer/cli/ProgressBar.h>
 #include <viewer/elements/ElementTypes.h>
 
@@ -75,12 +76,14 @@ QByteArray asLines(const std::vector<LONGID>& ids)
 
 QByteArray commands::select(const SelectOptions& options)
 {
+    const FenceShape fence = FenceOption::load(options.fence);
     ProgressBar bar;
     Host host(Host::Settings::InMemory);
     host.setPointSize(options.pointSize);
     const std::unique_ptr<CProject> project = host.createProject();
     const std::unique_ptr<Scene3d> scene = host.createScene(*project);
     FileOpener(host, *project, scene.get()).open(options.files, bar.progress());
+    FenceOption::apply(fence, *project);
     const std::vector<LONGID> ids = bar.runSilent([&] { return selectedBy(*scene, options); });
     return options.json ? asJson(ids, *project->getModel()) : asLines(ids);
 }

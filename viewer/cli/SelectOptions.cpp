@@ -1,6 +1,7 @@
 #include <viewer/cli/SelectOptions.h>
 
 #include <viewer/cli/CommandParser.h>
+#include <viewer/cli/FenceOption.h>
 #include <viewer/cli/OptionValue.h>
 #include <viewer/cli/PointSizeOption.h>
 #include <viewer/cli/UsageError.h>
@@ -71,6 +72,7 @@ void SelectOptions::declare(CommandParser& parser)
     parser.add({"json"}, "as JSON with types and names, for programs");
     CameraOptions::declare(parser);
     PointSizeOption::declare(parser);
+    FenceOption::declare(parser);
 }
 
 SelectOptions SelectOptions::read(const CommandParser& parser)
@@ -86,6 +88,7 @@ SelectOptions SelectOptions::read(const CommandParser& parser)
         options.rule = SelectionRule::Inside;
     options.camera = CameraOptions::read(parser);
     options.pointSize = PointSizeOption::read(parser);
+    options.fence = FenceOption::read(parser);
     options.json = parser.isSet("json");
     return options;
 }

@@ -20,6 +20,7 @@ struct SelectOptions
     SelectionMode mode = SelectionMode::Through;
     SelectionRule rule = SelectionRule::Touching;
     std::optional<float> pointSize; ///< pixels; nothing: as usual
+    QString fence;                  ///< a file (FenceFile.h), or empty
     bool json = false;
 
     static const char* const synopsis;

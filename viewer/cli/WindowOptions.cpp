@@ -1,6 +1,7 @@
 #include <viewer/cli/WindowOptions.h>
 
 #include <viewer/cli/CommandParser.h>
+#include <viewer/cli/FenceOption.h>
 #include <viewer/cli/PointSizeOption.h>
 
 const char* const WindowOptions::synopsis = "[FILES...] [OPTIONS]";
@@ -19,9 +20,14 @@ void WindowOptions::declare(CommandParser& parser)
 {
     parser.add({"v", "version"}, "show the version");
     PointSizeOption::declare(parser);
+    FenceOption::declare(parser);
 }
 
 WindowOptions WindowOptions::read(const CommandParser& parser)
 {
-    return {parser.positionalArguments(), PointSizeOption::read(parser)};
+    WindowOptions options;
+    options.files = parser.positionalArguments();
+    options.pointSize = PointSizeOption::read(parser);
+    options.fence = FenceOption::read(parser);
+    return options;
 }

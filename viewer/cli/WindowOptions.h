@@ -11,6 +11,7 @@ struct WindowOptions
 {
     QStringList files;
     std::optional<float> pointSize; ///< pixels; nothing: as usual
+    QString fence;                  ///< a file (FenceFile.h), or empty
 
     static const char* const synopsis;
     static const char* const description;

@@ -165,7 +165,7 @@ TEST(CommandLine, DepthHasNoBackground)
 
 TEST(CommandLine, OptionsThatAreNotThereYetAreUnknown)
 {
-    for (const char* option : {"--fence", "--labels"})
+    for (const char* option : {"--contours", "--labels"})
         EXPECT_EQ(
             renderRefusal({option, "x"}),
             QString("unknown option %1; usage: viewer3d render FILES... -o OUT.png [OPTIONS]").arg(option));
