@@ -5,6 +5,7 @@
 #include <framework/model/CModelElement.h>
 
 #include <QtCore/QStringList>
+#include <QtCore/QVariant>
 #include <QtCore/QtPlugin>
 
 #include <memory>
@@ -22,6 +23,14 @@ public:
     /// ksp::CommonError with the path and the reason for the user, or ksp::Canceled; nothing is read in part.
     virtual std::vector<std::unique_ptr<CModelElement>> read(const QString& path,
                                                              ksp::StagedProgress progress) = 0;
+
+    /// Whether the file's content is of the reader's format, as far as a look into it tells; the host asks
+    /// where several readers read its extension. True by default, as for a reader that takes what no other
+    /// one wants.
+    virtual bool recognizes(const QString& /*path*/) const { return true; }
+    /// Sets an option for the reads to come; an invalid value takes it back. Each reader knows the names of
+    /// its own options and does nothing for others, as here by default.
+    virtual void setOption(const QString& /*name*/, const QVariant& /*value*/) {}
 };
 
-Q_DECLARE_INTERFACE(IModelReader, "org.photomodel.host.IModelReader/1.0")
+Q_DECLARE_INTERFACE(IModelReader, "org.photomodel.host.IModelReader/1.1")
