@@ -18,6 +18,14 @@ public:
     {
     }
 
+    /// One of so many bytes.
+    static MemoryBudget of(std::size_t bytes)
+    {
+        MemoryBudget budget(0);
+        budget.m_left = bytes;
+        return budget;
+    }
+
     /// Throws ksp::CommonError when so many bytes more are too many.
     void charge(std::size_t bytes)
     {

@@ -5,7 +5,7 @@
 #include <readers/common/JsonHandler.h>
 #include <readers/common/MemoryBudget.h>
 #include <readers/geojson/Coordinates.h>
-#include <readers/geojson/PropertyReader.h>
+#include <readers/common/PropertyReader.h>
 
 #include <memory>
 #include <optional>

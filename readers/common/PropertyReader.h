@@ -19,7 +19,7 @@ QVariant toVariant(double number);
 /// Text for a value that is text or a number, empty for others.
 QString toText(const QVariant& value);
 
-/// The properties of one GeoJSON feature after the other, from what stands between the braces of each.
+/// The properties of one object of a JSON file after the other, from what stands between the braces of each.
 class PropertyReader
 {
 public:

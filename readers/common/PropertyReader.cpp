@@ -1,4 +1,4 @@
-#include <readers/geojson/PropertyReader.h>
+#include <readers/common/PropertyReader.h>
 
 #include <QtCore/QJsonDocument>
 
@@ -9,7 +9,7 @@ namespace readers {
 
 namespace {
 
-constexpr std::size_t mostProperties = 65536; // of one feature
+constexpr std::size_t mostProperties = 65536; // of one object
 constexpr std::size_t mostNames = 4096;       // that are kept once
 constexpr int deepestValue = 16;              // lists and objects within each other, as a project stores them
 constexpr int mostValues = 64;                // in a list or object
@@ -103,7 +103,7 @@ void PropertyReader::addProperty(QVariant value)
 {
     if (m_properties.size() == mostProperties)
         throw ksp::CommonError(
-            QStringLiteral("has a feature of more than %1 properties").arg(mostProperties));
+            QStringLiteral("has an object of more than %1 properties").arg(mostProperties));
     m_budget.charge(sizeof(List::value_type));
     m_properties.emplace_back(m_name, std::move(value));
 }

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <readers/cityjson/CityGeometryBuilder.h>
+
+#include <QtCore/QByteArray>
+#include <QtCore/QStringList>
+
+namespace readers {
+
+/// Reads the member "appearance" of a CityJSON file, all but its texture vertices, into the tables, whose
+/// textures are then the names that the file gives. Throws ksp::CommonError.
+void readAppearance(const QByteArray& text, CityJsonTables& tables, MemoryBudget& budget);
+
+/// Turns the names of pictures into absolute paths. Those that do not lie beside the file at path become
+/// empty, with a warning in the log each, ten at most.
+void findPictures(const QString& path, std::vector<QString>& names);
+
+} // namespace readers
