@@ -1,7 +1,9 @@
 #include <viewer/ElementSummary.h>
 
+#include <viewer/elements/CityMesh.h>
 #include <viewer/elements/MeshElement.h>
 
+#include <framework/model/CityObjectElement.h>
 #include <framework/model/FeatureElement.h>
 
 namespace {
@@ -26,6 +28,22 @@ ElementSummary summarize(const FeatureElement& feature)
     return summary;
 }
 
+ElementSummary summarize(const CityObjectElement& object)
+{
+    const MeshData mesh = CityMesh::of(object, CityMesh::Pictures::Without);
+    ElementSummary summary;
+    summary.bounds = object.getGeometry().getBounds();
+    for (const MeshData::Part& part : mesh.parts) {
+        if (part.kind == MeshData::Part::Points)
+            summary.points += part.indexCount;
+        else if (part.kind == MeshData::Part::Lines)
+            summary.lines += part.indexCount / 2;
+        else
+            summary.triangles += part.indexCount / 3;
+    }
+    return summary;
+}
+
 } // namespace
 
 ElementSummary ElementSummary::of(const CModelElement& element)
@@ -33,6 +51,7 @@ ElementSummary ElementSummary::of(const CModelElement& element)
     const auto* mesh = dynamic_cast<const MeshElement*>(&element);
     if (mesh && mesh->getNode()) return summarize(*mesh->getNode());
     if (const auto* feature = dynamic_cast<const FeatureElement*>(&element)) return summarize(*feature);
+    if (const auto* object = dynamic_cast<const CityObjectElement*>(&element)) return summarize(*object);
     return {};
 }
 

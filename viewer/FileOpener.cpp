@@ -164,7 +164,7 @@ FileOpener::Elements FileOpener::read(const QString& path, ksp::StagedProgress p
     requireReadable(path);
     const QString extension = extensionOf(path);
     return readGuarded(path, [&]() -> Elements {
-        if (IModelReader* reader = m_host.findModelReader(extension))
+        if (IModelReader* reader = m_host.findModelReader(extension, path))
             return reader->read(path, std::move(progress));
         if (DrawableNode3dFactory::instance().isExtensionSupported(extension))
             return readNodes(path, std::move(progress));

@@ -138,13 +138,23 @@ std::unique_ptr<Scene3d> Host::createScene(CProject& project)
     return scene;
 }
 
-IModelReader* Host::findModelReader(const QString& extension) const
+IModelReader* Host::findModelReader(const QString& extension, const QString& path) const
 {
+    std::vector<IModelReader*> readers;
     for (QObject* object : m_application.getExtensions()) {
         auto* reader = qobject_cast<IModelReader*>(object);
-        if (reader && reader->getExtensions().contains(extension)) return reader;
+        if (reader && reader->getExtensions().contains(extension)) readers.push_back(reader);
     }
-    return nullptr;
+    if (readers.size() < 2) return readers.empty() ? nullptr : readers.front();
+    const auto found = std::find_if(readers.begin(), readers.end(),
+                                    [&](const IModelReader* reader) { return reader->recognizes(path); });
+    return found == readers.end() ? readers.front() : *found; // which says what is wrong with it
+}
+
+void Host::setReaderOption(const QString& name, const QVariant& value)
+{
+    for (QObject* object : m_application.getExtensions())
+        if (auto* reader = qobject_cast<IModelReader*>(object)) reader->setOption(name, value);
 }
 
 QStringList Host::getExtensions() const

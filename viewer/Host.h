@@ -4,6 +4,7 @@
 #include <framework/ksp/Log.h>
 
 #include <QtCore/QStringList>
+#include <QtCore/QVariant>
 
 #include <memory>
 #include <optional>
@@ -42,8 +43,11 @@ public:
     /// first: as element_types::registerItems has it.
     void setPointSize(std::optional<float> pixels) { m_pointSize = pixels; }
 
-    /// The reader that makes elements of files with the extension (lower case), or null.
-    IModelReader* findModelReader(const QString& extension) const;
+    /// The reader that makes elements of files with the extension (lower case), or null. Of several the first
+    /// that recognizes the file, of those that look into it before those that take any.
+    IModelReader* findModelReader(const QString& extension, const QString& path) const;
+    /// Sets an option of the readers, see IModelReader::setOption.
+    void setReaderOption(const QString& name, const QVariant& value);
     /// All extensions that can be opened, project files included, lower case, ascending.
     QStringList getExtensions() const;
     /// Writes the settings to where they are kept.

@@ -20,6 +20,9 @@ void refuseUnknownCommand(const QString& word)
                                         : QStringLiteral("did you mean %1?").arg(nearest)));
 }
 
+template <typename Options>
+constexpr bool readsFiles = !std::is_same_v<Options, PluginsOptions>;
+
 /// The arguments of one command, without its word.
 template <typename Options>
 Command parse(const QStringList& arguments)
@@ -27,6 +30,7 @@ Command parse(const QStringList& arguments)
     constexpr bool isWindow = std::is_same_v<Options, WindowOptions>; // which has no word of its own
     CommandParser parser(Options::synopsis, Options::description);
     Options::declare(parser);
+    if constexpr (readsFiles<Options>) ReadingOptions::declare(parser);
     // before its options are found unknown, which they would not be to the command that was meant
     if (isWindow && !arguments.isEmpty() && !arguments.first().startsWith(QLatin1Char('-')))
         refuseUnknownCommand(arguments.first());
@@ -36,7 +40,9 @@ Command parse(const QStringList& arguments)
         return HelpRequest{QStringLiteral("viewer3d %1\n").arg(QStringLiteral(V3D_VERSION))};
     if (isWindow && !parser.positionalArguments().isEmpty())
         refuseUnknownCommand(parser.positionalArguments().first());
-    return Options::read(parser);
+    Options options = Options::read(parser);
+    if constexpr (readsFiles<Options>) options.reading = ReadingOptions::read(parser);
+    return options;
 }
 
 } // namespace

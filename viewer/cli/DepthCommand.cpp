@@ -222,6 +222,7 @@ void commands::depth(const DepthOptions& options)
     ProgressBar bar;
     Host host(Host::Settings::InMemory);
     host.setPointSize(options.pointSize);
+    options.reading.applyTo(host);
     const std::unique_ptr<CProject> project = host.createProject();
     const std::unique_ptr<Scene3d> scene = host.createScene(*project);
     FileOpener opener(host, *project, scene.get());

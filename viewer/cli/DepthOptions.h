@@ -1,5 +1,6 @@
 #pragma once
 
+#include <viewer/cli/ReadingOptions.h>
 #include <viewer/cli/CameraOptions.h>
 
 #include <QtCore/QStringList>
@@ -28,6 +29,7 @@ struct DepthOptions
     };
 
     QStringList files;
+    ReadingOptions reading; ///< is set for every command alike
     QString cameras; ///< a list of them (CameraList.h), or empty
     /// The one map; with a list the patterns of its files.
     Map map;

@@ -40,6 +40,7 @@ void commands::exportScene(const ExportOptions& options)
     const FenceShape fence = FenceOption::load(options.fence);
     ProgressBar bar;
     Host host(Host::Settings::InMemory);
+    options.reading.applyTo(host);
     const std::unique_ptr<CProject> project = host.createProject();
     const std::unique_ptr<Scene3d> scene = host.createScene(*project);
     FileOpener opener(host, *project, scene.get());

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <viewer/cli/ReadingOptions.h>
+
 #include <QtCore/QStringList>
 
 class CommandParser;
@@ -8,6 +10,7 @@ class CommandParser;
 struct ExportOptions
 {
     QStringList files;
+    ReadingOptions reading; ///< is set for every command alike
     QString output;
     bool ascii = false; ///< numbers as text
     QString fence;      ///< a file (FenceFile.h), or empty

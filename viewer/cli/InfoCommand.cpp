@@ -75,6 +75,7 @@ QByteArray commands::info(const InfoOptions& options)
 {
     ProgressBar bar;
     Host host(Host::Settings::InMemory);
+    options.reading.applyTo(host);
     const std::unique_ptr<CProject> project = host.createProject();
     FileOpener(host, *project, nullptr).open(options.files, bar.progress());
 

@@ -15,5 +15,8 @@ InfoOptions InfoOptions::read(const CommandParser& parser)
 {
     if (parser.positionalArguments().isEmpty())
         throw UsageError(QStringLiteral("info: no files; usage: viewer3d info FILES... [--json]"));
-    return {parser.positionalArguments(), parser.isSet("json")};
+    InfoOptions options;
+    options.files = parser.positionalArguments();
+    options.json = parser.isSet("json");
+    return options;
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <viewer/cli/ReadingOptions.h>
+
 #include <QtCore/QStringList>
 
 class CommandParser;
@@ -8,6 +10,7 @@ class CommandParser;
 struct InfoOptions
 {
     QStringList files;
+    ReadingOptions reading; ///< is set for every command alike
     bool json = false;
 
     static const char* const synopsis;

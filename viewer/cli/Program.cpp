@@ -77,6 +77,7 @@ int runWindow(const WindowOptions& options)
     const FenceShape fence = FenceOption::load(options.fence);
     Host host(Host::Settings::Kept);
     host.setPointSize(options.pointSize);
+    options.reading.applyTo(host);
     MainWindow window(host);
     window.setDiscardQuestion([&window] {
         return QMessageBox::question(

@@ -169,6 +169,7 @@ void commands::render(const RenderOptions& options)
     ProgressBar bar;
     Host host(Host::Settings::InMemory);
     host.setPointSize(options.pointSize);
+    options.reading.applyTo(host);
     const std::unique_ptr<CProject> project = host.createProject();
     const std::unique_ptr<Scene3d> scene = host.createScene(*project);
     elevation.prepare(*scene);

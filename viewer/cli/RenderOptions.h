@@ -3,6 +3,7 @@
 #include <viewer/EyeDomeShading.h>
 #include <viewer/cli/CameraOptions.h>
 #include <viewer/cli/ElevationOptions.h>
+#include <viewer/cli/ReadingOptions.h>
 
 #include <QtCore/QStringList>
 #include <QtGui/QColor>
@@ -15,6 +16,7 @@ class CommandParser;
 struct RenderOptions
 {
     QStringList files;
+    ReadingOptions reading; ///< is set for every command alike
     QString output;  ///< the picture; with a list of cameras the pattern of their names, or nothing
     QString cameras; ///< the list of cameras, a file; nothing: the one camera
     CameraOptions camera;

@@ -80,6 +80,7 @@ QByteArray commands::select(const SelectOptions& options)
     ProgressBar bar;
     Host host(Host::Settings::InMemory);
     host.setPointSize(options.pointSize);
+    options.reading.applyTo(host);
     const std::unique_ptr<CProject> project = host.createProject();
     const std::unique_ptr<Scene3d> scene = host.createScene(*project);
     FileOpener(host, *project, scene.get()).open(options.files, bar.progress());

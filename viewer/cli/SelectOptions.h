@@ -1,6 +1,7 @@
 #pragma once
 
 #include <viewer/cli/CameraOptions.h>
+#include <viewer/cli/ReadingOptions.h>
 
 #include <Viewer3dModule/scene/SelectionOptions.h>
 
@@ -15,6 +16,7 @@ class CommandParser;
 struct SelectOptions
 {
     QStringList files;
+    ReadingOptions reading; ///< is set for every command alike
     CameraOptions camera;
     QPolygonF area; ///< pixels of the picture, origin top left
     SelectionMode mode = SelectionMode::Through;

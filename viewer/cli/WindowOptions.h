@@ -1,5 +1,7 @@
 #pragma once
 
+#include <viewer/cli/ReadingOptions.h>
+
 #include <QtCore/QStringList>
 
 #include <optional>
@@ -10,6 +12,7 @@ class CommandParser;
 struct WindowOptions
 {
     QStringList files;
+    ReadingOptions reading; ///< is set for every command alike
     std::optional<float> pointSize; ///< pixels; nothing: as usual
     QString fence;                  ///< a file (FenceFile.h), or empty
 

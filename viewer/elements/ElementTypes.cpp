@@ -1,5 +1,6 @@
 #include <viewer/elements/ElementTypes.h>
 
+#include <viewer/elements/CityObjectItem.h>
 #include <viewer/elements/FeatureDrawers.h>
 #include <viewer/elements/FeatureItem.h>
 #include <viewer/elements/MeshElement.h>
@@ -9,6 +10,7 @@
 #include <Viewer3dModule/host/CGraphics3dExtension.h>
 #include <framework/model/COrdinaryItemCreator.h>
 #include <framework/model/CProjectModel.h>
+#include <framework/model/CityObjectElement.h>
 #include <framework/model/FeatureElement.h>
 
 namespace {
@@ -36,13 +38,15 @@ private:
 
 namespace element_types {
 
-static_assert(Feature == FeatureElement::Type, "one number for one type");
+static_assert(Feature == FeatureElement::Type && CityObject == CityObjectElement::Type,
+              "one number for one type");
 
 void registerCreators(CProjectModel& model)
 {
     model.registerCreator(std::make_unique<COrdinaryItemCreator<MeshElement>>());
     model.registerCreator(std::make_unique<COrdinaryItemCreator<FeatureElement>>());
     model.registerCreator(std::make_unique<COrdinaryItemCreator<ViewpointElement>>());
+    model.registerCreator(std::make_unique<COrdinaryItemCreator<CityObjectElement>>());
 }
 
 void registerItems(Scene3d& scene, std::optional<float> pointSize)
@@ -52,6 +56,8 @@ void registerItems(Scene3d& scene, std::optional<float> pointSize)
         Mesh, &scene, std::make_unique<ItemCreator<MeshElement, MeshItem>>(pointSize));
     CGraphics3dExtension::registerElementType(
         Feature, &scene, std::make_unique<ItemCreator<FeatureElement, FeatureItem>>(pointSize));
+    CGraphics3dExtension::registerElementType(
+        CityObject, &scene, std::make_unique<ItemCreator<CityObjectElement, CityObjectItem>>(pointSize));
 }
 
 QString name(int type)
@@ -63,6 +69,8 @@ QString name(int type)
         return QStringLiteral("feature");
     case Viewpoint:
         return QStringLiteral("viewpoint");
+    case CityObject:
+        return QStringLiteral("city object");
     default:
         return QStringLiteral("0x%1").arg(static_cast<unsigned>(type), 8, 16, QLatin1Char('0'));
     }
