@@ -19,8 +19,14 @@ constexpr double roomBeforeNearest = 0.8; // share of the distance
 std::vector<Drawable3dItem*> visibleItems(const Scene3d& scene)
 {
     std::vector<Drawable3dItem*> items;
-    for (const auto& entry : scene.getItems())
-        if (entry.second->isVisible()) items.push_back(entry.second);
+    const auto add = [&items](Drawable3dItem* item) {
+        if (item && item->isVisible()) items.push_back(item);
+    };
+    for (const auto& entry : scene.getItems()) {
+        add(entry.second);
+        for (Drawable3dItem* child : entry.second->getDrawableChildren())
+            add(child);
+    }
     return items;
 }
 

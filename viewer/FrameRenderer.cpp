@@ -130,8 +130,10 @@ std::optional<glm::dvec3> FrameRenderer::pointUnder(const Viewpoint& viewpoint, 
     OpenGLFunctions& gl = makeCurrent();
     constexpr int side = 2 * pickReach + 1;
     const QRect cutout(pixel.x() - pickReach, pixel.y() - pickReach, side, side);
+    const Tile tile = TileGrid::around(cutout, size);
+    if (tile.frustum.isEmpty()) return std::nullopt;
     const auto target = makeTarget(gl, cutout.size(), 0);
-    drawPlain(viewpoint, size, {cutout, cutout, cutout}, m_scene.getDefaultVao(), Qt::black);
+    drawPlain(viewpoint, size, tile, m_scene.getDefaultVao(), Qt::black);
 
     std::vector<float> depths(side * side, 1.0f);
     gl.glReadPixels(0, 0, side, side, GL_DEPTH_COMPONENT, GL_FLOAT, depths.data());

@@ -9,8 +9,8 @@
 
 class OutputFile;
 
-/// Pictures as PNG files that appear whole or not at all. Errors are ksp::CommonError, whose text begins with
-/// the file's name; a file that was there is then as it was.
+/// Pictures as PNG or TIFF files, by their extensions, that appear whole or not at all. Errors are
+/// ksp::CommonError, whose text begins with the file's name; a file that was there is then as it was.
 namespace PictureFile {
 
 /// Writes the picture, in place of a regular file or where nothing is.

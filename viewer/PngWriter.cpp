@@ -66,7 +66,8 @@ struct PngWriter::Private
 };
 
 PngWriter::PngWriter(OutputFile& file, const QSize& size, bool hasAlpha)
-    : m_private(new Private{file, size, hasAlpha})
+    : PictureWriter(hasAlpha)
+    , m_private(new Private{file, size, hasAlpha})
 {
     Private* d = m_private.get();
     d->png = png_create_write_struct(PNG_LIBPNG_VER_STRING, d, Private::onError, Private::onWarning);
@@ -86,11 +87,6 @@ PngWriter::PngWriter(OutputFile& file, const QSize& size, bool hasAlpha)
 PngWriter::~PngWriter()
 {
     png_destroy_write_struct(&m_private->png, &m_private->info);
-}
-
-QImage::Format PngWriter::rowFormat() const
-{
-    return m_private->hasAlpha ? QImage::Format_RGBA8888 : QImage::Format_RGB888;
 }
 
 void PngWriter::writeRow(const uchar* row)

@@ -1,29 +1,15 @@
 #pragma once
 
-#include <QtCore/QSize>
-#include <QtGui/QImage>
+#include <viewer/PictureWriter.h>
 
-#include <memory>
-
-class OutputFile;
-
-/// Writes a picture as PNG, row by row: memory does not grow with it. 8 bits a channel, with an alpha channel
-/// or without. Errors are ksp::CommonError, which name the file.
-class PngWriter
+/// Writes a picture as PNG.
+class PngWriter : public PictureWriter
 {
 public:
-    /// Begins the picture. The file is not owned.
     PngWriter(OutputFile& file, const QSize& size, bool hasAlpha);
-    ~PngWriter();
-    PngWriter(const PngWriter&) = delete;
-    PngWriter& operator=(const PngWriter&) = delete;
-
-    /// What the bytes of rows are: RGB888, or RGBA8888 with an alpha channel, not multiplied.
-    QImage::Format rowFormat() const;
-    /// The next row, from the top.
-    void writeRow(const uchar* row);
-    /// Ends the picture; all its rows have been written. The file is still to be committed.
-    void finish();
+    ~PngWriter() override;
+    void writeRow(const uchar* row) override;
+    void finish() override;
 
 private:
     struct Private;

@@ -23,6 +23,12 @@ int divideUp(int count, int step)
     return (count + step - 1) / step;
 }
 
+/// Beside the picture nothing is added: what lies there counts no more than in a picture of one tile.
+QRect grown(const QRect& rect, int by, const QSize& picture)
+{
+    return rect.adjusted(-by, -by, by, by) & QRect(QPoint(0, 0), picture);
+}
+
 QString gibibytes(double bytes)
 {
     return QLocale::c().toString(bytes / (1LL << 30), 'g', 3) + QStringLiteral(" GiB");
@@ -63,15 +69,15 @@ std::vector<Tile> TileGrid::tiles(int band) const
     return tiles;
 }
 
-// Beside the picture nothing is added: what lies there counts no more than in a picture of one tile.
 Tile TileGrid::tile(const QRect& pixels) const
 {
-    const QRect picture(QPoint(0, 0), m_size);
-    const auto grown = [&picture](const QRect& rect, int by) {
-        return rect.adjusted(-by, -by, by, by) & picture;
-    };
-    const QRect target = grown(pixels, m_reach);
-    return {pixels, target, grown(target, pointReach)};
+    const QRect target = grown(pixels, m_reach, m_size);
+    return {pixels, target, grown(target, pointReach, m_size)};
+}
+
+Tile TileGrid::around(const QRect& pixels, const QSize& size)
+{
+    return {pixels, pixels, grown(pixels, pointReach, size)};
 }
 
 glm::dmat4 croppedProjection(const glm::dmat4& projection, const QSize& size, const QRect& part)

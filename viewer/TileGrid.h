@@ -33,6 +33,9 @@ public:
     /// The tiles of a band, from left to right.
     std::vector<Tile> tiles(int band) const;
     int tileCount() const;
+    /// A tile that draws these pixels of a picture of this size alone; its frustum is empty where none of
+    /// them is anywhere near.
+    static Tile around(const QRect& pixels, const QSize& size);
 
     /// Whether a picture of this size, 4 bytes a pixel, can be asked for; otherwise why not, else an empty
     /// text.

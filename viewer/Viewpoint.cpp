@@ -21,7 +21,7 @@ double tangentOfHalfView(const IProjection& projection)
 std::unique_ptr<IProjection> makeCentral(double fov)
 {
     std::unique_ptr<IProjection> projection = makeProjection(IProjection::Central);
-    if (fov != Viewpoint::usualFov) projection->setZoom(std::tan(Viewpoint::usualFov) / std::tan(fov));
+    projection->zoom(fov - Viewpoint::usualFov); // setZoom knows no angles from 90 degrees on
     return projection;
 }
 

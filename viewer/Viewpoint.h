@@ -41,7 +41,7 @@ public:
     ~Viewpoint() = default;
 
     /// Looks from the eye to the target; a parallel projection shows at the target what the central one
-    /// would. fov: of that, vertical, radians, below a right angle.
+    /// would. fov: of that, vertical, radians, below pi.
     static Viewpoint looking(const glm::dvec3& eye, const glm::dvec3& target, const glm::dvec3& up,
                              IProjection::Projection type, const QSizeF& size, double fov = usualFov);
     /// Looks along the direction so that the whole box is in the picture and as large as it can be. size in

@@ -8,9 +8,9 @@
 
 namespace {
 
-constexpr double smallestAngle = 1e-7;            // radians between the line of sight and the up vector
-constexpr double largestPixel = 1e12;             // model units
-constexpr double narrowest = 0.01, widest = 90.0; // degrees of view
+constexpr double smallestAngle = 1e-7;             // radians between the line of sight and the up vector
+constexpr double largestPixel = 1e12;              // model units
+constexpr double narrowest = 0.01, widest = 170.0; // degrees of view
 
 bool isAlong(const glm::dvec3& a, const glm::dvec3& b)
 {
@@ -50,8 +50,8 @@ double readFov(const CameraFields& fields, const CameraOptions& camera)
     if (camera.projection != IProjection::Central)
         fields.refuse(QStringLiteral("%1 belongs to the central projection").arg(fields.shown("fov")));
     const double degrees = fields.number("fov");
-    if (!(degrees >= narrowest && degrees < widest))
-        fields.refuse(QStringLiteral("%1 %2: degrees are wanted, at least %3 and less than %4")
+    if (!(degrees >= narrowest && degrees <= widest))
+        fields.refuse(QStringLiteral("%1 %2: degrees are wanted, at least %3 and at most %4")
                           .arg(fields.shown("fov"))
                           .arg(degrees)
                           .arg(narrowest)

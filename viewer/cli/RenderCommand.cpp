@@ -7,6 +7,7 @@
 #include <viewer/InputFiles.h>
 #include <viewer/OutputFile.h>
 #include <viewer/PictureFile.h>
+#include <viewer/PictureWriter.h>
 #include <viewer/WorldFile.h>
 #include <viewer/cli/CameraList.h>
 #include <viewer/cli/FenceOption.h>
@@ -35,7 +36,7 @@ QStringList filesOf(const CameraList::Entry& entry)
 std::vector<CameraList::Entry> readEntries(const RenderOptions& options)
 {
     if (options.cameras.isEmpty()) return {{options.camera, options.output, {}}};
-    return CameraList::read(options.cameras, options.output);
+    return CameraList::read(options.cameras, options.output, PictureWriter::extensions());
 }
 
 /// Colours by height as they are asked for: those of a file are read at once, so that a bad one keeps nobody

@@ -1,5 +1,6 @@
 #include <viewer/cli/RenderOptions.h>
 
+#include <viewer/PictureWriter.h>
 #include <viewer/cli/CameraList.h>
 #include <viewer/cli/CommandParser.h>
 #include <viewer/cli/FenceOption.h>
@@ -18,8 +19,10 @@ QString readOutput(const CommandParser& parser)
         if (parser.isSet("cameras") && !parser.isSet("output")) return {};
         throw UsageError(QStringLiteral("render: no output; add -o OUT.png"));
     }
-    if (QFileInfo(output).suffix().toLower() != "png")
-        throw UsageError(QStringLiteral("-o %1: render writes PNG; the name must end in .png").arg(output));
+    const QStringList extensions = PictureWriter::extensions();
+    if (!extensions.contains(QFileInfo(output).suffix().toLower()))
+        throw UsageError(QStringLiteral("-o %1: render writes PNG and TIFF; the name must end in .%2")
+                             .arg(output, extensions.join(QStringLiteral(" or ."))));
     if (parser.isSet("cameras") && !output.contains(CameraList::namePlace))
         throw UsageError(QStringLiteral("-o %1: of several cameras the names need %2, for example -o %2.png")
                              .arg(output, CameraList::namePlace));
@@ -30,11 +33,12 @@ QString readOutput(const CommandParser& parser)
 
 const char* const RenderOptions::synopsis = "render FILES... -o OUT.png [OPTIONS]";
 const char* const RenderOptions::description =
-    "Draws the files and writes the picture as PNG, or several pictures of one list of cameras.";
+    "Draws the files and writes the picture as PNG or TIFF, or several pictures of one list of cameras.";
 
 void RenderOptions::declare(CommandParser& parser)
 {
-    parser.add({"o", "output"}, "the picture to write; with --cameras a pattern with {name}", "OUT.png");
+    parser.add({"o", "output"},
+               "the picture to write: .png, .tif or .tiff; with --cameras a pattern with {name}", "OUT.png");
     CameraOptions::declare(parser);
     parser.add({"cameras"}, "a list of cameras (JSON), each with a picture of its own", "FILE.json");
     parser.add({"background"}, "colour behind the scene: a name, #rrggbb, #aarrggbb or transparent",

@@ -122,6 +122,17 @@ TEST_F(OrthoPicture, IsAsLargeAsItsContentNeeds)
     EXPECT_GT(qRed(image.pixel(8, 4)), 60);
 }
 
+TEST_F(OrthoPicture, AsTiffHasItsOwnWorldFile)
+{
+    const QString file = write("square.obj", "v 100 50 5\nv 108 50 5\nv 108 54 9\nv 100 54 9\nf 1 2 3 4\n");
+    for (const char* name : {"out.tif", "out.tiff"}) {
+        render({file, "--gsd", "2", "--size", "10x6"}, name);
+        EXPECT_EQ(read("out.tfw"), "2\n0\n0\n-2\n95\n57\n") << name; // 94 to 114, 46 to 58
+        EXPECT_TRUE(read(name).startsWith("II*")) << name;
+        QFile::remove(path("out.tfw"));
+    }
+}
+
 TEST_F(OrthoPicture, WithASizeIsThatOfTheMiddle)
 {
     const QString file = write("square.obj", "v 100 50 5\nv 108 50 5\nv 108 54 9\nv 100 54 9\nf 1 2 3 4\n");

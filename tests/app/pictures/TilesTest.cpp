@@ -191,6 +191,27 @@ TEST_F(Tiles, HaveTheSameBitsInAnyOrder)
     checkImage("tiles_order", other, picture);
 }
 
+// A point is hit wherever it is seen, also far from its middle, and nothing beside it.
+TEST_F(Tiles, PointUnderAPixelIsTheOneThatIsSeenThere)
+{
+    open({write("points.ply", "ply\nformat ascii 1.0\nelement vertex 2\nproperty double x\n"
+                              "property double y\nproperty double z\nend_header\n0 0 3\n10 0 3\n")},
+         61.0f);
+    const QSize size(400, 300);
+    const glm::dvec3 point = m_scene->mapFromModel({0, 0, 3});
+    for (const auto projection : {IProjection::Parallel, IProjection::Central}) {
+        const Viewpoint viewpoint =
+            Viewpoint::looking(m_scene->mapFromModel({0, 0, 33}), point, {0, 1, 0}, projection, size);
+        for (const auto& [x, y] : {std::pair(200, 150), {226, 150}, {175, 126}, {200, 176}}) {
+            const auto found = m_renderer->pointUnder(viewpoint, size, QPoint(x, y));
+            ASSERT_TRUE(found) << x << ' ' << y;
+            EXPECT_NEAR(viewpoint.depthOf(*found), viewpoint.depthOf(point), 1e-3 * viewpoint.depthOf(point));
+        }
+        EXPECT_FALSE(m_renderer->pointUnder(viewpoint, size, QPoint(200, 190)));
+        EXPECT_FALSE(m_renderer->pointUnder(viewpoint, size, QPoint(-1000, 5000)));
+    }
+}
+
 // A picture that is one tile is what a single pass draws.
 TEST_F(Tiles, OneIsTheWholePicture)
 {

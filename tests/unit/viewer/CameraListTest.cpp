@@ -105,9 +105,9 @@ TEST_F(CameraListTest, NamesTheCameraAndTheKeyThatIsWrong)
     EXPECT_EQ(wrong(R"("eye": [0, 0, 5], "target": [0, 0, 0], "up": [0, 0, 1])"),
               second + "\"up\" lies along the line from \"eye\" to \"target\"; it must point elsewhere");
     EXPECT_EQ(wrong(R"("fov": "60")"), second + "\"fov\": a number is wanted");
-    for (const char* fov : {"0", "-10", "90", "180"})
+    for (const char* fov : {"0", "-10", "170.5", "180"})
         EXPECT_EQ(wrong(QByteArray(R"("fov": )") + fov),
-                  second + "\"fov\" " + fov + ": degrees are wanted, at least 0.01 and less than 90");
+                  second + "\"fov\" " + fov + ": degrees are wanted, at least 0.01 and at most 170");
     EXPECT_EQ(wrong(R"("fov": 50, "projection": "parallel")"),
               second + "\"fov\" belongs to the central projection");
     EXPECT_EQ(wrong(R"("gsd": 1)"),

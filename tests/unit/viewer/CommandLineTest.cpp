@@ -291,9 +291,9 @@ TEST(CommandLine, FieldOfViewIsThatOfACentralProjection)
     EXPECT_DOUBLE_EQ(parseRender({"--fov", "60"}).camera.fov.value(), 3.14159265358979323846 / 3.0);
     EXPECT_EQ(renderRefusal({"--fov", "60", "--projection", "parallel"}),
               "--fov belongs to the central projection");
-    for (const char* angle : {"0", "-5", "90", "180"})
+    for (const char* angle : {"0", "-5", "170.5", "180"})
         EXPECT_EQ(renderRefusal({"--fov", angle}),
-                  QString("--fov %1: degrees are wanted, at least 0.01 and less than 90").arg(angle));
+                  QString("--fov %1: degrees are wanted, at least 0.01 and at most 170").arg(angle));
 }
 
 TEST(CommandLine, GsdIsALength)
