@@ -94,7 +94,7 @@ QString CSurface::findFault() const
     return {};
 }
 
-// Sets origin, scale and precision; false where the extent is zero or beyond the range of numbers.
+// Sets origin, scale and tolerance; false where the extent is zero or beyond the range of numbers.
 bool CSurface::findFrame()
 {
     m_origin = m_positions[m_corners.front()];
@@ -107,7 +107,7 @@ bool CSurface::findFrame()
     if (!(extent > 0.0) || !std::isfinite(extent)) return false;
     m_scale = std::ldexp(1.0, -std::ilogb(extent)); // a power of two: scaling rounds nothing
     const double rounding = 4.0 * std::numeric_limits<double>::epsilon() * farthest;
-    m_precision = std::max(rounding, m_givenPrecision) * m_scale;
+    m_tolerance = 4.0 * std::max(rounding, m_givenPrecision) * m_scale;
     return std::isfinite(m_scale);
 }
 
@@ -138,7 +138,7 @@ bool CSurface::findNormal(const std::vector<glm::dvec3>& points)
         const glm::dvec3 wide = glm::cross(span, points[corner]);
         if (glm::dot(wide, wide) > glm::dot(triangle, triangle)) triangle = wide;
     }
-    if (!(glm::length(triangle) > 2.0 * m_precision * glm::length(span))) return false;
+    if (!(glm::length(triangle) > 0.5 * m_tolerance * glm::length(span))) return false;
     const bool isCertain = glm::length(area) > 1e-3 * glm::length(triangle);
     m_normal = isCertain ? area : glm::dot(area, triangle) < 0.0 ? -triangle : triangle;
     m_normal = glm::normalize(m_normal);
@@ -156,7 +156,7 @@ bool CSurface::createTriangulation(bool keepFlatTriangles, std::int64_t maximumC
     std::vector<glm::dvec3> points = localPositions();
     if (!findNormal(points)) return fail(QStringLiteral("all its points lie on a line"));
     Tessellation result =
-        tessellate(points, {m_corners, m_contourEnds, m_normal}, maximumCrossings, progress);
+        tessellate(points, {m_corners, m_contourEnds, m_tolerance, m_normal}, maximumCrossings, progress);
     if (!result.failure.isNull()) return fail(result.failure);
     if (result.isCanceled) return false;
     m_division = std::move(result.triangles);
@@ -171,13 +171,13 @@ bool CSurface::update()
     m_triangles.clear();
     if (!m_isDivided) return false;
     std::vector<glm::dvec3> points = localPositions();
-    appendCrossings(points);
+    appendCrossings(m_crossings, points);
     m_positions.reserve(points.size());
     for (std::size_t i = m_givenCount; i < points.size(); ++i)
         m_positions.push_back(m_origin + points[i] / m_scale);
     for (const Triangle& triangle : m_division)
         if (m_keepsFlatTriangles ||
-            hasArea(points[triangle[0]], points[triangle[1]], points[triangle[2]], m_precision))
+            hasArea(points[triangle[0]], points[triangle[1]], points[triangle[2]], m_tolerance))
             m_triangles.push_back(triangle);
     return !m_triangles.empty() || fail(QStringLiteral("it encloses no area"));
 }

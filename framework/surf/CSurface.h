@@ -28,6 +28,21 @@ struct Crossing
     std::array<double, 4> weights;
 };
 
+/// Appends an attribute's values at crossings to its values at the vertices that were given.
+/// @param values  one vector of glm a vertex
+template <class Vector>
+void appendCrossings(const std::vector<Crossing>& crossings, std::vector<Vector>& values)
+{
+    using Scalar = typename Vector::value_type;
+    values.reserve(values.size() + crossings.size());
+    for (const Crossing& crossing : crossings) {
+        Vector sum(Scalar(0));
+        for (std::size_t i = 0; i < 4; ++i)
+            sum += values[crossing.sources[i]] * static_cast<Scalar>(crossing.weights[i]);
+        values.push_back(sum);
+    }
+}
+
 /// A flat region in space that is divided into triangles.
 ///
 /// Contours bound the region by the odd-even rule: a point belongs to it when a ray from it crosses the
@@ -56,8 +71,9 @@ public:
     void addContour(const std::vector<std::uint32_t>& vertices);
 
     /// How far from its true place a vertex may lie, where that is more than the rounding of double
-    /// precision: for instance the spacing of the single precision values that the positions come from. A
-    /// region that is nowhere wider counts as a line.
+    /// precision: for instance half the spacing of the single precision values that the positions come from.
+    /// What is nearer to an edge than four times that touches it; a region that is nowhere wider than twice
+    /// that is a line.
     void setPrecision(double precision);
 
     /// Finds the triangles. On failure there are none, and one line in the log names the surface and the
@@ -79,7 +95,7 @@ public:
 
     /// Empty before update() and after a failure.
     const std::vector<Triangle>& getTriangles() const { return m_triangles; }
-    /// The vertices from getGivenCount() on, in order.
+    /// The vertices from getGivenCount() on, in order; see also appendCrossings.
     const std::vector<Crossing>& getCrossings() const { return m_crossings; }
     /// Of vertices that were given.
     std::size_t getGivenCount() const { return m_givenCount; }
@@ -90,21 +106,6 @@ public:
     /// Unit normal of the plane, to the side from which the first contour runs counter-clockwise; found by
     /// createTriangulation, null before.
     const glm::dvec3& getNormal() const { return m_normal; }
-
-    /// Appends the values at crossings to an attribute's values at the vertices that were given.
-    /// @param values  getGivenCount() vectors of glm
-    template <class Vector>
-    void appendCrossings(std::vector<Vector>& values) const
-    {
-        using Scalar = typename Vector::value_type;
-        values.reserve(values.size() + m_crossings.size());
-        for (const Crossing& crossing : m_crossings) {
-            Vector sum(Scalar(0));
-            for (std::size_t i = 0; i < 4; ++i)
-                sum += values[crossing.sources[i]] * static_cast<Scalar>(crossing.weights[i]);
-            values.push_back(sum);
-        }
-    }
 
 private:
     void dropDivision();
@@ -124,7 +125,7 @@ private:
     // local position = (position - origin) * scale: all within -2 to 2
     glm::dvec3 m_origin = glm::dvec3(0.0);
     double m_scale = 1.0;
-    double m_precision = 0.0; // local
+    double m_tolerance = 0.0; // local: how far rounding moves things
     glm::dvec3 m_normal = glm::dvec3(0.0);
 
     bool m_isDivided = false;

@@ -1,6 +1,7 @@
 #include <framework/surf/Tessellator.h>
 
 #include <framework/ksp/StagedProgress.h>
+#include <framework/surf/ContourJoiner.h>
 
 #include <GL/glu.h>
 
@@ -91,7 +92,8 @@ private:
     }
     static void onError(GLenum error, void* run)
     {
-        if (of(run).m_result.failure.isNull())
+        // a run that was canceled leaves contours open
+        if (of(run).m_result.failure.isNull() && !of(run).m_result.isCanceled)
             of(run).m_result.failure =
                 QString::fromLatin1(reinterpret_cast<const char*>(gluErrorString(error)));
     }
@@ -226,10 +228,20 @@ double estimateCrossings(const std::vector<glm::dvec3>& points, const FlatContou
     return static_cast<double>(hits) / static_cast<double>(samples) * edges * edges / 2.0;
 }
 
+void joinContours(const std::vector<glm::dvec3>& points, FlatContours& contours)
+{
+    const Projection project(contours.normal);
+    std::vector<glm::dvec2> flat;
+    flat.reserve(points.size());
+    for (const glm::dvec3& point : points)
+        flat.push_back(project(point));
+    ContourJoiner(flat, contours.tolerance).join(contours.corners, contours.ends);
+}
+
 } // namespace
 
-Tessellation tessellate(std::vector<glm::dvec3>& points, const FlatContours& contours,
-                        std::int64_t maximumCrossings, const ksp::StagedProgress* progress)
+Tessellation tessellate(std::vector<glm::dvec3>& points, FlatContours contours, std::int64_t maximumCrossings,
+                        const ksp::StagedProgress* progress)
 {
     const auto corners = static_cast<double>(contours.corners.size());
     const double bound = maximumCrossings >= 0 ? static_cast<double>(maximumCrossings) : 1e5 + 16.0 * corners;
@@ -241,6 +253,7 @@ Tessellation tessellate(std::vector<glm::dvec3>& points, const FlatContours& con
         refused.failure = tooMany;
         return refused;
     }
+    joinContours(points, contours);
     Run run(points, contours, progress);
     run.divide();
     Tessellation result = run.take();

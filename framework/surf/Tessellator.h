@@ -4,13 +4,15 @@
 
 namespace surf {
 
-/// Contours in a plane, for tessellate(). Nothing is owned.
+/// Contours in a plane, for tessellate().
 struct FlatContours
 {
     /// Corners of all contours, one contour after the other, as numbers of points.
-    const std::vector<std::uint32_t>& corners;
+    std::vector<std::uint32_t> corners;
     /// Where each contour ends in corners.
-    const std::vector<std::size_t>& ends;
+    std::vector<std::size_t> ends;
+    /// How far apart things are that touch.
+    double tolerance;
     /// Normal of the plane, any length.
     glm::dvec3 normal;
 };
@@ -28,7 +30,7 @@ struct Tessellation
 /// @param points            finite positions near the origin; those of crossings are appended
 /// @param maximumCrossings  -1: 100,000 and 16 a corner, by an estimate beforehand
 /// @param progress          may be null
-Tessellation tessellate(std::vector<glm::dvec3>& points, const FlatContours& contours,
-                        std::int64_t maximumCrossings, const ksp::StagedProgress* progress);
+Tessellation tessellate(std::vector<glm::dvec3>& points, FlatContours contours, std::int64_t maximumCrossings,
+                        const ksp::StagedProgress* progress);
 
 } // namespace surf
