@@ -168,6 +168,7 @@ std::optional<std::uint32_t> CityGeometryBuilder::addRing(Node boundaries, Node 
     if (!m_geometry.texCoords.empty())
         m_geometry.texCoords.resize(m_geometry.corners.size(), glm::vec2(0.0f));
     dropRepeatedCorner(begin);
+    if (m_geometry.corners.size() == begin) return number;
     m_budget.charge(2 * sizeof(std::uint32_t));
     m_geometry.ringEnds.push_back(static_cast<std::uint32_t>(m_geometry.corners.size()));
     return number;

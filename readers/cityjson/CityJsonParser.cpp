@@ -5,7 +5,7 @@
 #include <readers/cityjson/CityJsonAppearance.h>
 #include <readers/cityjson/JsonPlaces.h>
 #include <readers/cityjson/readNumbers.h>
-#include <readers/cityjson/splitTexts.h>
+#include <readers/cityjson/takeText.h>
 #include <readers/common/reading.h>
 
 #include <QtCore/QSet>
@@ -55,19 +55,16 @@ CityJsonParser::~CityJsonParser() = default;
 CityJsonParser::Elements CityJsonParser::parse(const QByteArray& bytes)
 {
     m_budget.emplace(static_cast<std::size_t>(bytes.size()));
-    const std::vector<QByteArray> texts = splitTexts(bytes);
-    std::size_t number = 0;
-    for (const QByteArray& text : texts) {
+    int number = 0;
+    for (int begin = 0; begin < bytes.size() || number == 0; ++number) {
         m_progress.throwIfCanceled();
-        const double share = 100.0 * text.size() / bytes.size();
+        const QByteArray text = takeText(bytes, begin);
         try {
-            parseText(text, m_progress.startStage(share));
+            parseText(text, m_progress.startStage(100.0 * text.size() / bytes.size()));
         } catch (const ksp::CommonError& error) {
-            if (texts.size() == 1) throw;
-            throw ksp::CommonError(
-                QStringLiteral("text %1 of %2: %3").arg(number + 1).arg(texts.size()).arg(error.text()));
+            if (number == 0 && begin == bytes.size()) throw; // it is the only one
+            throw ksp::CommonError(QStringLiteral("text %1: %2").arg(number + 1).arg(error.text()));
         }
-        ++number;
     }
     return std::move(m_elements);
 }

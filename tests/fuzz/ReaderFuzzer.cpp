@@ -2,6 +2,7 @@
 // this file.
 #include <framework/ksp/CommonError.h>
 #include <framework/ksp/Log.h>
+#include <readers/cityjson/CityJsonParser.h>
 #include <readers/geojson/GeoJsonParser.h>
 #include <readers/gltf/GltfParser.h>
 #include <readers/obj/ObjParser.h>
@@ -41,6 +42,14 @@ template <>
 void read<readers::GeoJsonParser>(const QByteArray& bytes)
 {
     readers::GeoJsonParser(ksp::StagedProgress::dummy()).parse(bytes);
+}
+
+template <>
+void read<readers::CityJsonParser>(const QByteArray& bytes)
+{
+    readers::CityJsonParser parser(QStringLiteral("/nowhere/file"), {}, ksp::StagedProgress::dummy());
+    for (const auto& object : parser.parse(bytes))
+        if (!object->getGeometry().isSound()) std::abort();
 }
 
 } // namespace

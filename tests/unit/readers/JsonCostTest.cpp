@@ -2,6 +2,7 @@
 #include "ReaderTest.h"
 
 #include <framework/ksp/CommonError.h>
+#include <readers/cityjson/readCityJson.h>
 #include <readers/geojson/readGeoJson.h>
 
 #include <QtCore/QFileInfo>
@@ -221,6 +222,56 @@ std::vector<Sample> gltf()
     };
 }
 
+QByteArray city(const QByteArray& objects, const QByteArray& piece, const QByteArray& back)
+{
+    return filled(
+        R"({"type":"CityJSON","version":"2.0","vertices":[[0,0,0],[1,0,0],[1,1,0],[0,1,0]],"CityObjects":{)" +
+            objects,
+        piece, back + "}}");
+}
+
+QByteArray cityGeometry(const char* type, const QByteArray& piece, const QByteArray& back)
+{
+    return city(R"("a":{"type":"Road","geometry":[{"lod":"1","type":")" + QByteArray(type) +
+                    R"(","boundaries":[)",
+                piece, back + "]}]}");
+}
+
+std::vector<Sample> cityJson()
+{
+    return {
+        {"points", [] { return cityGeometry("MultiPoint", "0,", "0"); }, nullptr},
+        {"empty_surfaces", [] { return cityGeometry("MultiSurface", "[],", "[]"); }, nullptr},
+        {"empty_rings", [] { return cityGeometry("MultiSurface", "[[]],", "[[]]"); }, nullptr},
+        {"triangles", [] { return cityGeometry("MultiSurface", "[[0,1,2]],", "[[0,1,2]]"); }, nullptr},
+        {"objects_as_indices", [] { return cityGeometry("MultiPoint", "{},", "0"); }, "something else"},
+        {"bare_objects",
+         [] {
+             return R"({"type":"CityJSON","version":"2.0","vertices":[],"CityObjects":{)" +
+                    members(500'000, R"({"type":"X"})") + "}}";
+         },
+         "of its size"},
+        {"one_object_again", [] { return city("", R"("a":{"type":"Road"},)", R"("a":{"type":"Road"})"); },
+         "of its size"},
+        {"parents", [] { return city(R"("a":{"type":"Road","parents":[)", "\"a\",", "\"a\"]}"); },
+         "of its size"},
+        {"kinds",
+         [] {
+             return city(
+                 R"("a":{"type":"Road","geometry":[{"type":"MultiPoint","boundaries":[],"semantics":{"surfaces":[)",
+                 "{},", "{}]}}]}");
+         },
+         nullptr},
+        {"vertices",
+         [] {
+             return filled(R"({"type":"CityJSON","version":"2.0","CityObjects":{},"vertices":[)", "[0,0,0],",
+                           "[1,1,1]]}");
+         },
+         nullptr},
+        {"texts", [] { return filled("", "{}", "{}"); }, "lacks"},
+    };
+}
+
 class JsonCost : public ReaderTest, public ::testing::WithParamInterface<Sample>
 {
 protected:
@@ -255,6 +306,10 @@ class GltfCost : public JsonCost
 {
 };
 
+class CityJsonCost : public JsonCost
+{
+};
+
 std::string nameOf(const ::testing::TestParamInfo<Sample>& sample)
 {
     return sample.param.name;
@@ -264,6 +319,7 @@ INSTANTIATE_TEST_SUITE_P(Texts, GeoJsonCost, ::testing::ValuesIn(texts("is not G
 INSTANTIATE_TEST_SUITE_P(Files, GeoJsonCost, ::testing::ValuesIn(geoJson()), nameOf);
 INSTANTIATE_TEST_SUITE_P(Texts, GltfCost, ::testing::ValuesIn(texts("is not a glTF file")), nameOf);
 INSTANTIATE_TEST_SUITE_P(Files, GltfCost, ::testing::ValuesIn(gltf()), nameOf);
+INSTANTIATE_TEST_SUITE_P(Files, CityJsonCost, ::testing::ValuesIn(cityJson()), nameOf);
 
 } // namespace
 
@@ -277,4 +333,10 @@ TEST_P(GltfCost, IsASecondAndASmallMultipleOfTheSize)
     check("gltf", [](const QString& path) {
         readers::readMeshFile(path, parserOf("gltf"), ksp::StagedProgress::dummy());
     });
+}
+
+TEST_P(CityJsonCost, IsASecondAndASmallMultipleOfTheSize)
+{
+    check("city.json",
+          [](const QString& path) { readers::readCityJson(path, {}, ksp::StagedProgress::dummy()); });
 }

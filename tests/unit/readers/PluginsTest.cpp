@@ -44,7 +44,7 @@ protected:
 };
 
 INSTANTIATE_TEST_SUITE_P(Readers, EveryPlugin,
-                         ::testing::Values("obj", "ply", "stl", "off", "gltf", "geojson"),
+                         ::testing::Values("obj", "ply", "stl", "off", "gltf", "geojson", "cityjson"),
                          [](const auto& name) { return std::string(name.param); });
 
 } // namespace

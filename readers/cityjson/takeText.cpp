@@ -1,4 +1,4 @@
-#include <readers/cityjson/splitTexts.h>
+#include <readers/cityjson/takeText.h>
 
 namespace readers {
 
@@ -34,19 +34,14 @@ int endOfText(const QByteArray& bytes, int begin)
 
 } // namespace
 
-std::vector<QByteArray> splitTexts(const QByteArray& bytes)
+QByteArray takeText(const QByteArray& bytes, int& begin)
 {
-    std::vector<QByteArray> texts;
-    int begin = 0;
-    while (begin < bytes.size()) {
-        const int end = endOfText(bytes, begin);
-        texts.push_back(QByteArray::fromRawData(bytes.constData() + begin, end - begin));
-        begin = end;
-        while (begin < bytes.size() && isBlank(bytes.at(begin)))
-            ++begin;
-    }
-    if (texts.empty()) texts.push_back(bytes);
-    return texts;
+    const int end = endOfText(bytes, begin);
+    const QByteArray text = QByteArray::fromRawData(bytes.constData() + begin, end - begin);
+    begin = end;
+    while (begin < bytes.size() && isBlank(bytes.at(begin)))
+        ++begin;
+    return text;
 }
 
 } // namespace readers
