@@ -39,8 +39,10 @@ SOURCES = {
     "drawers": {"scene"},
     "scene": {"host"},
 }
-# The settings lie with the host's side, and whoever draws reads them: any source, but no header, may.
-SETTINGS = {"Viewer3dModule/host/View3dSettings.h", "Viewer3dModule/host/Scene3dViewLightingSettings.h"}
+# The settings, the fence and the items of model elements lie with the host's side, and whoever draws asks them: any
+# source, but no header, may.
+HOST_SIDE = {f"Viewer3dModule/host/{name}.h"
+             for name in ("View3dSettings", "Scene3dViewLightingSettings", "Fence3dItem", "Graphics3dItem")}
 
 # What of the outside world the framework and the module may include: the standard library (no folder, no dot, lower
 # case), a few names of the C library, Qt and glm. OpenGL is for the module only.
@@ -74,7 +76,7 @@ def check_own(path, included):
             return f"the room {mine} is not known to this check"
         if theirs in ROOMS[mine]:
             return None
-        if path.endswith(".cpp") and (theirs in SOURCES.get(mine, ()) or included in SETTINGS):
+        if path.endswith(".cpp") and (theirs in SOURCES.get(mine, ()) or included in HOST_SIDE):
             return None
         if theirs is None:
             return None if included.endswith("_export.h") else f"{mine} may not include the plug-in itself"
