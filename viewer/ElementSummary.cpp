@@ -5,6 +5,7 @@
 
 #include <framework/model/CityObjectElement.h>
 #include <framework/model/FeatureElement.h>
+#include <framework/model/OrthophotoElement.h>
 
 namespace {
 
@@ -52,6 +53,8 @@ ElementSummary ElementSummary::of(const CModelElement& element)
     if (mesh && mesh->getNode()) return summarize(*mesh->getNode());
     if (const auto* feature = dynamic_cast<const FeatureElement*>(&element)) return summarize(*feature);
     if (const auto* object = dynamic_cast<const CityObjectElement*>(&element)) return summarize(*object);
+    if (const auto* photo = dynamic_cast<const OrthophotoElement*>(&element))
+        return {0, 0, 2, photo->getBounds()};
     return {};
 }
 

@@ -13,6 +13,7 @@
 #include <framework/model/CModelElementManager.h>
 #include <framework/model/CProject.h>
 #include <framework/model/CProjectModel.h>
+#include <framework/model/OrthophotoElement.h>
 
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
@@ -69,7 +70,8 @@ std::vector<std::unique_ptr<IDrawableNode3d>> readParts(const QString& path, ksp
     return parts;
 }
 
-QString findSource(const MeshElement& element, const QString& projectPath)
+template <typename Element>
+QString findSource(const Element& element, const QString& projectPath)
 {
     const QDir folder = QFileInfo(projectPath).absoluteDir();
     const QString beside = QDir::cleanPath(folder.absoluteFilePath(element.getRelativePath()));
@@ -83,6 +85,14 @@ void forEachMesh(CProject& project, Visit visit)
     if (const CModelElementManager* manager = project.getModel()->getItemManager(element_types::Mesh))
         for (CModelElement* element : manager->getItems())
             visit(static_cast<MeshElement&>(*element));
+}
+
+template <typename Visit>
+void forEachOrthophoto(CProject& project, Visit visit)
+{
+    if (const CModelElementManager* manager = project.getModel()->getItemManager(element_types::Orthophoto))
+        for (CModelElement* element : manager->getItems())
+            visit(static_cast<OrthophotoElement&>(*element));
 }
 
 /// Reads what the elements draw, parts of the same file all of them. A part that several elements draw is
@@ -234,6 +244,11 @@ FileOpener::ProjectMeshes FileOpener::readProjectMeshes(const QString& path,
             meshes.problems.append(error.text());
         }
     }
+    forEachOrthophoto(*project, [&](const OrthophotoElement& element) {
+        const QString file = findSource(element, path);
+        if (!QFileInfo::exists(file))
+            meshes.problems.append(fileError(file, QStringLiteral("there is no such file")).text());
+    });
     progress.throwIfCanceled();
     return meshes;
 }
@@ -247,6 +262,8 @@ void FileOpener::replaceProject(const QString& path, ProjectMeshes meshes, ksp::
         const auto node = meshes.nodes.find(element.getId());
         if (node != meshes.nodes.end()) element.setNode(std::move(node->second));
     });
+    forEachOrthophoto(m_project,
+                      [&](OrthophotoElement& element) { element.setPath(findSource(element, path)); });
 }
 
 void FileOpener::save(const QString& path, ksp::StagedProgress progress)
@@ -257,6 +274,9 @@ void FileOpener::save(const QString& path, ksp::StagedProgress progress)
     forEachMesh(m_project, [&](MeshElement& element) {
         element.setRelativePath(folder.relativeFilePath(element.getPath()));
     });
+    forEachOrthophoto(m_project, [&](OrthophotoElement& element) {
+        element.setRelativePath(folder.relativeFilePath(element.getPath()));
+    });
     m_project.save(path, std::move(progress));
 }
 
@@ -264,6 +284,7 @@ QStringList FileOpener::getMeshFiles() const
 {
     QStringList files;
     forEachMesh(m_project, [&](const MeshElement& element) { files.append(element.getPath()); });
+    forEachOrthophoto(m_project, [&](const OrthophotoElement& element) { files.append(element.getPath()); });
     files.removeDuplicates();
     return files;
 }

@@ -5,6 +5,7 @@
 #include <viewer/elements/FeatureItem.h>
 #include <viewer/elements/MeshElement.h>
 #include <viewer/elements/MeshItem.h>
+#include <viewer/elements/OrthophotoItem.h>
 #include <viewer/elements/ViewpointElement.h>
 
 #include <Viewer3dModule/host/CGraphics3dExtension.h>
@@ -12,6 +13,7 @@
 #include <framework/model/CProjectModel.h>
 #include <framework/model/CityObjectElement.h>
 #include <framework/model/FeatureElement.h>
+#include <framework/model/OrthophotoElement.h>
 
 namespace {
 
@@ -38,7 +40,8 @@ private:
 
 namespace element_types {
 
-static_assert(Feature == FeatureElement::Type && CityObject == CityObjectElement::Type,
+static_assert(Feature == FeatureElement::Type && CityObject == CityObjectElement::Type &&
+                  Orthophoto == OrthophotoElement::Type,
               "one number for one type");
 
 void registerCreators(CProjectModel& model)
@@ -47,6 +50,7 @@ void registerCreators(CProjectModel& model)
     model.registerCreator(std::make_unique<COrdinaryItemCreator<FeatureElement>>());
     model.registerCreator(std::make_unique<COrdinaryItemCreator<ViewpointElement>>());
     model.registerCreator(std::make_unique<COrdinaryItemCreator<CityObjectElement>>());
+    model.registerCreator(std::make_unique<COrdinaryItemCreator<OrthophotoElement>>());
 }
 
 void registerItems(Scene3d& scene, std::optional<float> pointSize)
@@ -58,6 +62,7 @@ void registerItems(Scene3d& scene, std::optional<float> pointSize)
         Feature, &scene, std::make_unique<ItemCreator<FeatureElement, FeatureItem>>(pointSize));
     CGraphics3dExtension::registerElementType(
         CityObject, &scene, std::make_unique<ItemCreator<CityObjectElement, CityObjectItem>>(pointSize));
+    CGraphics3dExtension::registerElementType<OrthophotoElement, OrthophotoItem>(Orthophoto, &scene);
 }
 
 QString name(int type)
@@ -71,6 +76,8 @@ QString name(int type)
         return QStringLiteral("viewpoint");
     case CityObject:
         return QStringLiteral("city object");
+    case Orthophoto:
+        return QStringLiteral("orthophoto");
     default:
         return QStringLiteral("0x%1").arg(static_cast<unsigned>(type), 8, 16, QLatin1Char('0'));
     }

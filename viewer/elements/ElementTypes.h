@@ -14,6 +14,7 @@ constexpr int Mesh = 0x36FFD000;       ///< MeshElement
 constexpr int Feature = 0x36FFD100;    ///< FeatureElement
 constexpr int Viewpoint = 0x36FFD200;  ///< ViewpointElement
 constexpr int CityObject = 0x36FFD300; ///< CityObjectElement
+constexpr int Orthophoto = 0x36FFD400; ///< OrthophotoElement
 
 /// Lets the model load elements of these types from project files.
 void registerCreators(CProjectModel& model);
@@ -21,7 +22,8 @@ void registerCreators(CProjectModel& model);
 /// points that say none of their own; without it 2 pixels for points of meshes and 6 for those of features
 /// and city objects.
 void registerItems(Scene3d& scene, std::optional<float> pointSize = {});
-/// The word for a type in listings: "mesh", "feature", "viewpoint", "city object"; "0x..." for others.
+/// The word for a type in listings: "mesh", "feature", "viewpoint", "city object", "orthophoto";
+/// "0x..." for others.
 QString name(int type);
 
 } // namespace element_types
