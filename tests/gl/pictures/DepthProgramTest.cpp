@@ -3,6 +3,10 @@
 
 #include <Viewer3dModule/drawables/MeshNode3d.h>
 #include <Viewer3dModule/drawers/SequentialItem3dDrawer.h>
+#include <Viewer3dModule/fences/SphereFence.h>
+#include <Viewer3dModule/host/Fence3dItem.h>
+#include <framework/model/COrdinaryItemCreator.h>
+#include <framework/model/CProject.h>
 
 #include <QtGui/QOpenGLShaderProgram>
 
@@ -151,6 +155,23 @@ TEST_F(DepthProgramTest, WhatIsHighlightedIsDrawnInItsColour)
     item.highlighted = true;
     mapOf(item, DrawerType::Mesh);
     EXPECT_EQ(item.lastProgram, programOf(DrawerType::Mesh));
+}
+
+// A fence cuts fragments, which the simple program has none of.
+TEST_F(DepthProgramTest, WhatIsFencedIsDrawnByAProgramThatCuts)
+{
+    project->addProjectSettings(new COrdinaryItemCreator<Fence3dItem>, CProject::StoredSettings);
+    MeshItem item(square());
+    Fence3dItem* fence = scene->getFence();
+    ASSERT_TRUE(fence);
+    std::dynamic_pointer_cast<SphereFence>(fence->getCreateFence(Fence3DObject::SphereFence))
+        ->setFence({0, 0, -10}, 3.0);
+    fence->notifyObservers();
+    mapOf(item, DrawerType::Mesh);
+    EXPECT_EQ(item.lastProgram, programOf(DrawerType::Mesh));
+    fence->reset();
+    mapOf(item, DrawerType::Mesh);
+    EXPECT_EQ(item.lastProgram, scene->getDepthProgram(programOf(DrawerType::Mesh)));
 }
 
 // Both kinds in one pass, in whichever order they were added: the nearer one is seen.
