@@ -1,5 +1,6 @@
 #include <viewer/FrameRenderer.h>
 
+#include <viewer/elements/LabelDrawer.h>
 #include <viewer/makeTarget.h>
 
 #include <Viewer3dModule/host/Graphics3dItem.h>
@@ -33,6 +34,24 @@ int nearestDrawn(const std::vector<float>& depths, int side)
     }
     return best;
 }
+
+/// For as long as it lives what is drawn covers as much of a picture as its alpha says, and what is opaque
+/// stays so: colours are then those of a picture with premultiplied alpha, as which the target is read.
+class PictureBlending
+{
+public:
+    explicit PictureBlending(OpenGLFunctions& gl)
+        : m_gl(gl)
+    {
+        m_gl.glBlendFuncSeparate(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, GL_ONE, GL_ONE_MINUS_SRC_ALPHA);
+    }
+    ~PictureBlending() { m_gl.glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA); }
+    PictureBlending(const PictureBlending&) = delete;
+    PictureBlending& operator=(const PictureBlending&) = delete;
+
+private:
+    OpenGLFunctions& m_gl;
+};
 
 } // namespace
 
@@ -86,10 +105,17 @@ PaintContext FrameRenderer::paintContext(const Viewpoint& viewpoint, const QSize
 void FrameRenderer::drawTile(const Viewpoint& viewpoint, const QSize& size, const Tile& tile,
                              unsigned int vertexArray, const QColor& background)
 {
+    OpenGLFunctions* gl = m_scene.getGLFunctions();
+    if (!gl) return;
+    const PictureBlending blending(*gl);
     drawPlain(viewpoint, size, tile, vertexArray, background);
-    if (m_shading == EyeDomeShading::Off) return;
-    m_eyeDome.apply(m_shading, tile.target.size(),
-                    croppedProjection(projectionMatrix(viewpoint, size), size, tile.target), vertexArray);
+    const glm::dmat4 projection = projectionMatrix(viewpoint, size);
+    if (m_shading != EyeDomeShading::Off)
+        m_eyeDome.apply(m_shading, tile.target.size(), croppedProjection(projection, size, tile.target),
+                        vertexArray);
+    if (LabelDrawer* labels = LabelDrawer::find(m_scene))
+        labels->write(paintContext(viewpoint, size, tile.frustum, vertexArray),
+                      projection * viewpoint.camera().getViewMatrix(), size, tile.frustum.topLeft());
 }
 
 void FrameRenderer::drawPlain(const Viewpoint& viewpoint, const QSize& size, const Tile& tile,

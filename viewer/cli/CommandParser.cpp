@@ -26,6 +26,14 @@ int typingMistakes(const QString& a, const QString& b)
     return row.back();
 }
 
+/// Whether an argument is the value of an option that may do without.
+bool isValue(const QString& argument, const QString& suffix)
+{
+    if (argument.isEmpty() || argument.startsWith(QLatin1Char('-'))) return false;
+    if (!suffix.isEmpty()) return argument.endsWith(suffix);
+    return !argument.contains(QLatin1Char('.')) && !argument.contains(QLatin1Char('/'));
+}
+
 QString dashed(const QString& name)
 {
     return (name.size() == 1 ? QStringLiteral("-") : QStringLiteral("--")) + name;
@@ -80,9 +88,11 @@ QStringList CommandParser::takeOptionalValues(const QStringList& arguments)
             const bool isJoined = arguments[i] != option.name;
             QString value = isJoined ? arguments[i].section(QLatin1Char('='), 1) : QString();
             if (isJoined && value.isEmpty())
-                throw UsageError(QStringLiteral("%1 wants the name of a file").arg(arguments[i]));
+                throw UsageError((option.suffix.isEmpty() ? QStringLiteral("%1 wants a word")
+                                                          : QStringLiteral("%1 wants the name of a file"))
+                                     .arg(arguments[i]));
             const QString next = arguments.value(i + 1);
-            if (!isJoined && next.endsWith(option.suffix) && !next.startsWith(QLatin1Char('-'))) {
+            if (!isJoined && isValue(next, option.suffix)) {
                 value = next;
                 ++i;
             }

@@ -13,7 +13,8 @@ public:
     /// An option with a value, or a flag without valueName.
     void add(const QStringList& names, const QString& description, const QString& valueName = {});
     /// An option whose value may be left out. It stands after an equals sign, or is the next argument when
-    /// that has this suffix, which no input has; so inputs can follow the option.
+    /// that has this suffix, which no input has; so inputs can follow the option. Without a suffix the next
+    /// argument is the value when it is a plain word, with neither a dot nor a slash.
     void addWithOptionalValue(const QString& name, const QString& description, const QString& valueName,
                               const QString& suffix);
     /// Throws UsageError for unknown options and missing values.

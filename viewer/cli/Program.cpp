@@ -85,6 +85,7 @@ int runWindow(const WindowOptions& options)
                    QObject::tr("What was added since the project was saved last will be lost."),
                    QMessageBox::Discard | QMessageBox::Cancel) == QMessageBox::Discard;
     });
+    if (options.labels) window.showLabels(*options.labels);
     window.show();
     QMetaObject::invokeMethod(
         &window,

@@ -12,6 +12,7 @@
 #include <viewer/cli/CameraList.h>
 #include <viewer/cli/FenceOption.h>
 #include <viewer/cli/ProgressBar.h>
+#include <viewer/elements/LabelDrawer.h>
 #include <viewer/printable.h>
 
 #include <Viewer3dModule/host/View3dSettings.h>
@@ -174,6 +175,7 @@ void commands::render(const RenderOptions& options)
     const std::unique_ptr<CProject> project = host.createProject();
     const std::unique_ptr<Scene3d> scene = host.createScene(*project);
     elevation.prepare(*scene);
+    if (options.labels) LabelDrawer::addTo(*scene, *options.labels);
     FileOpener opener(host, *project, scene.get());
     ksp::StagedProgress progress = bar.progress();
     opener.open(options.files, progress.startStage(shareOfReading));

@@ -4,6 +4,7 @@
 #include <viewer/cli/CameraList.h>
 #include <viewer/cli/CommandParser.h>
 #include <viewer/cli/FenceOption.h>
+#include <viewer/cli/LabelsOption.h>
 #include <viewer/cli/OptionValue.h>
 #include <viewer/cli/PointSizeOption.h>
 #include <viewer/cli/UsageError.h>
@@ -49,6 +50,7 @@ void RenderOptions::declare(CommandParser& parser)
                eyeDomeShadingNames().join('|') + ": eye-dome lighting, dark by what lies further or nearer",
                "NAME");
     ElevationOptions::declare(parser);
+    LabelsOption::declare(parser);
 }
 
 RenderOptions RenderOptions::read(const CommandParser& parser)
@@ -68,5 +70,6 @@ RenderOptions RenderOptions::read(const CommandParser& parser)
         options.eyeDome =
             static_cast<EyeDomeShading>(OptionValue::word("edl", parser.value("edl"), eyeDomeShadingNames()));
     options.elevation = ElevationOptions::read(parser);
+    options.labels = LabelsOption::read(parser);
     return options;
 }

@@ -25,6 +25,7 @@ struct RenderOptions
     QString fence;                  ///< a file (FenceFile.h), or empty
     EyeDomeShading eyeDome = EyeDomeShading::Off;
     ElevationOptions elevation;
+    std::optional<QString> labels; ///< the property that labels show; nothing: no labels
 
     static const char* const synopsis;
     static const char* const description;

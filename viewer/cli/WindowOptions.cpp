@@ -2,6 +2,7 @@
 
 #include <viewer/cli/CommandParser.h>
 #include <viewer/cli/FenceOption.h>
+#include <viewer/cli/LabelsOption.h>
 #include <viewer/cli/PointSizeOption.h>
 
 const char* const WindowOptions::synopsis = "[FILES...] [OPTIONS]";
@@ -20,6 +21,7 @@ void WindowOptions::declare(CommandParser& parser)
 {
     parser.add({"v", "version"}, "show the version");
     PointSizeOption::declare(parser);
+    LabelsOption::declare(parser);
     FenceOption::declare(parser);
 }
 
@@ -28,6 +30,7 @@ WindowOptions WindowOptions::read(const CommandParser& parser)
     WindowOptions options;
     options.files = parser.positionalArguments();
     options.pointSize = PointSizeOption::read(parser);
+    options.labels = LabelsOption::read(parser);
     options.fence = FenceOption::read(parser);
     return options;
 }

@@ -2,6 +2,8 @@
 
 #include <viewer/ElementSummary.h>
 #include <viewer/elements/FeatureDrawers.h>
+#include <viewer/elements/LabelDrawer.h>
+#include <viewer/elements/labelPlace.h>
 
 #include <Viewer3dModule/drawers/DrawerType.h>
 #include <Viewer3dModule/drawers/PaintContext.h>
@@ -45,6 +47,15 @@ Drawable3dPrimitive::GeometryInfo geometryInfoOf(const FeatureElement& element)
     return info;
 }
 
+/// What the feature's label says: the property, and where that is the name and the file gives none, the name
+/// that the element has got since.
+QString labelText(const FeatureElement& element, const QString& property)
+{
+    const QString text = element.getProperty(property).toString();
+    const bool isNamed = property == QLatin1String("name") && element.getName() != element.getSourceId();
+    return ElementLabel::shownText(text.isEmpty() && isNamed ? element.getName() : text);
+}
+
 MeshData pointSet(std::vector<glm::vec3> points, const FeatureStyle& style)
 {
     MeshData data;
@@ -86,6 +97,13 @@ void FeatureItem::updateDataImpl()
     if (m_isChanged) rebuild(*element);
     m_isChanged = false;
     setTransform(glm::mat4(glm::translate(scene()->modelToSceneTransform(), m_origin)), false);
+    if (m_label) m_label->setTransform(Drawable3dItem::getTransform(), false);
+}
+
+void FeatureItem::updateVisibility()
+{
+    Graphics3dItem::updateVisibility();
+    if (m_label) m_label->setVisible(Drawable3dItem::isVisible());
 }
 
 void FeatureItem::rebuild(const FeatureElement& element)
@@ -106,6 +124,27 @@ void FeatureItem::rebuild(const FeatureElement& element)
     m_points.reset();
     if (!geometry.points.empty())
         m_points = std::make_unique<MeshNode3d>(pointSet(std::move(geometry.points), m_style));
+    renewLabel(element);
+}
+
+void FeatureItem::renewLabel(const FeatureElement& element)
+{
+    m_label.reset();
+    LabelDrawer* labels = LabelDrawer::find(*scene());
+    const QString text = labels ? labelText(element, labels->property()) : QString();
+    if (text.isEmpty() || !m_bounds.isValid()) return;
+    const auto findPlace = [this] {
+        const auto* own = static_cast<FeatureElement*>(getModelElement());
+        return own ? labelPlace(own->getParts()) - m_origin : glm::dvec3(0.0);
+    };
+    const auto& parts = element.getParts();
+    const bool isPoints = std::all_of(parts.begin(), parts.end(), [](const FeatureElement::Part& part) {
+        return part.kind == FeatureElement::Part::Point;
+    });
+    const float aboveMarker = m_style.pointSize / 2.0f + 2.0f;
+    m_label = std::make_unique<ElementLabel>(*this, *labels, text, findPlace,
+                                             isPoints ? std::optional<float>(aboveMarker) : std::nullopt);
+    m_label->setVisible(Drawable3dItem::isVisible());
 }
 
 int FeatureItem::getDefaultDrawerType() const

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <viewer/elements/ElementLabel.h>
 #include <viewer/elements/FeatureStyle.h>
 
 #include <Viewer3dModule/drawables/MeshNode3d.h>
@@ -9,7 +10,8 @@
 
 #include <memory>
 
-/// Shows a feature: its lines and rings with the pen that its properties ask for, and its points.
+/// Shows a feature: its lines and rings with the pen that its properties ask for, its points, and its
+/// label, where the scene has labels.
 ///
 /// The vertices are floats relative to an origin of the item's own, subtracted in doubles; the model matrix
 /// carries the origin. So features that are a millimetre apart stay so, wherever they lie.
@@ -22,6 +24,7 @@ public:
 
     void updateData(ISubject* subject) override;
     void updateDataImpl() override;
+    void updateVisibility() override;
     int getDefaultDrawerType() const override;
     GeometryInfo getGeometryInfo() override { return m_info; }
     /// Those of the lines, a ring's first one repeated at its end, then the points.
@@ -35,13 +38,15 @@ protected:
 
 private:
     void rebuild(const FeatureElement& element);
+    void renewLabel(const FeatureElement& element);
 
     std::optional<float> m_pointSize;
     FeatureStyle m_style;
     gmx::BoundingBox m_bounds; // model coordinates
     glm::dvec3 m_origin{0.0};  // model coordinates
     PolyPolyline3dItem m_lines;
-    std::unique_ptr<MeshNode3d> m_points; // null without
+    std::unique_ptr<MeshNode3d> m_points;  // null without
+    std::unique_ptr<ElementLabel> m_label; // null without
     GeometryInfo m_info;
     int m_vertexCount = 0;
     bool m_isChanged = true;

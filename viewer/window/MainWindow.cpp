@@ -7,6 +7,7 @@
 #include <viewer/OutputFile.h>
 #include <viewer/PictureFile.h>
 #include <viewer/elements/ElementTypes.h>
+#include <viewer/elements/LabelDrawer.h>
 #include <viewer/elements/ViewpointElement.h>
 #include <viewer/printable.h>
 #include <viewer/window/LoadingBar.h>
@@ -68,6 +69,7 @@ MainWindow::MainWindow(Host& host)
     , m_view(new View3dWidget(*m_scene, this))
     , m_loadingBar(new LoadingBar(this))
 {
+    LabelDrawer::addTo(*m_scene, QStringLiteral("name"));
     m_scene->doneCurrent();
     for (const Host::Message& message : host.getStartMessages())
         m_messages->add(message.type, message.text);
@@ -136,6 +138,7 @@ void MainWindow::makeViewMenu()
     });
     connect(m_view, &View3dWidget::projectionTypeChanged, parallel, &QAction::setChecked);
     addEyeDomeMenu(*menu);
+    addLabelsAction(*menu);
     menu->addSeparator();
     menu->addAction(tr("&Keep this view..."), this, &MainWindow::addViewpoint);
     QMenu* kept = menu->addMenu(tr("Kept &views"));
@@ -160,6 +163,25 @@ void MainWindow::addEyeDomeMenu(QMenu& menu)
         connect(m_view, &View3dWidget::eyeDomeShadingChanged, choice,
                 [choice, shading](EyeDomeShading now) { choice->setChecked(now == shading); });
     }
+}
+
+void MainWindow::addLabelsAction(QMenu& menu)
+{
+    m_labels = menu.addAction(tr("&Labels"));
+    m_labels->setObjectName(QStringLiteral("labels"));
+    m_labels->setShortcut(QKeySequence(Qt::Key_L));
+    m_labels->setCheckable(true);
+    LabelDrawer::find(*m_scene)->setShown(false);
+    connect(m_labels, &QAction::toggled, this, [this](bool checked) {
+        LabelDrawer::find(*m_scene)->setShown(checked);
+        m_view->update();
+    });
+}
+
+void MainWindow::showLabels(const QString& property)
+{
+    LabelDrawer::find(*m_scene)->setProperty(property);
+    m_labels->setChecked(true);
 }
 
 // --- files

@@ -42,6 +42,8 @@ public:
     bool savePicture(const QString& path);
     /// Removes everything.
     void newProject();
+    /// Shows the labels of features; those that come from now on show this property.
+    void showLabels(const QString& property);
     /// Asked before what was not saved is lost by opening a project, by File > New or by closing; returns
     /// whether it may be. Without a question, as at first, it always may.
     void setDiscardQuestion(std::function<bool()> question) { m_mayDiscard = std::move(question); }
@@ -55,6 +57,7 @@ private:
     void makeFileMenu();
     void makeViewMenu();
     void addEyeDomeMenu(QMenu& menu);
+    void addLabelsAction(QMenu& menu);
     void askForFiles();
     void askWhereToSave();
     void askForPicture();
@@ -71,6 +74,7 @@ private:
     std::unique_ptr<CProject> m_project;
     std::unique_ptr<Scene3d> m_scene;
     View3dWidget* m_view;
+    QAction* m_labels = nullptr; // whether they are shown
     LoadingBar* m_loadingBar;
     std::function<bool()> m_mayDiscard;
     QStringList m_waiting;         // files to open

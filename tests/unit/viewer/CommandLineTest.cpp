@@ -165,10 +165,8 @@ TEST(CommandLine, DepthHasNoBackground)
 
 TEST(CommandLine, OptionsThatAreNotThereYetAreUnknown)
 {
-    for (const char* option : {"--contours", "--labels"})
-        EXPECT_EQ(
-            renderRefusal({option, "x"}),
-            QString("unknown option %1; usage: viewer3d render FILES... -o OUT.png [OPTIONS]").arg(option));
+    EXPECT_EQ(renderRefusal({"--contours", "x"}),
+              "unknown option --contours; usage: viewer3d render FILES... -o OUT.png [OPTIONS]");
 }
 
 TEST(CommandLine, CommandsThatAreNotThereYetAreUnknown)

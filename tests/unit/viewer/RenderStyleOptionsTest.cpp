@@ -95,3 +95,19 @@ TEST(RenderStyleOptions, HelpShowsWhatMayBeLeftOut)
     EXPECT_TRUE(help.contains("  --elevation[=LEVELS.txt]  ")) << help.toStdString();
     EXPECT_TRUE(help.contains("  --edl NAME  ")) << help.toStdString();
 }
+
+TEST(RenderStyleOptions, LabelsShowNamesOrAnotherProperty)
+{
+    EXPECT_FALSE(parse({}).labels);
+    EXPECT_EQ(parse({"--labels"}).labels, QString("name"));
+    EXPECT_EQ(parse({"--labels", "owner"}).labels, QString("owner"));
+    EXPECT_EQ(parse({"--labels=addr.street"}).labels, QString("addr.street"));
+    EXPECT_EQ(parse({"--labels", "--edl", "off"}).labels, QString("name"));
+    for (const char* file : {"b.geojson", "./b", "town/roads"}) {
+        const RenderOptions options = parse({"--labels", file});
+        EXPECT_EQ(options.labels, QString("name"));
+        EXPECT_EQ(options.files, QStringList({"a.obj", file}));
+    }
+    EXPECT_EQ(refusal({"--labels="}), "--labels= wants a word");
+    EXPECT_EQ(refusal({"--labels", "--labels=b"}), "--labels is given 2 times; give it once");
+}

@@ -1,0 +1,348 @@
+#include "ViewerProcess.h"
+
+#include "../../support/GlObjects.h"
+#include "../../support/ImageCheck.h"
+#include "../../support/SceneTest.h"
+#include "../../support/VertexItem.h"
+
+#include <viewer/FrameRenderer.h>
+#include <viewer/Host.h>
+#include <viewer/PicturePainter.h>
+#include <viewer/elements/ElementLabel.h>
+#include <viewer/elements/ElementTypes.h>
+#include <viewer/elements/LabelDrawer.h>
+#include <viewer/makeTarget.h>
+#include <viewer/window/MainWindow.h>
+#include <viewer/window/View3dWidget.h>
+
+#include <Viewer3dModule/host/Graphics3dItem.h>
+#include <Viewer3dModule/scene/SelectionOptions.h>
+#include <framework/model/CModelElementManager.h>
+#include <framework/model/CProject.h>
+#include <framework/model/CProjectModel.h>
+#include <framework/model/FeatureElement.h>
+
+#include <QtGui/QFontMetricsF>
+#include <QtGui/QOpenGLFramebufferObject>
+#include <QtGui/QPainter>
+#include <QtWidgets/QAction>
+
+namespace {
+
+using Part = FeatureElement::Part;
+
+constexpr int Width = 300;
+constexpr int Height = 120;
+const glm::dvec3 origin(2.7e6, 1.2e6, 400.0);
+const QColor grey(150, 150, 150);
+
+Part part(Part::Kind kind, std::vector<glm::dvec3> points)
+{
+    Part result;
+    result.kind = kind;
+    for (const glm::dvec3& point : points)
+        result.points.push_back(origin + point);
+    return result;
+}
+
+bool isDark(QRgb pixel)
+{
+    return qGray(pixel) < 90;
+}
+
+/// The box of the letters, none of whose pixels are as dark in the scene.
+QRect lettersOf(const QImage& image)
+{
+    QRect box;
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            if (isDark(image.pixel(x, y))) box |= QRect(x, y, 1, 1);
+    return box;
+}
+
+} // namespace
+
+/// Features at large coordinates with labels, from above, a pixel a metre, row 0 at the north; (0, 0) is the
+/// middle of the view.
+class LabelsTest : public SceneTest
+{
+protected:
+    void SetUp() override
+    {
+        SceneTest::SetUp();
+        element_types::registerItems(*scene);
+        LabelDrawer::addTo(*scene, QStringLiteral("name"));
+        renderer = std::make_unique<FrameRenderer>(*scene);
+    }
+    void TearDown() override
+    {
+        renderer.reset();
+        SceneTest::TearDown();
+    }
+    FeatureElement& add(const QString& name, std::vector<Part> parts)
+    {
+        auto element = std::make_unique<FeatureElement>();
+        element->setProperties({{"name", name}, {"ref", name + " ref"}, {"stroke", "#c0c0c0"}});
+        element->setParts(std::move(parts));
+        return static_cast<FeatureElement&>(*manager().addItem(std::move(element)));
+    }
+    /// Keeps the view: two points in opposite corners, without names.
+    void addCorners() { add({}, {part(Part::Point, {{-200, -200, 0}, {200, 200, 0}})}); }
+    CModelElementManager& manager()
+    {
+        return *project->getModel()->getCreateItemManager(element_types::Feature);
+    }
+    /// In scene units.
+    double metre() const { return scene->modelToSceneTransform()[0][0]; }
+    Viewpoint viewpoint()
+    {
+        scene->flushBounds();
+        const glm::dvec3 target = scene->mapFromModel(origin);
+        const double distance = metre() * Height / 2.0 / std::tan(Viewpoint::usualFov / 2.0);
+        return Viewpoint::looking(target + glm::dvec3(0, 0, distance), target, {0, 1, 0},
+                                  IProjection::Parallel, QSizeF(Width, Height));
+    }
+    QImage frame()
+    {
+        const Viewpoint view = viewpoint();
+        const auto target = makeTarget(renderer->makeCurrent(), {Width, Height}, 0);
+        target->bind();
+        renderer->drawFrame(view, {Width, Height}, scene->getDefaultVao(), grey);
+        const QImage image = target->toImage();
+        target->release();
+        return image.convertToFormat(QImage::Format_RGB32);
+    }
+
+    std::unique_ptr<FrameRenderer> renderer;
+};
+
+TEST_F(LabelsTest, StandWhereTheirFeatureIs)
+{
+    addCorners();
+    FeatureElement& element = add("HHHH", {part(Part::Line, {{-40, 10, 0}, {60, 10, 0}})});
+    QRect letters = lettersOf(frame());
+    EXPECT_NEAR(letters.x() + letters.width() / 2.0, 160.0, 1.5) << "half-way along the line";
+    EXPECT_NEAR(letters.y() + letters.height() / 2.0, 50.0, 1.5);
+    element.setParts({part(Part::Point, {{-50, -20, 0}})});
+    letters = lettersOf(frame());
+    EXPECT_NEAR(letters.x() + letters.width() / 2.0, 100.0, 1.5);
+    EXPECT_LT(letters.bottom(), 80 - 3) << "above the marker";
+    EXPECT_GT(letters.bottom(), 80 - 12);
+    element.setParts({part(Part::Ring, {{20, -40, 0}, {80, -40, 0}, {80, 0, 0}, {20, 0, 0}})});
+    letters = lettersOf(frame());
+    EXPECT_NEAR(letters.x() + letters.width() / 2.0, 200.0, 1.5);
+    EXPECT_NEAR(letters.y() + letters.height() / 2.0, 80.0, 4.0);
+}
+
+TEST_F(LabelsTest, AreAsSharpAsQtPaintsThemWhereverTheyStand)
+{
+    addCorners();
+    FeatureElement& element = add("Main Street 12", {});
+    QFont font(QStringLiteral("DejaVu Sans"));
+    font.setPixelSize(12);
+    const QFontMetricsF metrics(font);
+    const QSize size(int(std::ceil(metrics.horizontalAdvance("Main Street 12"))),
+                     int(std::ceil(metrics.height())));
+    for (const double shift : {0.0, 0.2, 0.49, 0.77}) {
+        element.setParts({part(Part::Line, {{-30 + shift, shift, 5}, {-29 + shift, shift, 5}})});
+        const QImage shown = frame();
+        QImage expected = shown;
+        expected.fill(grey);
+        QPainter painter(&expected);
+        painter.setFont(font);
+        const auto write = [&](const QPoint& at, const QColor& color) {
+            painter.setPen(color);
+            painter.drawText(QRect(at, QSize(400, 40)), Qt::AlignLeft | Qt::AlignTop, "Main Street 12");
+        };
+        const QPoint corner(qRound(Width / 2 - 29.5 + shift - size.width() / 2.0),
+                            qRound(Height / 2 - shift - size.height() / 2.0));
+        for (int i = 0; i < 9; ++i)
+            write(corner + QPoint(i % 3 - 1, i / 3 - 1), QColor(255, 255, 255, 200));
+        write(corner, QColor(25, 25, 35));
+        painter.end();
+        const QRect area(corner - QPoint(2, 2), size + QSize(4, 4));
+        // the line itself, a pixel or two, may look out; colours of faint pixels are rounded twice
+        checkImage("label_sharp", shown.copy(area), expected.copy(area), {8, 3});
+    }
+}
+
+TEST_F(LabelsTest, OfTwoThatWouldMeetTheFirstIsWritten)
+{
+    addCorners();
+    add("WWWWWWWW", {part(Part::Point, {{0, 0, 0}})});
+    const QImage alone = frame();
+    FeatureElement& second = add("MMMM", {part(Part::Point, {{20, 5, 0}})});
+    second.setProperty("marker-color", "#969696");
+    EXPECT_EQ(countPixels(frame(), isDark), countPixels(alone, isDark));
+    second.setParts({part(Part::Point, {{20, 30, 0}})});
+    EXPECT_GT(countPixels(frame(), isDark), countPixels(alone, isDark));
+}
+
+TEST_F(LabelsTest, AreSeenBeforeWhatHidesTheirFeature)
+{
+    addCorners();
+    add("Cellar", {part(Part::Point, {{0, 0, -50}})});
+    const QImage open = frame();
+    const glm::vec3 middle(scene->mapFromModel(origin));
+    const auto side = static_cast<float>(50.0 * metre());
+    const std::vector<glm::vec3> roof =
+        squareVertices(middle.x - side, middle.y - side, middle.x + side, middle.y + side, middle.z);
+    scene->addLocalItem(std::make_unique<VertexItem>(GL_TRIANGLES, roof, grey));
+    EXPECT_EQ(countPixels(frame(), isDark), countPixels(open, isDark));
+}
+
+TEST_F(LabelsTest, FollowNamesPropertiesAndVisibility)
+{
+    addCorners();
+    FeatureElement& element = add("Depot", {part(Part::Point, {{0, 0, 0}})});
+    const int five = lettersOf(frame()).width();
+    element.setProperty("name", "Depot of the railway");
+    EXPECT_GT(lettersOf(frame()).width(), 3 * five);
+    element.setVisible(false);
+    EXPECT_EQ(countPixels(frame(), isDark), 0);
+    element.setVisible(true);
+    EXPECT_GT(countPixels(frame(), isDark), 0);
+    LabelDrawer::find(*scene)->setShown(false);
+    EXPECT_EQ(countPixels(frame(), isDark), 0);
+    LabelDrawer::find(*scene)->setShown(true);
+    LabelDrawer::find(*scene)->setProperty("ref");
+    element.setProperty("name", "x");
+    EXPECT_NEAR(lettersOf(frame()).width(), 2 * five, five) << "Depot ref";
+    element.setProperty("ref", "");
+    EXPECT_EQ(countPixels(frame(), isDark), 0) << "nothing to say";
+}
+
+// What a reader gives a name of its own, from an identifier, is not the feature's name.
+TEST_F(LabelsTest, AnIdentifierIsNoName)
+{
+    addCorners();
+    FeatureElement& element = add({}, {part(Part::Point, {{0, 0, 0}})});
+    element.setSourceId("way/17");
+    element.setName("way/17");
+    EXPECT_EQ(countPixels(frame(), isDark), 0);
+    element.setName("Mill");
+    EXPECT_GT(countPixels(frame(), isDark), 0);
+}
+
+TEST_F(LabelsTest, TakeNoPartInSelectionAndDepth)
+{
+    addCorners();
+    add("WWWWWWWW", {part(Part::Point, {{0, 0, 0}})});
+    const QRect letters = lettersOf(frame());
+    const QRectF area(letters.left(), letters.top(), 20, letters.height());
+    const Viewpoint view = viewpoint();
+    const PaintContext context = renderer->paintContext(view, {Width, Height}, {0, 0, Width, Height}, 0);
+    for (const SelectionMode mode : {SelectionMode::Through, SelectionMode::Visible}) {
+        SelectionOptions options;
+        options.mode = mode;
+        EXPECT_TRUE(scene->selectItems(context, area, options).empty());
+    }
+    EXPECT_FALSE(renderer->pointUnder(view, {Width, Height}, letters.topLeft() + QPoint(1, 1)));
+    scene->makeCurrent();
+}
+
+TEST_F(LabelsTest, LieOnTheSamePixelsInTilesOfAnyPlace)
+{
+    addCorners();
+    for (int i = 0; i < 30; ++i)
+        add(QStringLiteral("Street %1").arg(i),
+            {part(Part::Point, {{-140.3 + 9.7 * i, -50.2 + 37.1 * i - 100 * (37 * i / 100), 0.1 * i}})});
+    const QImage whole = frame();
+    const Viewpoint view = viewpoint();
+    for (const QRect& pixels : {QRect(0, 0, 150, 60), QRect(150, 0, 150, 60), QRect(37, 51, 171, 69)}) {
+        const auto target = makeTarget(renderer->makeCurrent(), pixels.size(), 0);
+        target->bind();
+        renderer->drawTile(view, {Width, Height}, {pixels, pixels, pixels.adjusted(-8, -8, 8, 8)},
+                           scene->getDefaultVao(), grey);
+        const QImage image = target->toImage();
+        target->release();
+        checkImage("label_tile", image.convertToFormat(QImage::Format_RGB32), whole.copy(pixels), {2, 0});
+    }
+}
+
+TEST_F(LabelsTest, AnyScriptIsWritten)
+{
+    addCorners();
+    const char* const names[] = {"Главная улица", "רחוב הנביאים", "شارع الملك", "长安街", "🏠 家"};
+    FeatureElement& element = add("x", {part(Part::Point, {{0, 0, 0}})});
+    for (const char* name : names) {
+        element.setProperty("name", QString::fromUtf8(name));
+        EXPECT_GT(countPixels(frame(), Qt::white, 20), 60) << name;
+    }
+    element.setProperty("name", QString(1 << 20, 'M'));
+    EXPECT_LT(lettersOf(frame()).width(), Width + 1);
+}
+
+TEST_F(LabelsTest, ManyComeAndGo)
+{
+    addCorners();
+    frame();
+    const GlObjects before = GlObjects::count(*gl);
+    std::vector<LONGID> ids;
+    scene->startGroupOperation();
+    for (int i = 0; i < 3000; ++i)
+        ids.push_back(
+            add(QString::number(i), {part(Part::Point, {{i % 300 - 150, i / 300 * 12 - 60, 0}})}).getId());
+    scene->finishGroupOperation(ksp::StagedProgress::dummy());
+    const QImage shown = frame();
+    EXPECT_GT(countPixels(shown, isDark), 1000);
+    checkImage("labels_again", frame(), shown);
+    for (const LONGID id : ids)
+        manager().removeItem(id);
+    scene->makeCurrent();
+    EXPECT_EQ(GlObjects::count(*gl), before);
+}
+
+// --- the program
+// -------------------------------------------------------------------------------------------------------
+
+class LabelsOfTheProgram : public ViewerTest
+{
+};
+
+TEST_F(LabelsOfTheProgram, RenderWritesThem)
+{
+    const QString file = write("mills.geojson", R"({"type": "FeatureCollection", "features": [
+        {"type": "Feature", "properties": {"name": "Old Mill", "owner": "Miller and Sons", "stroke": "#c0c0c0"},
+         "geometry": {"type": "Polygon", "coordinates": [[[0, 0], [90, 0], [90, 60], [0, 60], [0, 0]]]}}]})");
+    const auto dark = [&](const QStringList& labels) {
+        const ViewerRun run = runViewer(QStringList{"render", file, "-o", path("out.png"), "--size",
+                                                    "300x200", "--view", "top", "--background", "#969696"} +
+                                        labels);
+        EXPECT_EQ(run.status, 0) << run.error.constData();
+        EXPECT_EQ(run.error, "");
+        return countPixels(QImage(path("out.png")), isDark);
+    };
+    EXPECT_EQ(dark({}), 0);
+    const int name = dark({"--labels"});
+    EXPECT_GT(name, 50);
+    EXPECT_GT(dark({"--labels", "owner"}), name * 3 / 2);
+}
+
+TEST_F(LabelsOfTheProgram, TheWindowHasASwitch)
+{
+    Host host(Host::Settings::InMemory);
+    MainWindow window(host);
+    window.resize(500, 400);
+    window.show();
+    const auto dark = [&] {
+        for (int i = 0; i < 5; ++i)
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
+        return countPixels(window.view().grabFramebuffer(), isDark);
+    };
+    window.openFiles(
+        {write("mill.geojson", R"({"type": "Feature", "properties": {"name": "Old Mill", "stroke": "#c0c0c0"},
+         "geometry": {"type": "Polygon", "coordinates": [[[0, 0], [90, 0], [90, 60], [0, 60], [0, 0]]]}})")});
+    EXPECT_EQ(dark(), 0);
+    auto* action = window.findChild<QAction*>("labels");
+    ASSERT_NE(action, nullptr);
+    EXPECT_FALSE(action->isChecked());
+    action->trigger();
+    EXPECT_GT(dark(), 50);
+    EXPECT_GT(countPixels(window.view().picture(), isDark), 50) << "in pictures of the view, too";
+    action->trigger();
+    EXPECT_EQ(dark(), 0);
+    window.showLabels("name");
+    EXPECT_TRUE(action->isChecked());
+    EXPECT_GT(dark(), 50);
+}

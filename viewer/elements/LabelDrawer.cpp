@@ -1,0 +1,127 @@
+#include <viewer/elements/LabelDrawer.h>
+
+#include <viewer/elements/ElementLabel.h>
+
+#include <Viewer3dModule/drawers/DrawerType.h>
+#include <Viewer3dModule/host/Graphics3dItem.h>
+#include <Viewer3dModule/scene/Scene3d.h>
+
+#include <algorithm>
+#include <cmath>
+#include <unordered_map>
+#include <unordered_set>
+
+namespace {
+
+/// Places that are taken, found by the squares of a grid that they touch.
+class TakenPlaces
+{
+public:
+    /// Takes the place, unless a part of it is taken.
+    bool take(const QRect& rect)
+    {
+        bool isFree = true;
+        const auto walk = [&](const auto& use) {
+            for (int y = cell(rect.top()); y <= cell(rect.bottom()); ++y)
+                for (int x = cell(rect.left()); x <= cell(rect.right()); ++x)
+                    use(m_cells[static_cast<std::uint64_t>(static_cast<std::uint32_t>(y)) << 32 |
+                                static_cast<std::uint32_t>(x)]);
+        };
+        walk([&](const std::vector<QRect>& places) {
+            isFree = isFree && std::none_of(places.begin(), places.end(),
+                                            [&](const QRect& other) { return other.intersects(rect); });
+        });
+        if (isFree) walk([&](std::vector<QRect>& places) { places.push_back(rect); });
+        return isFree;
+    }
+
+private:
+    static int cell(int pixel) { return pixel >> 6; } // 64 pixels wide
+
+    std::unordered_map<std::uint64_t, std::vector<QRect>> m_cells;
+};
+
+/// What a label is not hidden by, for as long as it lives.
+class NoDepthTest
+{
+public:
+    explicit NoDepthTest(OpenGLFunctions& gl)
+        : m_gl(gl)
+        , m_before(gl.glIsEnabled(GL_DEPTH_TEST))
+    {
+        m_gl.glDisable(GL_DEPTH_TEST);
+    }
+    ~NoDepthTest()
+    {
+        if (m_before) m_gl.glEnable(GL_DEPTH_TEST);
+    }
+    NoDepthTest(const NoDepthTest&) = delete;
+    NoDepthTest& operator=(const NoDepthTest&) = delete;
+
+private:
+    OpenGLFunctions& m_gl;
+    GLboolean m_before;
+};
+
+} // namespace
+
+LabelDrawer::LabelDrawer(Scene3d* scene, QOpenGLShaderProgram* program, const QString& property)
+    : SequentialItem3dDrawer(scene, program)
+    , m_property(property)
+{
+}
+
+void LabelDrawer::addTo(Scene3d& scene, const QString& property)
+{
+    const auto& captions =
+        dynamic_cast<SequentialItem3dDrawer&>(*scene.getDefaultDrawer(DrawerType::Caption));
+    scene.addDrawer(
+        VisibilityType, DrawerType::Caption,
+        std::unique_ptr<Item3dDrawer>(new LabelDrawer(&scene, captions.getDefaultProgram(), property)));
+}
+
+LabelDrawer* LabelDrawer::find(const Scene3d& scene)
+{
+    return dynamic_cast<LabelDrawer*>(scene.getDrawer(VisibilityType, DrawerType::Caption));
+}
+
+void LabelDrawer::draw(const PaintContext&, Filter) {}
+
+std::unique_ptr<Item3dDrawer> LabelDrawer::clone() const
+{
+    return std::unique_ptr<Item3dDrawer>(new LabelDrawer(scene(), getDefaultProgram(), m_property));
+}
+
+std::vector<ElementLabel*> LabelDrawer::labelsByElement() const
+{
+    std::vector<ElementLabel*> labels;
+    for (Drawable3dItem* item : getItems())
+        if (item->isVisible())
+            if (auto* label = dynamic_cast<ElementLabel*>(item)) labels.push_back(label);
+    std::sort(labels.begin(), labels.end(), [](const ElementLabel* a, const ElementLabel* b) {
+        return a->owner().getId() < b->owner().getId();
+    });
+    return labels;
+}
+
+void LabelDrawer::write(const PaintContext& pass, const glm::dmat4& viewProjection, const QSize& size,
+                        const QPoint& corner)
+{
+    OpenGLFunctions* gl = currentGLFunctions();
+    if (!gl || !m_isShown || getItems().empty()) return;
+    TakenPlaces taken;
+    std::unordered_set<const Drawable3dItem*> written;
+    for (ElementLabel* label : labelsByElement()) {
+        const glm::dvec4 clip =
+            viewProjection * glm::dmat4(label->getTransform()) * glm::dvec4(glm::vec3(label->place()), 1.0);
+        const bool isSeen = clip.w > 0.0 && std::abs(clip.x) <= clip.w && std::abs(clip.y) <= clip.w;
+        if (!isSeen) continue;
+        const QRect rect = label->rectAt(
+            {(clip.x / clip.w + 1.0) / 2.0 * size.width(), (1.0 - clip.y / clip.w) / 2.0 * size.height()});
+        if (!taken.take(rect)) continue;
+        label->setCorner({rect.left() - corner.x(), rect.top() + rect.height() - corner.y()});
+        written.insert(label);
+    }
+    const NoDepthTest overAll(*gl);
+    SequentialItem3dDrawer::draw(pass, [&](Drawable3dItem* item) { return written.count(item) != 0; });
+}
