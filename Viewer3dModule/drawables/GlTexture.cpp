@@ -5,12 +5,16 @@
 namespace {
 
 // Four bytes a pixel, red first, the lowest row first.
-QImage pixelsOf(const QImage& image, int maxSize)
+QImage bottomUp(QImage image)
 {
-    const bool fits = image.width() <= maxSize && image.height() <= maxSize;
-    QImage scaled =
-        fits ? image : image.scaled(maxSize, maxSize, Qt::KeepAspectRatio, Qt::SmoothTransformation);
-    return std::move(scaled).convertToFormat(QImage::Format_RGBA8888).mirrored();
+    return std::move(image).convertToFormat(QImage::Format_RGBA8888).mirrored();
+}
+
+// Red, green, blue, alpha, a byte each, without gaps between the rows.
+QImage packed(const QImage& image)
+{
+    const QImage pixels = image.convertToFormat(QImage::Format_RGBA8888);
+    return pixels.bytesPerLine() == 4 * pixels.width() ? pixels : pixels.copy();
 }
 
 } // namespace
@@ -44,10 +48,17 @@ int GlTexture::longestSide(OpenGLFunctions& gl)
     return side;
 }
 
+QImage GlTexture::fitting(OpenGLFunctions& gl, const QImage& image)
+{
+    const int longest = longestSide(gl);
+    if (image.width() <= longest && image.height() <= longest) return image;
+    return image.scaled(longest, longest, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+}
+
 void GlTexture::upload(OpenGLFunctions& gl, const QImage& image)
 {
     if (image.isNull()) return;
-    const QImage pixels = pixelsOf(image, longestSide(gl));
+    const QImage pixels = bottomUp(fitting(gl, image));
     generate(gl);
     gl.glBindTexture(GL_TEXTURE_2D, m_name);
     gl.glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, pixels.width(), pixels.height(), 0, GL_RGBA, GL_UNSIGNED_BYTE,
@@ -57,5 +68,20 @@ void GlTexture::upload(OpenGLFunctions& gl, const QImage& image)
     gl.glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
     gl.glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_REPEAT);
     gl.glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_REPEAT);
+    gl.glBindTexture(GL_TEXTURE_2D, 0);
+}
+
+void GlTexture::uploadTopDown(OpenGLFunctions& gl, const QImage& image)
+{
+    const QImage pixels = packed(image);
+    generate(gl);
+    gl.glBindTexture(GL_TEXTURE_2D, m_name);
+    gl.glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
+    gl.glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
+    gl.glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
+    gl.glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR_MIPMAP_LINEAR);
+    gl.glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, pixels.width(), pixels.height(), 0, GL_RGBA, GL_UNSIGNED_BYTE,
+                    pixels.constBits());
+    if (!pixels.isNull()) gl.glGenerateMipmap(GL_TEXTURE_2D);
     gl.glBindTexture(GL_TEXTURE_2D, 0);
 }

@@ -26,10 +26,18 @@ public:
     /// The most pixels that a side of a texture may have in the driver of the current context.
     static int longestSide(OpenGLFunctions& gl);
 
+    /// The image, scaled down with its proportions kept where the driver of the current context does not take
+    /// its size.
+    static QImage fitting(OpenGLFunctions& gl, const QImage& image);
+
     /// Replaces the contents by the image, its lowest row first as OpenGL counts, with all smaller levels; it
     /// repeats beyond its borders. An image larger than the driver takes is scaled down, keeping its
     /// proportions. A null image changes nothing. Leaves no texture bound to the active unit.
     void upload(OpenGLFunctions& gl, const QImage& image);
+    /// Replaces the contents by the image, its top row first, as pictures that face the viewer take it, with
+    /// all smaller levels; beyond its borders the border goes on. The driver must take its size, see
+    /// fitting; a null image leaves no contents. Leaves no texture bound to the active unit.
+    void uploadTopDown(OpenGLFunctions& gl, const QImage& image);
 
 private:
     unsigned int m_name = 0;

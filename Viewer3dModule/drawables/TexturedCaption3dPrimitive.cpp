@@ -12,23 +12,17 @@ namespace {
 
 constexpr double sizeToHeight = 2.0; // a size is half of the height in pixels
 
-QImage fitting(const QImage& image, int longestSide)
+QImage fitting(OpenGLFunctions& gl, const QImage& image)
 {
-    if (image.width() <= longestSide && image.height() <= longestSide) return image;
-    ksp::Log::warning(
-        QStringLiteral("The picture of a caption, %1 x %2 pixels, is scaled down: this driver takes at "
-                       "most %3 pixels a side")
-            .arg(image.width())
-            .arg(image.height())
-            .arg(longestSide));
-    return image.scaled(longestSide, longestSide, Qt::KeepAspectRatio, Qt::SmoothTransformation);
-}
-
-/// Red, green, blue, alpha, a byte each, without gaps between the rows.
-QImage packed(const QImage& image)
-{
-    const QImage pixels = image.convertToFormat(QImage::Format_RGBA8888);
-    return pixels.bytesPerLine() == 4 * pixels.width() ? pixels : pixels.copy();
+    const QImage fitted = GlTexture::fitting(gl, image);
+    if (fitted.size() != image.size())
+        ksp::Log::warning(
+            QStringLiteral("The picture of a caption, %1 x %2 pixels, is scaled down: this driver takes at "
+                           "most %3 pixels a side")
+                .arg(image.width())
+                .arg(image.height())
+                .arg(GlTexture::longestSide(gl)));
+    return fitted;
 }
 
 } // namespace
@@ -63,16 +57,8 @@ void TexturedCaption3dPrimitive::setImage(const QImage& image)
 {
     OpenGLFunctions* gl = getGLFunctions();
     if (!gl || m_texture.name() == 0) return;
-    const QImage pixels = packed(fitting(image, GlTexture::longestSide(*gl)));
-    gl->glBindTexture(GL_TEXTURE_2D, m_texture.name());
-    gl->glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
-    gl->glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
-    gl->glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
-    gl->glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR_MIPMAP_LINEAR);
-    gl->glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, pixels.width(), pixels.height(), 0, GL_RGBA, GL_UNSIGNED_BYTE,
-                     pixels.constBits());
-    if (!pixels.isNull()) gl->glGenerateMipmap(GL_TEXTURE_2D);
-    gl->glBindTexture(GL_TEXTURE_2D, 0);
+    const QImage pixels = fitting(*gl, image);
+    m_texture.uploadTopDown(*gl, pixels);
     m_imageSize = pixels.size();
 }
 
