@@ -261,7 +261,7 @@ private:
     std::mt19937 m_numbers{20240817};
 };
 
-TEST_F(MarkChurn, TenThousandOperationsLeaveWhatPlainVectorsHold)
+TEST_F(MarkChurn, AHundredThousandOperationsLeaveWhatPlainVectorsHold)
 {
     MarkDrawer drawer(scene.get());
     Items items;
@@ -276,7 +276,7 @@ TEST_F(MarkChurn, TenThousandOperationsLeaveWhatPlainVectorsHold)
     PaintContext context = paintContext(16, 16);
     GlCalls calls(*gl);
 
-    for (int step = 0; step < 10000; ++step) {
+    for (int step = 0; step < 100000; ++step) {
         const int what = random(20);
         MarkItem* one = order.empty() ? nullptr : order[std::size_t(random(int(order.size())))];
         if (what < 4) {
@@ -341,7 +341,7 @@ TEST_F(MarkChurn, TenThousandOperationsLeaveWhatPlainVectorsHold)
         lastFlags = e.flags;
         changed = false;
     }
-    EXPECT_GT(draws, 1000);
+    EXPECT_GT(draws, 10000);
 }
 
 // --- very many
