@@ -6,14 +6,14 @@
 namespace {
 
 /// What OpenGL knows of a vertex attribute.
-struct Attribute
+struct AttributeState
 {
     GLint enabled = 0, components = 0, stride = 0, type = 0, integer = 0, divisor = 0, buffer = 0;
     std::size_t offset = 0;
 
-    static Attribute of(OpenGLFunctions& gl, unsigned int location)
+    static AttributeState of(OpenGLFunctions& gl, unsigned int location)
     {
-        Attribute a;
+        AttributeState a;
         gl.glGetVertexAttribiv(location, GL_VERTEX_ATTRIB_ARRAY_ENABLED, &a.enabled);
         gl.glGetVertexAttribiv(location, GL_VERTEX_ATTRIB_ARRAY_SIZE, &a.components);
         gl.glGetVertexAttribiv(location, GL_VERTEX_ATTRIB_ARRAY_STRIDE, &a.stride);
@@ -39,7 +39,7 @@ struct Attribute
     }
 };
 
-constexpr unsigned int locations = 16;
+constexpr unsigned int attributeLocations = 16;
 
 /// Draws a point an instance and notes which attributes it is given.
 template <class T>
@@ -71,14 +71,14 @@ public:
         OpenGLFunctions& gl = *currentGLFunctions();
         lastContext = context;
         attributes.clear();
-        for (unsigned int location = 0; location < locations; ++location)
-            attributes.push_back(Attribute::of(gl, location));
+        for (unsigned int location = 0; location < attributeLocations; ++location)
+            attributes.push_back(AttributeState::of(gl, location));
         gl.glGetIntegerv(GL_VERTEX_ARRAY_BINDING, &vertexArray);
         gl.glDrawArraysInstanced(GL_POINTS, 0, 1, static_cast<GLsizei>(this->getItems().size()));
     }
     std::unique_ptr<Item3dDrawer> clone() const override { return nullptr; }
 
-    std::vector<Attribute> attributes;
+    std::vector<AttributeState> attributes;
     PaintContext lastContext;
     GLint vertexArray = 0;
 };
@@ -125,7 +125,7 @@ TEST_F(InstancedItem3dDrawerTest, PositionsAreThreeFloatsAndThenFlagsAndIdentifi
     items[2]->id = (LONGID(0x12345678) << 32) | 0x9ABCDEF0;
     drawer->updateItem(2);
     drawPass(*drawer);
-    const std::vector<Attribute>& a = drawer->attributes;
+    const std::vector<AttributeState>& a = drawer->attributes;
     a[4].expect(3, GL_FLOAT, false, 12, 0);
     a[5].expect(1, GL_INT, true, 0, 0);
     a[6].expect(2, GL_UNSIGNED_INT, true, 0, 0);
@@ -143,7 +143,7 @@ TEST_F(InstancedItem3dDrawerTest, MatricesOverlapAndFlagsAndIdentifiersFollowThe
     const Items items = itemsAt(*drawer, {atPixel(10, 20), atPixel(40, 50)});
     items[1]->highlighted = true;
     const QImage image = shown(*drawer);
-    const std::vector<Attribute>& a = drawer->attributes;
+    const std::vector<AttributeState>& a = drawer->attributes;
     for (unsigned int column = 0; column < 4; ++column)
         a[4 + column].expect(4, GL_FLOAT, false, 64, 4 * column);
     a[8].expect(1, GL_INT, true, 0, 0);
@@ -176,9 +176,9 @@ TEST_F(InstancedItem3dDrawerTest, DetachesAllAttributesAfterwards)
     EXPECT_EQ(matrices->vertexArray, GLint(scene->getDefaultVao()));
     EXPECT_EQ(integer(GL_VERTEX_ARRAY_BINDING), 0);
     gl->glBindVertexArray(scene->getDefaultVao());
-    for (unsigned int location = 0; location < locations; ++location) {
-        EXPECT_EQ(Attribute::of(*gl, location).enabled, 0) << location;
-        EXPECT_EQ(Attribute::of(*gl, location).divisor, 0) << location;
+    for (unsigned int location = 0; location < attributeLocations; ++location) {
+        EXPECT_EQ(AttributeState::of(*gl, location).enabled, 0) << location;
+        EXPECT_EQ(AttributeState::of(*gl, location).divisor, 0) << location;
     }
     gl->glBindVertexArray(0);
 }
@@ -192,7 +192,7 @@ TEST_F(InstancedItem3dDrawerTest, BindsWithAnyDivisor)
     EXPECT_EQ(integer(GL_VERTEX_ARRAY_BINDING), 0);
     gl->glBindVertexArray(scene->getDefaultVao());
     for (unsigned int location = 4; location < 10; ++location)
-        EXPECT_EQ(Attribute::of(*gl, location).divisor, 3) << location;
+        EXPECT_EQ(AttributeState::of(*gl, location).divisor, 3) << location;
     drawer->unbind(scene->getDefaultVao());
 }
 
