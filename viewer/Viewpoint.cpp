@@ -179,6 +179,16 @@ glm::dvec3 Viewpoint::pointAt(const glm::dvec2& pixel, double depth, const QSize
            up * m_camera.getUpVector();
 }
 
+std::optional<glm::dvec2> Viewpoint::pixelOf(const glm::dvec3& point, const QSizeF& size) const
+{
+    const double depth = depthOf(point);
+    if (!isParallel() && depth <= 0.0) return std::nullopt;
+    const glm::dvec3 from = point - m_camera.getPosition();
+    const double unit = unitsPerPixel(depth, size);
+    return glm::dvec2(size.width() / 2.0 + glm::dot(from, m_camera.getLeftVector()) / unit,
+                      size.height() / 2.0 - glm::dot(from, m_camera.getUpVector()) / unit);
+}
+
 glm::dmat4 Viewpoint::projectionMatrix(const gmx::BoundingBox& box, const QSizeF& size,
                                        double smallestNear) const
 {

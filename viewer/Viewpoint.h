@@ -10,6 +10,7 @@
 #include <glm/glm.hpp>
 
 #include <memory>
+#include <optional>
 
 /// A projection of the type, as it is at first.
 std::unique_ptr<IProjection> makeProjection(IProjection::Projection type);
@@ -61,6 +62,9 @@ public:
     double depthOf(const glm::dvec3& point) const;
     /// The point that pixel (origin top left) shows at the depth.
     glm::dvec3 pointAt(const glm::dvec2& pixel, double depth, const QSizeF& size) const;
+    /// The pixel (origin top left) that shows the point, in the picture or beyond it; none of a point that
+    /// lies behind the eye of a central projection.
+    std::optional<glm::dvec2> pixelOf(const glm::dvec3& point, const QSizeF& size) const;
     /// Projection matrix whose near and far planes enclose the box. smallestNear: how near the near plane may
     /// come when the eye is in or close to the box; nearer only when the point looked at is.
     glm::dmat4 projectionMatrix(const gmx::BoundingBox& box, const QSizeF& size, double smallestNear) const;

@@ -10,8 +10,12 @@
 #include <viewer/elements/LabelDrawer.h>
 #include <viewer/elements/ViewpointElement.h>
 #include <viewer/printable.h>
+#include <viewer/window/ElementSelection.h>
+#include <viewer/window/FenceEditor.h>
+#include <viewer/window/FenceMenu.h>
 #include <viewer/window/LoadingBar.h>
 #include <viewer/window/MessageDock.h>
+#include <viewer/window/SelectionMenu.h>
 #include <viewer/window/View3dWidget.h>
 
 #include <Viewer3dModule/host/Graphics3dItem.h>
@@ -79,6 +83,7 @@ MainWindow::MainWindow(Host& host)
     statusBar()->addPermanentWidget(m_loadingBar);
     makeFileMenu();
     makeViewMenu();
+    makeToolMenus();
     connect(m_view, &View3dWidget::filesDropped, this, &MainWindow::openFiles);
     m_view->showFrom(StandardView::Iso);
     m_host.application().extendGUI(this);
@@ -182,6 +187,19 @@ void MainWindow::showLabels(const QString& property)
 {
     LabelDrawer::find(*m_scene)->setProperty(property);
     m_labels->setChecked(true);
+}
+
+void MainWindow::makeToolMenus()
+{
+    const auto tell = [this](const QString& text) { statusBar()->showMessage(text); };
+    auto* selection = new ElementSelection(*m_project->getModel(), m_scene.get(), this);
+    auto* select = new SelectionMenu(*menuBar()->addMenu(tr("&Select")), *m_view, *selection);
+    connect(select, &SelectionMenu::told, this, tell);
+    auto* editor = new FenceEditor(*m_view, *m_scene, *m_project, this);
+    auto* fence = new FenceMenu(*menuBar()->addMenu(tr("Fe&nce")), *m_view, *editor);
+    connect(fence, &FenceMenu::told, this, tell);
+    connect(editor, &FenceEditor::fenceChanged, this, [this] { setWindowModified(true); });
+    m_scene->doneCurrent();
 }
 
 // --- files

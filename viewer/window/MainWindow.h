@@ -57,6 +57,7 @@ private:
     void makeFileMenu();
     void makeViewMenu();
     void addEyeDomeMenu(QMenu& menu);
+    void makeToolMenus();
     void addLabelsAction(QMenu& menu);
     void askForFiles();
     void askWhereToSave();

@@ -2,6 +2,7 @@
 
 #include <viewer/PicturePainter.h>
 #include <viewer/window/Navigation.h>
+#include <viewer/window/ViewTools.h>
 
 #include <Viewer3dModule/host/View3dSettings.h>
 #include <Viewer3dModule/scene/Scene3d.h>
@@ -41,6 +42,7 @@ View3dWidget::View3dWidget(Scene3d& scene, QWidget* parent)
     : QOpenGLWidget(parent)
     , m_scene(&scene)
     , m_renderer(scene)
+    , m_tools(new ViewTools(*this))
 {
     QSurfaceFormat smooth = QSurfaceFormat::defaultFormat();
     smooth.setSamples(4);
@@ -48,6 +50,7 @@ View3dWidget::View3dWidget(Scene3d& scene, QWidget* parent)
     setAcceptDrops(true);
     setFocusPolicy(Qt::StrongFocus);
     setMinimumSize(160, 120);
+    setMouseTracking(true); // tools follow the mouse without button
     connect(&scene, &Scene3d::updateView, this, [this] { update(); });
     connect(&scene, &Scene3d::modelToSceneTransformChanged, this, &View3dWidget::moveWithTransform);
 }
@@ -167,15 +170,46 @@ glm::dvec3 View3dWidget::pointAt(const QPointF& place)
     return m_viewpoint.pointAt(pixel, depth, deviceSize());
 }
 
+glm::dvec3 View3dWidget::pointAtDepth(const QPointF& place, double depth) const
+{
+    return m_viewpoint.pointAt(devicePixel(place), depth, deviceSize());
+}
+
+std::optional<QPointF> View3dWidget::placeOf(const glm::dvec3& point) const
+{
+    const auto pixel = m_viewpoint.pixelOf(point, deviceSize());
+    if (!pixel) return std::nullopt;
+    return QPointF(pixel->x, pixel->y) / devicePixelRatioF();
+}
+
+gmx::BoundingBox View3dWidget::visibleBounds() const
+{
+    return m_scene ? m_renderer.visibleBounds() : gmx::BoundingBox();
+}
+
+std::vector<LONGID> View3dWidget::select(const QPolygonF& area, SelectionOptions options) const
+{
+    if (!m_scene) return {};
+    m_scene->flushBounds(); // may move the camera
+    options.visibilityFilter = m_scene->getVisibilityFilter();
+    QPolygonF pixels;
+    for (const QPointF& place : area)
+        pixels.append(place * devicePixelRatioF());
+    const PaintContext context = m_renderer.paintContext(
+        m_viewpoint, deviceSize(), QRect(QPoint(0, 0), deviceSize()), m_scene->getDefaultVao());
+    return m_scene->selectItems(context, pixels, options);
+}
+
 void View3dWidget::mousePressEvent(QMouseEvent* event)
 {
+    if (m_tools->press(*event)) return;
     m_lastPlace = event->localPos();
     m_grabbed = pointAt(m_lastPlace);
 }
 
 void View3dWidget::mouseMoveEvent(QMouseEvent* event)
 {
-    if (event->buttons() == Qt::NoButton) return;
+    if (m_tools->move(*event)) return;
     const QPointF delta = event->localPos() - m_lastPlace;
     m_lastPlace = event->localPos();
     const bool isOrbit = event->buttons() == Qt::LeftButton && !(event->modifiers() & Qt::ShiftModifier);
@@ -184,6 +218,21 @@ void View3dWidget::mouseMoveEvent(QMouseEvent* event)
     else
         navigation::pan(m_viewpoint, devicePixel(delta), m_viewpoint.depthOf(m_grabbed), deviceSize());
     update();
+}
+
+void View3dWidget::mouseReleaseEvent(QMouseEvent* event)
+{
+    if (!m_tools->release(*event)) QOpenGLWidget::mouseReleaseEvent(event);
+}
+
+void View3dWidget::mouseDoubleClickEvent(QMouseEvent* event)
+{
+    if (!m_tools->doubleClick(*event)) QOpenGLWidget::mouseDoubleClickEvent(event);
+}
+
+void View3dWidget::keyPressEvent(QKeyEvent* event)
+{
+    if (!m_tools->key(*event)) QOpenGLWidget::keyPressEvent(event);
 }
 
 void View3dWidget::wheelEvent(QWheelEvent* event)
