@@ -15,6 +15,8 @@
 #include <viewer/elements/LabelDrawer.h>
 #include <viewer/printable.h>
 
+#include <Viewer3dModule/host/Fence3dDisplay.h>
+#include <Viewer3dModule/host/Fence3dItem.h>
 #include <Viewer3dModule/host/View3dSettings.h>
 #include <Viewer3dModule/scene/Scene3d.h>
 #include <framework/ksp/CommonError.h>
@@ -180,6 +182,11 @@ void commands::render(const RenderOptions& options)
     ksp::StagedProgress progress = bar.progress();
     opener.open(options.files, progress.startStage(shareOfReading));
     FenceOption::apply(fence, *project);
+    std::optional<Fence3dDisplay> outline;
+    if (options.previewsFence) {
+        fenceElement(*project).setInteractionMode(true);
+        outline.emplace(*scene);
+    }
     QStringList read = options.files + opener.getMeshFiles();
     for (const QString& file : {options.cameras, options.elevation.file, options.fence})
         if (!file.isEmpty()) read.append(file);

@@ -46,6 +46,7 @@ void RenderOptions::declare(CommandParser& parser)
                "COLOUR");
     PointSizeOption::declare(parser);
     FenceOption::declare(parser);
+    parser.add({"fence-preview"}, "show what lies outside of the fence in grey, and the fence's outline");
     parser.add({"edl"},
                eyeDomeShadingNames().join('|') + ": eye-dome lighting, dark by what lies further or nearer",
                "NAME");
@@ -66,6 +67,7 @@ RenderOptions RenderOptions::read(const CommandParser& parser)
         options.background = OptionValue::color("background", parser.value("background"));
     options.pointSize = PointSizeOption::read(parser);
     options.fence = FenceOption::read(parser);
+    options.previewsFence = parser.isSet("fence-preview");
     if (parser.isSet("edl"))
         options.eyeDome =
             static_cast<EyeDomeShading>(OptionValue::word("edl", parser.value("edl"), eyeDomeShadingNames()));

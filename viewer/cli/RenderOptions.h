@@ -23,6 +23,7 @@ struct RenderOptions
     QColor background;              ///< invalid: that of the settings
     std::optional<float> pointSize; ///< pixels; nothing: as usual
     QString fence;                  ///< a file (FenceFile.h), or empty
+    bool previewsFence = false;     ///< what lies outside in grey, and the fence's outline
     EyeDomeShading eyeDome = EyeDomeShading::Off;
     ElevationOptions elevation;
     std::optional<QString> labels; ///< the property that labels show; nothing: no labels
