@@ -6,6 +6,7 @@
 #include <framework/model/CityObjectElement.h>
 #include <framework/model/FeatureElement.h>
 #include <framework/model/OrthophotoElement.h>
+#include <framework/model/StationElement.h>
 
 namespace {
 
@@ -55,6 +56,8 @@ ElementSummary ElementSummary::of(const CModelElement& element)
     if (const auto* object = dynamic_cast<const CityObjectElement*>(&element)) return summarize(*object);
     if (const auto* photo = dynamic_cast<const OrthophotoElement*>(&element))
         return {0, 0, 2, photo->getBounds()};
+    if (const auto* station = dynamic_cast<const StationElement*>(&element))
+        return {0, 0, 0, gmx::BoundingBox(station->getCenter(), station->getCenter())};
     return {};
 }
 

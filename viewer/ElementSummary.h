@@ -15,8 +15,8 @@ struct ElementSummary
     std::uint64_t triangles = 0;
     gmx::BoundingBox bounds; ///< model coordinates; null when it has no extent
 
-    /// Of a mesh element whose node no scene has taken, a feature, a city object or an orthophoto;
-    /// nothing of other elements.
+    /// Of a mesh element whose node no scene has taken, a feature, a city object, an orthophoto or
+    /// a station, which has no more than a place; nothing of other elements.
     static ElementSummary of(const CModelElement& element);
     /// Adds the other's counts and box.
     void add(const ElementSummary& other);

@@ -2,6 +2,7 @@
 
 #include <viewer/Host.h>
 #include <viewer/InputFiles.h>
+#include <viewer/ModelFolder.h>
 #include <viewer/SceneGroup.h>
 #include <viewer/elements/ElementTypes.h>
 #include <viewer/elements/MeshElement.h>
@@ -37,7 +38,9 @@ void requireReadable(const QString& path)
 {
     const QFileInfo file(path);
     if (!file.exists()) throw fileError(path, QStringLiteral("there is no such file"));
-    if (file.isDir()) throw fileError(path, QStringLiteral("is a folder"));
+    if (file.isDir())
+        throw fileError(path,
+                        QStringLiteral("is a folder, but not with cameras.txt, images.txt and points3D.txt"));
     if (!file.isReadable()) throw fileError(path, QStringLiteral("may not be read (permission denied)"));
     if (file.isFile() && file.size() == 0) throw fileError(path, QStringLiteral("is empty"));
 }
@@ -140,8 +143,9 @@ bool FileOpener::isProject(const QString& path)
     return extensionOf(path) == QLatin1String("v3d");
 }
 
-void FileOpener::open(const QStringList& paths, ksp::StagedProgress progress)
+void FileOpener::open(const QStringList& asked, ksp::StagedProgress progress)
 {
+    const QStringList paths = ModelFolder::inputs(asked);
     QString project;
     Elements elements;
     for (const QString& path : paths) {
@@ -173,11 +177,12 @@ FileOpener::Elements FileOpener::read(const QString& path, ksp::StagedProgress p
 {
     requireReadable(path);
     const QString extension = extensionOf(path);
+    const bool mayHoldNodes = DrawableNode3dFactory::instance().isExtensionSupported(extension);
     return readGuarded(path, [&]() -> Elements {
-        if (IModelReader* reader = m_host.findModelReader(extension, path))
+        IModelReader* reader = m_host.findModelReader(extension, path);
+        if (reader && (!mayHoldNodes || reader->recognizes(path)))
             return reader->read(path, std::move(progress));
-        if (DrawableNode3dFactory::instance().isExtensionSupported(extension))
-            return readNodes(path, std::move(progress));
+        if (mayHoldNodes) return readNodes(path, std::move(progress));
         const QString known = m_host.getExtensions().join(QStringLiteral(", "));
         throw ksp::CommonError(QStringLiteral("unknown file format; readable are: ") + known);
     });

@@ -28,9 +28,10 @@ public:
     /// Whether the file is a project of the viewer, by its extension.
     static bool isProject(const QString& path);
 
-    /// Opens files: all, or none when one of them fails or the progress is cancelled (ksp::Canceled). At most
-    /// one of them is a project, which replaces what is open.
-    void open(const QStringList& paths, ksp::StagedProgress progress);
+    /// Opens files, and folders that are a model (see ModelFolder): all, or none when one of them fails or
+    /// the progress is cancelled (ksp::Canceled). At most one of them is a project, which replaces what is
+    /// open.
+    void open(const QStringList& asked, ksp::StagedProgress progress);
     /// Saves the project; mesh elements keep where their files lie, as seen from the project's folder too.
     /// Throws ksp::CommonError, among others when the project would replace one of those files.
     void save(const QString& path, ksp::StagedProgress progress);

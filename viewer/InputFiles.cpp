@@ -1,5 +1,7 @@
 #include <viewer/InputFiles.h>
 
+#include <viewer/ModelFolder.h>
+
 #include <QtCore/QDir>
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
@@ -73,7 +75,8 @@ QStringList filesNamedIn(const QString& path)
 InputFiles::InputFiles(const QStringList& inputs)
 {
     for (const QString& input : inputs)
-        m_files.append(QFileInfo(input).canonicalFilePath());
+        for (const QString& file : ModelFolder::files(input) + QStringList(input))
+            m_files.append(QFileInfo(file).canonicalFilePath());
     m_files.removeDuplicates();
 }
 

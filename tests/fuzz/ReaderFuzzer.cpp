@@ -3,6 +3,8 @@
 #include <framework/ksp/CommonError.h>
 #include <framework/ksp/Log.h>
 #include <readers/cityjson/CityJsonParser.h>
+#include <readers/colmap/ColmapImagesParser.h>
+#include <readers/colmap/ColmapPointsParser.h>
 #include <readers/geojson/GeoJsonParser.h>
 #include <readers/gltf/GltfParser.h>
 #include <readers/obj/ObjParser.h>
@@ -50,6 +52,32 @@ void read<readers::CityJsonParser>(const QByteArray& bytes)
     readers::CityJsonParser parser(QStringLiteral("/nowhere/file"), {}, ksp::StagedProgress::dummy());
     for (const auto& object : parser.parse(bytes))
         if (!object->getGeometry().isSound()) std::abort();
+}
+
+// Cameras and pictures are one format of lines to the fuzzer; of cameras, pictures have one without
+// anything.
+template <>
+void read<readers::ColmapImagesParser>(const QByteArray& bytes)
+{
+    const auto parse = [&bytes](const auto& work) {
+        QBuffer buffer;
+        buffer.setData(bytes);
+        buffer.open(QIODevice::ReadOnly);
+        try {
+            work(buffer);
+        } catch (const ksp::CommonError&) {
+            // refused
+        }
+    };
+    parse([](QIODevice& device) {
+        readers::ColmapCamerasParser(device, ksp::StagedProgress::dummy()).parse();
+    });
+    parse([](QIODevice& device) {
+        const readers::ColmapCamerasParser::Cameras cameras = {{1, {}}};
+        for (const auto& station :
+             readers::ColmapImagesParser(device, cameras, ksp::StagedProgress::dummy()).parse())
+            if (!std::isfinite(glm::length(station->getCenter()))) std::abort();
+    });
 }
 
 } // namespace

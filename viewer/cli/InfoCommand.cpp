@@ -11,6 +11,7 @@
 #include <framework/model/CModelElementManager.h>
 #include <framework/model/CProject.h>
 #include <framework/model/CProjectModel.h>
+#include <framework/model/StationElement.h>
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
@@ -47,6 +48,16 @@ QJsonObject summaryJson(const ElementSummary& summary)
     return object;
 }
 
+QJsonObject cameraJson(const StationElement::Camera& camera)
+{
+    QJsonArray parameters;
+    for (const double parameter : camera.parameters)
+        parameters.append(parameter);
+    return {{"model", camera.model},
+            {"size", QJsonArray{camera.width, camera.height}},
+            {"parameters", parameters}};
+}
+
 QJsonObject elementJson(const CModelElement& element, const ElementSummary& summary)
 {
     QJsonObject object = summaryJson(summary);
@@ -54,6 +65,14 @@ QJsonObject elementJson(const CModelElement& element, const ElementSummary& summ
     object["type"] = element_types::name(element.getType());
     object["name"] = element.getName();
     if (const auto* mesh = dynamic_cast<const MeshElement*>(&element)) object["file"] = mesh->getPath();
+    if (const auto* station = dynamic_cast<const StationElement*>(&element)) {
+        const StationElement::Pose& pose = station->getPose();
+        const glm::dquat& q = pose.rotation;
+        object["position"] = pointJson(station->getCenter());
+        object["rotation"] = QJsonArray{q.w, q.x, q.y, q.z};
+        object["translation"] = pointJson(pose.translation);
+        object["camera"] = cameraJson(station->getCamera());
+    }
     return object;
 }
 

@@ -6,6 +6,7 @@
 #include <viewer/elements/MeshElement.h>
 #include <viewer/elements/MeshItem.h>
 #include <viewer/elements/OrthophotoItem.h>
+#include <viewer/elements/StationItem.h>
 #include <viewer/elements/ViewpointElement.h>
 
 #include <Viewer3dModule/host/CGraphics3dExtension.h>
@@ -14,6 +15,7 @@
 #include <framework/model/CityObjectElement.h>
 #include <framework/model/FeatureElement.h>
 #include <framework/model/OrthophotoElement.h>
+#include <framework/model/StationElement.h>
 
 namespace {
 
@@ -41,7 +43,7 @@ private:
 namespace element_types {
 
 static_assert(Feature == FeatureElement::Type && CityObject == CityObjectElement::Type &&
-                  Orthophoto == OrthophotoElement::Type,
+                  Orthophoto == OrthophotoElement::Type && Station == StationElement::Type,
               "one number for one type");
 
 void registerCreators(CProjectModel& model)
@@ -51,6 +53,7 @@ void registerCreators(CProjectModel& model)
     model.registerCreator(std::make_unique<COrdinaryItemCreator<ViewpointElement>>());
     model.registerCreator(std::make_unique<COrdinaryItemCreator<CityObjectElement>>());
     model.registerCreator(std::make_unique<COrdinaryItemCreator<OrthophotoElement>>());
+    model.registerCreator(std::make_unique<COrdinaryItemCreator<StationElement>>());
 }
 
 void registerItems(Scene3d& scene, std::optional<float> pointSize)
@@ -63,6 +66,7 @@ void registerItems(Scene3d& scene, std::optional<float> pointSize)
     CGraphics3dExtension::registerElementType(
         CityObject, &scene, std::make_unique<ItemCreator<CityObjectElement, CityObjectItem>>(pointSize));
     CGraphics3dExtension::registerElementType<OrthophotoElement, OrthophotoItem>(Orthophoto, &scene);
+    CGraphics3dExtension::registerElementType<StationElement, StationItem>(Station, &scene);
 }
 
 QString name(int type)
@@ -78,6 +82,8 @@ QString name(int type)
         return QStringLiteral("city object");
     case Orthophoto:
         return QStringLiteral("orthophoto");
+    case Station:
+        return QStringLiteral("station");
     default:
         return QStringLiteral("0x%1").arg(static_cast<unsigned>(type), 8, 16, QLatin1Char('0'));
     }

@@ -15,6 +15,7 @@ constexpr int Feature = 0x36FFD100;    ///< FeatureElement
 constexpr int Viewpoint = 0x36FFD200;  ///< ViewpointElement
 constexpr int CityObject = 0x36FFD300; ///< CityObjectElement
 constexpr int Orthophoto = 0x36FFD400; ///< OrthophotoElement
+constexpr int Station = 0x36FFD500;    ///< StationElement
 
 /// Lets the model load elements of these types from project files.
 void registerCreators(CProjectModel& model);
@@ -22,8 +23,8 @@ void registerCreators(CProjectModel& model);
 /// points that say none of their own; without it 2 pixels for points of meshes and 6 for those of features
 /// and city objects.
 void registerItems(Scene3d& scene, std::optional<float> pointSize = {});
-/// The word for a type in listings: "mesh", "feature", "viewpoint", "city object", "orthophoto";
-/// "0x..." for others.
+/// The word for a type in listings: "mesh", "feature", "viewpoint", "city object", "orthophoto",
+/// "station"; "0x..." for others.
 QString name(int type);
 
 } // namespace element_types

@@ -4,6 +4,7 @@
 #include <viewer/FileOpener.h>
 #include <viewer/Host.h>
 #include <viewer/InputFiles.h>
+#include <viewer/ModelFolder.h>
 #include <viewer/OutputFile.h>
 #include <viewer/PictureFile.h>
 #include <viewer/elements/ElementTypes.h>
@@ -207,7 +208,7 @@ void MainWindow::makeToolMenus()
 
 void MainWindow::openFiles(const QStringList& paths)
 {
-    QStringList wanted = paths;
+    QStringList wanted = ModelFolder::inputs(paths);
     std::stable_partition(wanted.begin(), wanted.end(), &FileOpener::isProject);
     if (!wanted.isEmpty() && FileOpener::isProject(wanted.first()) && !mayDiscard()) return;
     m_waiting += wanted;

@@ -58,7 +58,7 @@ TEST_F(Failure, EmptyFile)
 
 TEST_F(Failure, UnknownFormatNamesTheKnownOnes)
 {
-    expectRefused(write("notes.txt", "hello"), "unknown file format; readable are: ");
+    expectRefused(write("notes.odt", "hello"), "unknown file format; readable are: ");
 }
 
 TEST_F(Failure, NothingToDraw)

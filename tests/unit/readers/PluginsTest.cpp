@@ -44,7 +44,8 @@ protected:
 };
 
 INSTANTIATE_TEST_SUITE_P(Readers, EveryPlugin,
-                         ::testing::Values("obj", "ply", "stl", "off", "gltf", "geojson", "cityjson"),
+                         ::testing::Values("obj", "ply", "stl", "off", "gltf", "geojson", "cityjson",
+                                           "orthophoto", "colmap"),
                          [](const auto& name) { return std::string(name.param); });
 
 } // namespace
