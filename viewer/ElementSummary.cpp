@@ -1,6 +1,8 @@
 #include <viewer/ElementSummary.h>
 
 #include <viewer/elements/CityMesh.h>
+#include <viewer/elements/FeatureAreas.h>
+#include <viewer/elements/FeatureStyle.h>
 #include <viewer/elements/MeshElement.h>
 
 #include <framework/model/CityObjectElement.h>
@@ -19,7 +21,12 @@ ElementSummary summarize(const IDrawableNode3d& node)
 ElementSummary summarize(const FeatureElement& feature)
 {
     ElementSummary summary;
-    summary.bounds = feature.getBounds();
+    summary.bounds = FeatureAreas::boundsOf(feature);
+    const FeatureStyle style = FeatureStyle::of(feature);
+    if (FeatureAreas::areDrawn(feature, style)) {
+        const MeshData mesh = FeatureAreas::meshOf(feature, style, summary.bounds.getCenter());
+        summary.triangles = mesh.indices.size() / 3;
+    }
     for (const FeatureElement::Part& part : feature.getParts()) {
         const std::uint64_t count = part.points.size();
         if (part.kind == FeatureElement::Part::Point)

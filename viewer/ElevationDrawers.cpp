@@ -100,6 +100,10 @@ void ElevationDrawers::addFeatureDrawers() const
     for (const int lineType : {DrawerType::WideLines, DrawerType::DashedLines})
         m_scene.addDrawer(element_types::Feature, feature_drawers::withPoints(lineType),
                           feature_drawers::make(m_scene, makeDrawer(lineType), makeDrawer(DrawerType::Mono)));
+    for (const int lineType : {DrawerType::Mono, DrawerType::WideLines, DrawerType::DashedLines})
+        m_scene.addDrawer(element_types::Feature, feature_drawers::withAreas(lineType),
+                          feature_drawers::make(m_scene, makeDrawer(lineType), makeDrawer(DrawerType::Mono),
+                                                makeDrawer(DrawerType::Mesh)));
 }
 
 void ElevationDrawers::setColors(const ElevationColors& colors)

@@ -18,12 +18,18 @@ void feature_drawers::addTo(Scene3d& scene)
 {
     add(scene, WideLinesAndPoints, DrawerType::WideLines);
     add(scene, DashedLinesAndPoints, DrawerType::DashedLines);
+    for (const int lineType : {DrawerType::Mono, DrawerType::WideLines, DrawerType::DashedLines})
+        scene.addDefaultDrawer(withAreas(lineType), make(scene, scene.getDefaultDrawer(lineType)->clone(),
+                                                         scene.getDefaultDrawer(DrawerType::Mono)->clone(),
+                                                         scene.getDefaultDrawer(DrawerType::Mesh)->clone()));
 }
 
 std::unique_ptr<Item3dDrawer> feature_drawers::make(Scene3d& scene, std::unique_ptr<Item3dDrawer> lines,
-                                                    std::unique_ptr<Item3dDrawer> points)
+                                                    std::unique_ptr<Item3dDrawer> points,
+                                                    std::unique_ptr<Item3dDrawer> areas)
 {
     auto drawer = std::make_unique<CompositeDrawer>(&scene);
+    if (areas) drawer->addStage(AreaStage, std::move(areas)); // what lies on them is drawn over them
     drawer->addStage(LineStage, std::move(lines));
     drawer->addStage(PointStage, std::move(points));
     return drawer;
@@ -38,5 +44,17 @@ int feature_drawers::withPoints(int lineDrawerType)
         return DashedLinesAndPoints;
     default:
         return lineDrawerType; // which draws points as well
+    }
+}
+
+int feature_drawers::withAreas(int lineDrawerType)
+{
+    switch (lineDrawerType) {
+    case DrawerType::WideLines:
+        return AreasAndWideLines;
+    case DrawerType::DashedLines:
+        return AreasAndDashedLines;
+    default:
+        return AreasAndPlainLines;
     }
 }

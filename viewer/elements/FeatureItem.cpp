@@ -1,6 +1,6 @@
 #include <viewer/elements/FeatureItem.h>
 
-#include <viewer/ElementSummary.h>
+#include <viewer/elements/FeatureAreas.h>
 #include <viewer/elements/FeatureDrawers.h>
 #include <viewer/elements/LabelDrawer.h>
 #include <viewer/elements/labelPlace.h>
@@ -26,7 +26,7 @@ struct FeatureGeometry
 
     FeatureGeometry(const FeatureElement& element, const glm::dvec3& origin)
     {
-        for (const FeatureElement::Part& part : element.getParts()) {
+        for (const FeatureElement::Part& part : FeatureAreas::raised(element)) {
             std::vector<glm::vec3>& target = part.kind == FeatureElement::Part::Point ? points : lines;
             for (const glm::dvec3& point : part.points)
                 target.emplace_back(point - origin);
@@ -38,12 +38,17 @@ struct FeatureGeometry
     }
 };
 
+/// Of points and lines.
 Drawable3dPrimitive::GeometryInfo geometryInfoOf(const FeatureElement& element)
 {
-    const ElementSummary counts = ElementSummary::of(element);
     Drawable3dPrimitive::GeometryInfo info;
-    info.pointCount = static_cast<std::uint32_t>(counts.points);
-    info.lineCount = static_cast<std::uint32_t>(counts.lines);
+    for (const FeatureElement::Part& part : element.getParts()) {
+        const auto count = static_cast<std::uint32_t>(part.points.size());
+        if (part.kind == FeatureElement::Part::Point)
+            info.pointCount += count;
+        else if (count > 0)
+            info.lineCount += part.kind == FeatureElement::Part::Ring ? count : count - 1;
+    }
     return info;
 }
 
@@ -111,11 +116,13 @@ void FeatureItem::rebuild(const FeatureElement& element)
     m_style = FeatureStyle::of(element, m_pointSize);
     m_info = geometryInfoOf(element);
     setPixelReach(std::max(static_cast<float>(m_style.pen.widthF()), m_style.pointSize) / 2.0f + 1.0f);
+    const bool hasAreas = FeatureAreas::areDrawn(element, m_style);
     // A selection may then decide by the box; lines below a pixel's width may leave gaps.
     setDrawsOpaque(m_style.pen.color().alpha() >= 128 && m_style.pointColor.alpha() >= 128 &&
-                   m_style.pen.widthF() >= 1.0);
-    m_bounds = element.getBounds();
+                   m_style.pen.widthF() >= 1.0 && (!hasAreas || m_style.fill.alpha() >= 128));
+    m_bounds = FeatureAreas::boundsOf(element);
     m_origin = m_bounds.getCenter();
+    rebuildAreas(element);
     FeatureGeometry geometry(element, m_origin);
     m_vertexCount = static_cast<int>(geometry.lines.size() + geometry.points.size());
 
@@ -135,7 +142,7 @@ void FeatureItem::renewLabel(const FeatureElement& element)
     if (text.isEmpty() || !m_bounds.isValid()) return;
     const auto findPlace = [this] {
         const auto* own = static_cast<FeatureElement*>(getModelElement());
-        return own ? labelPlace(own->getParts()) - m_origin : glm::dvec3(0.0);
+        return own ? labelPlace(FeatureAreas::raised(*own)) - m_origin : glm::dvec3(0.0);
     };
     const auto& parts = element.getParts();
     const bool isPoints = std::all_of(parts.begin(), parts.end(), [](const FeatureElement::Part& part) {
@@ -147,10 +154,20 @@ void FeatureItem::renewLabel(const FeatureElement& element)
     m_label->setVisible(Drawable3dItem::isVisible());
 }
 
+void FeatureItem::rebuildAreas(const FeatureElement& element)
+{
+    m_areas.reset();
+    if (!FeatureAreas::areDrawn(element, m_style)) return;
+    m_areas = std::make_unique<MeshNode3d>(FeatureAreas::meshOf(element, m_style, m_origin));
+    m_info.triangleCount = m_areas->getGeometryInfo().triangleCount;
+}
+
 int FeatureItem::getDefaultDrawerType() const
 {
     if (m_info.lineCount == 0) return DrawerType::Mono;
     const int type = m_style.lineDrawerType();
+    const auto* element = static_cast<const FeatureElement*>(getModelElement());
+    if (element && FeatureAreas::areDrawn(*element, m_style)) return feature_drawers::withAreas(type);
     return m_info.pointCount == 0 ? type : feature_drawers::withPoints(type);
 }
 
@@ -170,6 +187,22 @@ gmx::BoundingBox FeatureItem::sceneBoundingBox() const
 
 void FeatureItem::draw(const PaintContext& context)
 {
-    if (context.stage != feature_drawers::PointStage) m_lines.draw(context);
-    if (m_points && context.stage != feature_drawers::LineStage) m_points->draw(context, 1);
+    using namespace feature_drawers;
+    const bool isWhole =
+        context.stage != AreaStage && context.stage != LineStage && context.stage != PointStage;
+    if (m_areas && (isWhole || context.stage == AreaStage)) drawAreas(context);
+    if (isWhole || context.stage == LineStage) m_lines.draw(context);
+    if (m_points && (isWhole || context.stage == PointStage)) m_points->draw(context, 1);
+}
+
+// A little behind where they are, so that outlines and points stand out.
+void FeatureItem::drawAreas(const PaintContext& context)
+{
+    OpenGLFunctions* gl = currentGLFunctions();
+    if (!gl) return;
+    gl->glEnable(GL_POLYGON_OFFSET_FILL);
+    gl->glPolygonOffset(1.0f, 1.0f);
+    m_areas->draw(context, 1);
+    // as Scene3d::initializeGLCommon has it
+    gl->glPolygonOffset(1.0f, 1.0f);
 }

@@ -27,7 +27,8 @@ public:
     void updateVisibility() override;
     int getDefaultDrawerType() const override;
     GeometryInfo getGeometryInfo() override { return m_info; }
-    /// Those of the lines, a ring's first one repeated at its end, then the points.
+    /// Those of the lines, a ring's first one repeated at its end, then the points. Those of areas are among
+    /// them, but for the feet of walls.
     std::vector<glm::vec3> getVertices() override;
     int getNodePointsCount() const override { return m_vertexCount; }
     gmx::BoundingBox sceneBoundingBox() const override;
@@ -38,6 +39,8 @@ protected:
 
 private:
     void rebuild(const FeatureElement& element);
+    void rebuildAreas(const FeatureElement& element);
+    void drawAreas(const PaintContext& context);
     void renewLabel(const FeatureElement& element);
 
     std::optional<float> m_pointSize;
@@ -46,6 +49,7 @@ private:
     glm::dvec3 m_origin{0.0};  // model coordinates
     PolyPolyline3dItem m_lines;
     std::unique_ptr<MeshNode3d> m_points;  // null without
+    std::unique_ptr<MeshNode3d> m_areas;   // null without
     std::unique_ptr<ElementLabel> m_label; // null without
     GeometryInfo m_info;
     int m_vertexCount = 0;

@@ -1,7 +1,10 @@
 #include <viewer/elements/FeatureStyle.h>
 
+#include <viewer/elements/CityColors.h>
+#include <viewer/elements/FeatureAreas.h>
+
 #include <Viewer3dModule/drawers/DrawerType.h>
-#include <framework/model/CModelElement.h>
+#include <framework/model/FeatureElement.h>
 
 #include <algorithm>
 #include <cmath>
@@ -43,7 +46,25 @@ FeatureStyle FeatureStyle::of(const CModelElement& element, std::optional<float>
     style.pointColor = readColor(element, "marker-color", style.pen.color());
     const auto otherwise = static_cast<double>(pointSize.value_or(style.pointSize));
     style.pointSize = static_cast<float>(readPixels(element, "marker-size", otherwise));
+    style.setFill(element);
     return style;
+}
+
+void FeatureStyle::setFill(const CModelElement& element)
+{
+    constexpr double filled = 0.6, tinted = 0.3; // opacities
+    const auto* feature = dynamic_cast<const FeatureElement*>(&element);
+    const bool isRaised = feature && FeatureAreas::heightOf(*feature) > 0.0;
+    const QColor own = readColor(element, "fill", QColor());
+    const double usual = isRaised ? 1.0 : own.isValid() ? filled : tinted;
+    const QColor roof = CityColors::of(QStringLiteral("RoofSurface"), QString());
+    fill = own.isValid() ? own : isRaised ? roof : pen.color();
+    wall = own.isValid() ? own : CityColors::of(QStringLiteral("WallSurface"), QString());
+    bool isNumber = false;
+    const double opacity = element.getProperty(QStringLiteral("fill-opacity")).toDouble(&isNumber);
+    const double alpha = isNumber && opacity >= 0.0 && opacity <= 1.0 ? opacity : usual;
+    fill.setAlphaF(fill.alphaF() * alpha);
+    wall.setAlphaF(wall.alphaF() * alpha);
 }
 
 int FeatureStyle::lineDrawerType() const

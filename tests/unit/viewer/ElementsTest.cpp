@@ -128,7 +128,7 @@ TEST(ElementSummary, CountsWhatAFeatureDraws)
     const ElementSummary summary = ElementSummary::of(feature);
     EXPECT_EQ(summary.points, 2u);
     EXPECT_EQ(summary.lines, 5u); // two of the line, three of the ring
-    EXPECT_EQ(summary.triangles, 0u);
+    EXPECT_EQ(summary.triangles, 1u); // the ring is filled
     EXPECT_EQ(summary.bounds, gmx::BoundingBox({0, 0, 0}, {9, 9, 6}));
 }
 
