@@ -2,8 +2,9 @@
 // A glyph becomes a quad of the size of its texture in pixels, whatever the distance. Pixels are counted from
 // the top left, y down. A label of positive height is scaled as a whole, places and images, so that its
 // images are so many pixels high: they must be equally high then. One of no height is shown as it was laid
-// out, one texel a pixel. Its twin for single pictures is caption.geom: what is mended in one is mended in
-// the other.
+// out, one texel a pixel, with its anchor moved to the next corner of pixels, so that letters are sharp. Its
+// twin for single pictures is caption.geom, which leaves them where they are: what is mended in one is mended
+// in the other.
 //#include "shader:Viewer3dModule/DrawModes.glsl"
 
 layout(points) in;
@@ -49,7 +50,9 @@ void main()
     vec2 size = vec2(textureSize(tex, 0));
     float scale = glyph_height[0] > 0.0 && size.y > 0.0 ? glyph_height[0] / size.y : 1.0;
     vec2 place = glyph_place[0] * scale;
-    vec4 p = viewport * (clip / clip.w) + vec4(place.x, -place.y, 0.0, 0.0);
+    vec4 p = viewport * (clip / clip.w);
+    if (glyph_height[0] <= 0.0) p.xy = floor(p.xy + 0.5);
+    p.xy += vec2(place.x, -place.y);
     vec4 dx = vec4(scale * size.x * (uTexRight - uTexLeft), 0.0, 0.0, 0.0);
     vec4 dy = vec4(0.0, scale * size.y * (uTexTop - uTexBottom), 0.0, 0.0);
     emitCorner(p, uTexLeft, uTexBottom);

@@ -145,8 +145,15 @@ protected:
                                 glm::dvec4(glm::dvec3(glyph.anchor), 1.0);
         const double scale = glyph.height > 0.0f ? double(glyph.height) / size.y : 1.0;
         // on screen, from the top left: places are counted upwards, and images have their top row at t = 0
-        const double left = (clip.x / clip.w + 1.0) * 32.0 + scale * double(glyph.place.x);
-        const double bottom = (1.0 - clip.y / clip.w) * 32.0 - scale * double(glyph.place.y);
+        glm::dvec2 anchor((clip.x / clip.w + 1.0) * 32.0, (1.0 - clip.y / clip.w) * 32.0);
+        if (glyph.height <= 0.0f) {
+            const glm::dvec2 corner = glm::round(anchor);
+            if (std::max(std::abs(anchor.x - corner.x), std::abs(anchor.y - corner.y)) > 0.5 - Tolerance)
+                return; // as far to one corner of pixels as to another
+            anchor = corner;
+        }
+        const double left = anchor.x + scale * double(glyph.place.x);
+        const double bottom = anchor.y - scale * double(glyph.place.y);
         std::vector<glm::vec2> seen;
         for (int i = 0; i < 6; ++i) {
             const glm::dvec2 t(corners[i].texture);
@@ -226,6 +233,24 @@ TEST_F(GlyphQuadsTest, CoverTheirTexelsToThePixel)
     feed({glyph});
     drawGlyphs();
     expectRectangle(20, 35, 27, 40);
+}
+
+TEST_F(GlyphQuadsTest, StandOnWholePixelsUnlessTheyAreScaled)
+{
+    opaqueTexture(6, 6);
+    for (const double shift : {-0.4, 0.0, 0.4}) {
+        Glyph glyph;
+        glyph.anchor = atPixel(20 + shift, 40 - shift);
+        feed({glyph});
+        drawGlyphs();
+        expectRectangle(20, 34, 26, 40);
+    }
+    Glyph scaled;
+    scaled.anchor = atPixel(20.6, 40.6);
+    scaled.height = 6.0f;
+    feed({scaled});
+    drawGlyphs();
+    expectRectangle(21, 35, 27, 41); // of these the centres are covered: from 20.6 to 26.6, and so on
 }
 
 TEST_F(GlyphQuadsTest, MoveByTheirPlaceInTheLabelUpwards)
