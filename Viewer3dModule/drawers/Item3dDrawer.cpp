@@ -8,6 +8,7 @@
 #include <Viewer3dModule/host/View3dSettings.h>
 #include <Viewer3dModule/scene/Scene3d.h>
 #include <Viewer3dModule/shaders/DrawMode.h>
+#include <Viewer3dModule/shaders/ShaderProgramBuilder.h>
 #include <framework/graphics/InteractiveGraphicsItem.h>
 #include <framework/model/CProjectModel.h>
 
@@ -124,7 +125,9 @@ bool Item3dDrawer::prepareProgram(const PaintContext& context)
     QOpenGLShaderProgram* program = context.program;
     OpenGLFunctions* gl = currentGLFunctions();
     // bind() would try to link a program that failed to link again, every frame.
-    if (!gl || !program || !program->isLinked() || !program->bind()) return false;
+    if (!gl || !program || !program->isLinked()) return false;
+    prepareForFence(context); // before anybody asks for locations
+    if (!program->isLinked() || !program->bind()) return false;
 
     uniforms::set(*gl, program->uniformLocation("draw_mode"), context.drawMode);
     uniforms::set(*gl, program->uniformLocation("projection"), context.projection);
@@ -154,6 +157,19 @@ bool Item3dDrawer::prepareProgram(const PaintContext& context)
     joinSelection(context);
     bindFence(*gl, context);
     return true;
+}
+
+// Programs have a fence while the project has one. A drawer that does not obey it takes its program as others
+// left it: they may share it, and would build it anew in every frame.
+void Item3dDrawer::prepareForFence(const PaintContext& context)
+{
+    if (!m_scene || context.drawMode == DrawMode::GeometryCapture) return;
+    if (!m_scene->isFenced())
+        setProgramFence(*context.program, ProgramFence::None);
+    else if (obeysFence())
+        setProgramFence(*context.program, m_scene->getFence()->getFenceType() == Fence3DObject::SphereFence
+                                              ? ProgramFence::Sphere
+                                              : ProgramFence::Swept);
 }
 
 // A program that is not to be limited, or cannot be told by what, is told so: it may have been limited in its

@@ -116,6 +116,7 @@ protected:
 private:
     const Item3dDrawer* root() const;
     void findLight(const PaintContext& context);
+    void prepareForFence(const PaintContext& context);
     void bindFence(OpenGLFunctions& gl, const PaintContext& context);
     void joinSelection(const PaintContext& context);
     void setSelectionIndex(OpenGLFunctions& gl, const Drawable3dItem& item);

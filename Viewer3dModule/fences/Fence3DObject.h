@@ -5,6 +5,7 @@
 #include <glm/glm.hpp>
 
 #include <memory>
+#include <vector>
 
 namespace gmx {
 class IFence3D;
@@ -36,6 +37,9 @@ public:
     /// Never null: that of an empty fence contains what the empty fence does, nothing. So does the one that a
     /// matrix without inverse gives.
     virtual std::shared_ptr<gmx::IFence3D> getIFence3D(const glm::dmat4& modelToScene) const = 0;
+    /// Whether any part of a point, a segment or a triangle, given by its one, two or three corners in the
+    /// world, lies in the fence; what only touches its border may count. False where a corner is not finite.
+    virtual bool reaches(const std::vector<glm::dvec3>& corners) const = 0;
 
 protected:
     Fence3DObject() = default;

@@ -2,6 +2,7 @@
 
 #include <Viewer3dModule/fences/Prism3D.h>
 #include <Viewer3dModule/fences/PrismFence3DImpl.h>
+#include <Viewer3dModule/fences/fence_overlap.h>
 #include <Viewer3dModule/fences/fence_polygon.h>
 
 #include <framework/ksp/CFileException.h>
@@ -94,6 +95,16 @@ bool Frustum3D::contains(const glm::dvec3& point) const
     if (q.z < m_zNear || (hasFarPlane() && q.z > m_zFar)) return false;
     const glm::vec2 onScreen(glm::dvec2(q) / (q.z * m_tanHalfFovy));
     return fence_polygon::contains(m_fence, onScreen);
+}
+
+bool Frustum3D::reaches(const std::vector<glm::dvec3>& corners) const
+{
+    std::vector<glm::dvec3> inFence;
+    for (const glm::dvec3& corner : corners) {
+        const glm::dvec3 q(m_fromWorld * glm::dvec4(corner, 1.0));
+        inFence.emplace_back(q.x / m_tanHalfFovy, q.y / m_tanHalfFovy, q.z);
+    }
+    return fence_overlap::reaches({m_fence, m_zNear, m_zFar, true}, std::move(inFence));
 }
 
 std::shared_ptr<gmx::IFence3D> Frustum3D::getIFence3D(const glm::dmat4& modelToScene) const

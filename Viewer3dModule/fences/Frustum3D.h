@@ -53,6 +53,7 @@ public:
     /// or beyond) and its place on the screen, rounded to floats, in the polygon; of the polygon's edges the
     /// left and lower ones are inside. An empty fence contains nothing.
     bool contains(const glm::dvec3& point) const override;
+    bool reaches(const std::vector<glm::dvec3>& corners) const override;
     std::shared_ptr<gmx::IFence3D> getIFence3D(const glm::dmat4& modelToScene) const override;
 
     /// The polygon in the near plane and in the far depth, in the world.

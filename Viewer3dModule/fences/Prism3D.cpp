@@ -1,6 +1,7 @@
 #include <Viewer3dModule/fences/Prism3D.h>
 
 #include <Viewer3dModule/fences/PrismFence3DImpl.h>
+#include <Viewer3dModule/fences/fence_overlap.h>
 #include <Viewer3dModule/fences/fence_polygon.h>
 
 #include <framework/ksp/CFileException.h>
@@ -98,6 +99,14 @@ bool Prism3D::contains(const glm::dvec3& point) const
     q /= q.w;
     if (q.z < 0.0 || (m_height > 0.0 && q.z > m_height)) return false;
     return fence_polygon::contains(m_fence, glm::dvec2(q));
+}
+
+bool Prism3D::reaches(const std::vector<glm::dvec3>& corners) const
+{
+    std::vector<glm::dvec3> inPrism;
+    for (const glm::dvec3& corner : corners)
+        inPrism.emplace_back(m_matrix * glm::dvec4(corner, 1.0));
+    return fence_overlap::reaches({m_fence, 0.0, m_height, false}, std::move(inPrism));
 }
 
 std::shared_ptr<gmx::IFence3D> Prism3D::getIFence3D(const glm::dmat4& modelToScene) const

@@ -64,6 +64,8 @@ public:
     /// the base or beyond), and in the polygon, of whose edges the left and lower ones are inside. False for
     /// a point with a NaN and for an empty prism.
     bool contains(const glm::dvec3& point) const;
+    /// As for the fences of the view: see Fence3DObject::reaches.
+    bool reaches(const std::vector<glm::dvec3>& corners) const;
     /// As for the fences of the view: see Fence3DObject::getIFence3D.
     std::shared_ptr<gmx::IFence3D> getIFence3D(const glm::dmat4& modelToScene) const;
 

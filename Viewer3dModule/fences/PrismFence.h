@@ -21,6 +21,7 @@ public:
     bool empty() const override { return m_prism.empty(); }
     void serialize(ksp::CQtArchive& archive) override { m_prism.serialize(archive); }
     bool contains(const glm::dvec3& point) const override { return m_prism.contains(point); }
+    bool reaches(const std::vector<glm::dvec3>& corners) const override { return m_prism.reaches(corners); }
     std::shared_ptr<gmx::IFence3D> getIFence3D(const glm::dmat4& modelToScene) const override
     {
         return m_prism.getIFence3D(modelToScene);

@@ -1,6 +1,7 @@
 #include <Viewer3dModule/fences/SphereFence.h>
 
 #include <Viewer3dModule/fences/SphereFence3DImpl.h>
+#include <Viewer3dModule/fences/fence_overlap.h>
 
 #include <framework/ksp/CQtArchive.h>
 
@@ -50,6 +51,14 @@ void SphereFence::serialize(ksp::CQtArchive& archive)
 bool SphereFence::contains(const glm::dvec3& point) const
 {
     return m_radius >= lengthOf(m_center - point);
+}
+
+bool SphereFence::reaches(const std::vector<glm::dvec3>& corners) const
+{
+    std::vector<glm::dvec3> aboutCenter;
+    for (const glm::dvec3& corner : corners)
+        aboutCenter.push_back(corner - m_center);
+    return fence_overlap::reachesSphere(m_radius, aboutCenter);
 }
 
 std::shared_ptr<gmx::IFence3D> SphereFence::getIFence3D(const glm::dmat4& modelToScene) const

@@ -20,6 +20,7 @@ public:
     /// Whether the point is at most the radius away from the centre. Points on the sphere are inside; with
     /// the radius 0 that is the centre alone.
     bool contains(const glm::dvec3& point) const override;
+    bool reaches(const std::vector<glm::dvec3>& corners) const override;
     std::shared_ptr<gmx::IFence3D> getIFence3D(const glm::dmat4& modelToScene) const override;
 
 private:

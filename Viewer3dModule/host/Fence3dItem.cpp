@@ -14,6 +14,7 @@
 #include <framework/model/CProjectModel.h>
 
 #include <QtGui/QOpenGLShaderProgram>
+#include <glm/gtc/matrix_transform.hpp>
 
 #include <cmath>
 #include <cstring>
@@ -166,13 +167,49 @@ std::vector<char> Fence3dItem::makeRecord(const glm::dmat4& modelToScene) const
     return {};
 }
 
+/// The matrix to where the shaders look at a place.
+glm::dmat4 Fence3dItem::fenceFromModel() const
+{
+    if (const auto* prism = dynamic_cast<const PrismFence*>(m_fence.get())) return prism->prism().matrix();
+    const auto* frustum = dynamic_cast<const Frustum3D*>(m_fence.get());
+    if (!frustum) return glm::dmat4(1.0);
+    const double scale = 1.0 / frustum->tanHalfFovy();
+    return glm::scale(glm::dmat4(1.0), glm::dvec3(scale, scale, 1.0)) * frustum->fromWorldMatrix();
+}
+
+/// Empty for a fence of another kind.
+const std::vector<glm::vec2>& Fence3dItem::polygon() const
+{
+    static const std::vector<glm::vec2> none;
+    if (const auto* prism = dynamic_cast<const PrismFence*>(m_fence.get())) return prism->prism().fence();
+    const auto* frustum = dynamic_cast<const Frustum3D*>(m_fence.get());
+    return frustum ? frustum->fence() : none;
+}
+
+void Fence3dItem::setSweptUniforms(OpenGLFunctions& gl, const PaintContext& context)
+{
+    if (polygon() != m_boxed) {
+        m_boxed = polygon();
+        m_innerBox = fenceInnerBox(m_boxed);
+        m_outerBox = fenceOuterBox(m_boxed);
+    }
+    QOpenGLShaderProgram& program = *context.program;
+    const auto vectorOf = [](const FenceBox& box) { return glm::vec4(box.low, box.high); };
+    uniforms::set(gl, program.uniformLocation("fence_inner_box"), vectorOf(m_innerBox));
+    uniforms::set(gl, program.uniformLocation("fence_outer_box"), vectorOf(m_outerBox));
+    const glm::dmat4 fromScene = fenceFromModel() * context.scene->sceneToModelTransform();
+    uniforms::set(gl, program.uniformLocation("fence_from_scene"), glm::mat4(fromScene));
+}
+
 // Mapping a buffer that passes are still drawing with makes the driver wait for them. So what is there
 // already is not written again: of all the passes of a frame the first one writes.
 bool Fence3dItem::bindFrustumPrism(const PaintContext& context)
 {
     if (!context.scene || !context.program) return false;
     std::vector<char> bytes = makeRecord(context.scene->modelToSceneTransform());
-    if (bytes.empty()) return false;
+    OpenGLFunctions* gl = currentGLFunctions();
+    if (bytes.empty() || !gl) return false;
+    setSweptUniforms(*gl, context);
     if (bytes != m_written) {
         m_written.clear();
         if (!m_buffer.resize(bytes.size())) return false;
@@ -197,6 +234,7 @@ bool Fence3dItem::bindSphere(const PaintContext& context)
     uniforms::set(*gl, context.program->uniformLocation("sphere_fence_radius"),
                   static_cast<float>(signedRadius));
     uniforms::set(*gl, context.program->uniformLocation("sphere_fence_center"), glm::vec3(center));
+    uniforms::set(*gl, context.program->uniformLocation("fence_from_scene"), glm::mat4(1.0f));
     return true;
 }
 

@@ -2,6 +2,7 @@
 
 #include <Viewer3dModule/Viewer3dModule_export.h>
 #include <Viewer3dModule/fences/Fence3DObject.h>
+#include <Viewer3dModule/fences/fence_inner_box.h>
 #include <Viewer3dModule/shaders/ShaderStorageBufferObject.h>
 
 #include <framework/model/CModelElement.h>
@@ -77,6 +78,10 @@ public:
     bool bindFrustumPrism(const PaintContext& context);
     /// The data of a sphere: "sphere_fence_center" and "sphere_fence_radius", in the scene. False for a fence
     /// of another kind and without context or scene.
+    ///
+    /// Both set "fence_from_scene" too, which takes places in the scene to where the fence is looked at: for
+    /// a sphere the identity, else the matrix of the record, for a frustum with x and y divided by
+    /// tanHalfFovy. A polygon comes with "fence_inner_box" and "fence_outer_box", see fence_inner_box.h.
     bool bindSphere(const PaintContext& context);
 
     /// Reads or writes the element with its fence; a read one is new, and the fence that was there stays as
@@ -86,9 +91,15 @@ public:
 private:
     void serializeFields(CQtArchive& archive);
     std::vector<char> makeRecord(const glm::dmat4& modelToScene) const;
+    glm::dmat4 fenceFromModel() const;
+    const std::vector<glm::vec2>& polygon() const;
+    void setSweptUniforms(OpenGLFunctions& gl, const PaintContext& context);
 
     std::shared_ptr<Fence3DObject> m_fence;
     ShaderStorageBufferObject m_buffer;
-    std::vector<char> m_written; // what the buffer holds; empty when that is not known
+    std::vector<char> m_written;    // what the buffer holds; empty when that is not known
+    std::vector<glm::vec2> m_boxed; // the polygon that the boxes are of
+    FenceBox m_innerBox;
+    FenceBox m_outerBox;
     bool m_interactionMode = false;
 };

@@ -103,6 +103,7 @@ ItemSelection::ItemSelection(Scene3d& scene, Item3dSelectionProvider& provider, 
     , m_areaIsRectangle(m_area.containsAll(m_area.pixels()))
     , m_areaVolume(viewProjection(m_pass), view.viewportRect.size(), m_area.pixels())
     , m_picture(viewProjection(m_pass), view.viewportRect.size(), m_pass.viewportRect)
+    , m_isFenced(scene.isFenced())
 {
 }
 
@@ -169,7 +170,8 @@ int ItemSelection::kindsMarkedBy(const Item3dDrawer* drawer)
 
 bool ItemSelection::isSelectedByBox(Drawable3dItem& item, const gmx::BoundingBox& box)
 {
-    if (m_options.mode != SelectionMode::Through || !item.drawsOpaque()) return false;
+    // A fence may leave out of the item what draws in the area.
+    if (m_isFenced || m_options.mode != SelectionMode::Through || !item.drawsOpaque()) return false;
     const int kinds = kindsMarkedBy(item.getDrawer());
     const Drawable3dPrimitive::GeometryInfo info = item.getGeometryInfo();
     const bool hasPoints = info.pointCount != 0 && (kinds & PrimitiveBit::Points) != 0;

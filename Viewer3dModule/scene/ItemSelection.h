@@ -26,7 +26,7 @@ class Scene3d;
 ///   would find it: it promises to draw lines or points, with an alpha that counts, that its drawer's program
 ///   takes and marks (Drawable3dItem::drawsOpaque). Surfaces are drawn, because a narrow one may cover no
 ///   pixel's centre; and so are lines within a pixel or two. Nothing but the picture's border cuts items off
-///   here: a pass that leaves out more of what lies in the picture, as a fence does, must not decide so.
+///   here: where a fence leaves out more, none is selected by its box.
 /// - Visible: none is selected by its box, because another item may hide it.
 /// - Inside: no part of an item whose box lies so lies outside of the area, pens and captions included.
 class ItemSelection
@@ -75,6 +75,7 @@ private:
     bool m_areaIsRectangle;
     PictureVolume m_areaVolume;
     PictureVolume m_picture;
+    bool m_isFenced;
     std::vector<LONGID> m_selectedByBox;
     std::unordered_map<const Item3dDrawer*, int> m_kinds;
     std::unordered_map<LONGID, Drawable3dItem*> m_items; // those found or drawn; only for the rule Inside

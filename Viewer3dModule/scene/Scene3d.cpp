@@ -255,7 +255,8 @@ std::tuple<unsigned, unsigned, unsigned> Scene3d::generateItemGeometry(Drawable3
     const Drawable3dPrimitive::GeometryInfo info = item->getGeometryInfo();
     const Drawable3dPrimitive::Geometry made = item->generateGeometry();
     OpenGLFunctions* gl = getGLFunctions();
-    if (made != Drawable3dPrimitive::Geometry(0u, 0u, 0u) || !gl) return made;
+    if (!gl) return made;
+    if (made != Drawable3dPrimitive::Geometry(0u, 0u, 0u)) return inFence(*item, made);
 
     PaintContext context;
     context.scene = this;
@@ -267,7 +268,7 @@ std::tuple<unsigned, unsigned, unsigned> Scene3d::generateItemGeometry(Drawable3
     const unsigned triangles =
         captureGeometry(item, context, PrimitiveBit::Triangles, std::size_t(info.triangleCount) * 3);
     gl->glFinish();
-    return {points, lines, triangles};
+    return inFence(*item, {points, lines, triangles});
 }
 
 unsigned Scene3d::captureGeometry(Drawable3dItem* item, PaintContext& context, int primitive,

@@ -147,7 +147,12 @@ public:
     void updateGraphicsViews() { Q_EMIT updateView(); }
     /// What the item draws, in scene coordinates (x, y, z, w of model * vertex), in buffers of points, lines
     /// and triangles, 0 where it draws none. The caller deletes the buffers, with a context of the share
-    /// group current.
+    /// group current. A buffer has room for what getGeometryInfo tells, and zeros where the item draws less.
+    ///
+    /// Where a fence limits the item, the buffers hold the primitives of which any part lies in it, whole
+    /// also where they straddle its border, and are just as large: 0 where there is none, whatever
+    /// getGeometryInfo tells. (A line or a triangle that is cut would be another one, with corners that no
+    /// item has.) This is so in the interaction mode too.
     std::tuple<unsigned, unsigned, unsigned> generateItemGeometry(Drawable3dItem* item);
 
     // --- local items
@@ -341,6 +346,8 @@ private:
     void runUpdates(std::vector<Graphics3dItem*>& items);
     /// The item is about to go: no update, running or pending, will touch it.
     void forgetUpdate(Graphics3dItem* item);
+    std::tuple<unsigned, unsigned, unsigned> inFence(const Drawable3dItem& item,
+                                                     std::tuple<unsigned, unsigned, unsigned> captured);
     unsigned captureGeometry(Drawable3dItem* item, PaintContext& context, int primitive,
                              std::size_t vertexCount);
 

@@ -1,7 +1,10 @@
 // What limits the scene's drawing, and what lies before everything else.
 
+#include <Viewer3dModule/drawables/Drawable3dItem.h>
 #include <Viewer3dModule/drawers/Item3dDrawer.h>
+#include <Viewer3dModule/fences/Fence3DObject.h>
 #include <Viewer3dModule/host/Fence3dItem.h>
+#include <Viewer3dModule/scene/FencedGeometry.h>
 #include <Viewer3dModule/scene/Scene3dFenceObserver.h>
 
 Scene3d::FenceObserver::FenceObserver(Scene3d& scene)
@@ -33,6 +36,19 @@ bool Scene3d::isFenced()
 {
     const Fence3dItem* fence = getFence();
     return fence && !fence->empty();
+}
+
+std::tuple<unsigned, unsigned, unsigned> Scene3d::inFence(const Drawable3dItem& item,
+                                                          std::tuple<unsigned, unsigned, unsigned> captured)
+{
+    OpenGLFunctions* gl = getGLFunctions();
+    const Item3dDrawer* drawer = item.getDrawer();
+    if (!gl || !isFenced() || (drawer && !drawer->obeysFence())) return captured;
+    const Fence3DObject& fence = *getFence()->getFence();
+    const glm::dmat4 toModel = sceneToModelTransform();
+    const auto [points, lines, triangles] = captured;
+    return {leaveOutUnfenced(*gl, points, 1, fence, toModel), leaveOutUnfenced(*gl, lines, 2, fence, toModel),
+            leaveOutUnfenced(*gl, triangles, 3, fence, toModel)};
 }
 
 void Scene3d::setObeysFence(int visibilityType, bool obeys)

@@ -33,20 +33,29 @@ inline bool isStage(const QString& name)
     return file.open(QIODevice::ReadOnly) && file.readAll().startsWith("#version");
 }
 
-/// Every set of the RX_ defines that a source asks about, with its includes.
+/// Every set of the RX_ defines that a source asks about, with its includes; those of fences, of which a
+/// program has one at most, with no others and with all others.
 inline std::vector<std::vector<std::string>> defineSets(const QString& name)
 {
     static const QRegularExpression use(QStringLiteral("#if[^\\n]*\\b(RX_\\w+)"));
-    std::set<std::string> defines;
+    std::set<std::string> defines, fences;
     auto matches = use.globalMatch(preprocessShader(pathOf(name), {}));
-    while (matches.hasNext())
-        defines.insert(matches.next().captured(1).toStdString());
+    while (matches.hasNext()) {
+        const QString define = matches.next().captured(1);
+        (define.endsWith(QLatin1String("_FENCE")) ? fences : defines).insert(define.toStdString());
+    }
     std::vector<std::vector<std::string>> sets{{}};
     for (const std::string& define : defines)
         for (std::size_t i = 0, count = sets.size(); i < count; ++i) {
             sets.push_back(sets[i]);
             sets.back().push_back(define);
         }
+    for (const std::string& fence : fences) {
+        sets.push_back({fence});
+        if (defines.empty()) continue;
+        sets.emplace_back(defines.begin(), defines.end());
+        sets.back().push_back(fence);
+    }
     return sets;
 }
 

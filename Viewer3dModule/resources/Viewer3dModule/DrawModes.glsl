@@ -1,4 +1,5 @@
 // The protocol between a pass, the items that it draws and the stages of their programs.
+//#include "shader:Viewer3dFences/FencePlace.glsl"
 
 // What a pass draws: the uniform "draw_mode". Geometry capture has no number here, it never reaches a fragment stage.
 const int ordinal_draw = 0;          // colours
@@ -24,7 +25,9 @@ const int texture_color_mode = 2;
 //   index         the instance's index within its draw call, 0 in programs that draw no instances
 //   color_mode    the uniform uColorMode
 //   is_lit        1 when the uniform uLightMode is set; only surfaces with normals look at it
-//   vertex_color  with RX_USE_PER_VERTEX_COLOR: the colour of the vertex, the one field that is interpolated; where
+//   place         where it lies, as fencePlace() gives it: by it the fence of the view leaves out what is outside.
+//                 What keeps its size on the screen has its anchor's place all over
+//   vertex_color  with RX_USE_PER_VERTEX_COLOR: the colour of the vertex, interpolated as the place is; where
 //                 vertices have none, item_color. Where RX_USE_ELEVATION_COLOR asks for colours by height, too, its
 //                 red is the height in the scene instead; the fragment stages that know of this make a colour of it.
 #ifdef RX_USE_PER_VERTEX_COLOR
@@ -37,10 +40,10 @@ const int texture_color_mode = 2;
 #define COPY_VERTEX_COLOR(from)
 #endif
 #define ITEM_FIELDS flat vec4 color; flat uvec2 id; flat int flags; flat int index; flat int color_mode; \
-    flat int is_lit; VERTEX_COLOR_FIELD
+    flat int is_lit; vec4 place; VERTEX_COLOR_FIELD
 
-// What every vertex stage is told about the item, and how it fills the block with it; a colour of the vertex' own comes
-// after that.
+// What every vertex stage is told about the item, and how it fills the block with it; the place, and a colour of the
+// vertex' own, come after that.
 #define ITEM_UNIFORMS uniform vec4 item_color; uniform vec4 selection_color; uniform int uColorMode = 0; \
     uniform bool uLightMode = true;
 #define FILL_ITEM(own_flags, own_id, own_index) \
@@ -48,10 +51,12 @@ const int texture_color_mode = 2;
     item.id = own_id; item.flags = own_flags; item.index = own_index; \
     item.color_mode = uColorMode; item.is_lit = uLightMode ? 1 : 0; FILL_VERTEX_COLOR
 
-// How a geometry stage hands the block on, before each vertex that it emits.
+// How a geometry stage hands the block on, before each vertex that it emits; where that is another place than the
+// vertex' it comes from, the place is set after it.
 #define COPY_ITEM(from) \
     item.color = from.color; item.id = from.id; item.flags = from.flags; item.index = from.index; \
-    item.color_mode = from.color_mode; item.is_lit = from.is_lit; COPY_VERTEX_COLOR(from)
+    item.color_mode = from.color_mode; item.is_lit = from.is_lit; item.place = from.place; \
+    COPY_VERTEX_COLOR(from)
 
 // The colour of an item: nothing when it is hidden, the selection colour when it is highlighted, else its own.
 vec4 colorFromFlags(int flags, vec4 own_color, vec4 highlight_color)

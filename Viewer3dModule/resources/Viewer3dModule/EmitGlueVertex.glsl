@@ -20,11 +20,12 @@ glue;
 // within the width of a point, or an edge in front of it, covers that side of the point.
 const float offset = 0.000001;
 
-// Emits a vertex of a primitive of this layer, all vertices of which get the same coords.
-void emitVertex(vec4 clip, int layer, vec3 coords)
+// Emits a vertex of a primitive of this layer, all vertices of which get the same coords; its own are those at place.
+void emitVertex(vec4 clip, int layer, vec3 coords, vec3 place)
 {
     gl_Position = vec4(clip.xy, clip.z - float(layer) * offset * clip.w, clip.w);
     glue.coords = coords;
+    glue.place = fencePlace(vec4(place, 1.0));
     glue.priority_layer = layer;
     glue.mask = glue_in[0].mask;
     EmitVertex();
@@ -35,5 +36,5 @@ void emitPoint(vec4 clip, int layer, vec3 coords)
 {
     if (!isInView(clip)) return;
     gl_PointSize = gl_in[0].gl_PointSize;
-    emitVertex(clip, layer, coords);
+    emitVertex(clip, layer, coords, coords);
 }

@@ -30,7 +30,7 @@ void main()
     int layer = isLayerWanted(glue_in[0].mask, face_flag) ? face_flag : raw_coords_flag;
     for (int i = 0; i < 3; ++i) {
         surface_coords = glue_in[i].real_coords;
-        emitVertex(gl_in[i].gl_Position, layer, plane);
+        emitVertex(gl_in[i].gl_Position, layer, plane, glue_in[i].real_coords);
     }
     EndPrimitive();
 }

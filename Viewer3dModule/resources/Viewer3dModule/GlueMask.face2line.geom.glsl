@@ -17,10 +17,10 @@ void main()
         int next = i == 2 ? 0 : i + 1;
         edge_end = glue_in[next].real_coords;
         edge_share = 0.0;
-        emitVertex(gl_in[i].gl_Position, face_edge_flag, glue_in[i].real_coords);
+        emitVertex(gl_in[i].gl_Position, face_edge_flag, glue_in[i].real_coords, glue_in[i].real_coords);
         edge_end = glue_in[next].real_coords;
         edge_share = 1.0;
-        emitVertex(gl_in[next].gl_Position, face_edge_flag, glue_in[i].real_coords);
+        emitVertex(gl_in[next].gl_Position, face_edge_flag, glue_in[i].real_coords, glue_in[next].real_coords);
         EndPrimitive();
     }
 }

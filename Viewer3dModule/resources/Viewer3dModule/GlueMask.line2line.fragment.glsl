@@ -3,6 +3,7 @@
 // pixel's centre or the one in its row or column, which is less than half a pixel from there. Beyond the ends, where a
 // line may be sampled too, it is the end.
 //#include "shader:Viewer3dModule/GluePriority.glsl"
+//#include "shader:Viewer3dFences/Fence.glsl"
 
 in Glue
 {
@@ -17,7 +18,7 @@ GLUE_OUTPUTS
 
 void main()
 {
-    if (!isLayerWanted(glue.mask, glue.priority_layer)) discard;
+    if (!isLayerWanted(glue.mask, glue.priority_layer) || isOutsideFence(glue.place)) discard;
     vec3 place = mix(glue.coords, edge_end, clamp(edge_share, 0.0, 1.0));
     WRITE_GLUE(place, glue.priority_layer)
 }

@@ -16,7 +16,7 @@ void main()
     for (int i = 0; i < 2; ++i) {
         edge_end = glue_in[1].real_coords;
         edge_share = float(i);
-        emitVertex(gl_in[i].gl_Position, edge_flag, glue_in[0].real_coords);
+        emitVertex(gl_in[i].gl_Position, edge_flag, glue_in[0].real_coords, glue_in[i].real_coords);
     }
     EndPrimitive();
 }

@@ -25,9 +25,10 @@ const int point_item_flag = 9;
 
 // What a geometry stage of these programs tells the fragment stage.
 //   coords          of a node; of an edge's start; a face's plane
+//   place           where it lies, as fencePlace() gives it
 //   priority_layer  one of the layers above
 //   mask            the item's uniform "glue_mask": which layers can be snapped to, one bit each
-#define GLUE_FIELDS flat vec3 coords; flat int priority_layer; flat uint mask;
+#define GLUE_FIELDS flat vec3 coords; vec4 place; flat int priority_layer; flat uint mask;
 
 #define GLUE_OUTPUTS \
     layout(location = 0) out vec4 coords_x; layout(location = 1) out vec4 coords_y; \

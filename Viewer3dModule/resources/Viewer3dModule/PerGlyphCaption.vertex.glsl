@@ -28,8 +28,10 @@ item;
 
 void main()
 {
-    gl_Position = projection * (view * (model * vec4(point_coords, 1.0)));
+    vec4 world = model * vec4(point_coords, 1.0);
+    gl_Position = projection * (view * world);
     glyph_height = label_height;
     glyph_place = place;
     FILL_ITEM(item_flags, item_id, label_item)
+    item.place = fencePlace(world);
 }

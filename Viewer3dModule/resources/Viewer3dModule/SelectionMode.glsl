@@ -1,5 +1,6 @@
-// The outputs of every fragment stage that draws items, and what the selection modes put there. To be included after
+// The outputs of every fragment stage that draws items, and what the modes put there. To be included after
 // DrawModes.glsl.
+//#include "shader:Viewer3dFences/Fence.glsl"
 
 layout(location = 0) out vec4 color;
 layout(location = 1) out vec4 item_id_low;
@@ -53,17 +54,19 @@ vec4 bytesOf(uint word)
     return unpackUnorm4x8(word);
 }
 
-// Writes one fragment of an item as the pass wants it. glue_coords is what the glue mask gets besides the id. Every
-// output is written in every mode, zero where the mode has nothing to say.
-void writeItem(vec4 item_color, uvec2 item_id, int instance_index, vec4 glue_coords)
+// Writes one fragment of an item as the pass wants it. place is that of fencePlace(); glue_coords is what the glue mask
+// gets besides the id. Every output is written in every mode, zero where the mode has nothing to say.
+void writeItem(vec4 item_color, uvec2 item_id, int instance_index, vec4 place, vec4 glue_coords)
 {
     color = vec4(0.0);
     item_id_low = vec4(0.0);
     item_id_hi = vec4(0.0);
     coords_w = vec4(0.0);
     if (item_color.a == 0.0) discard;
+    bool is_outside = isOutsideFence(place);
+    if (is_outside && !(fence_gray_preview && draw_mode == ordinal_draw)) discard;
     if (draw_mode == ordinal_draw) {
-        color = item_color;
+        color = is_outside ? fencePreviewColor(item_color) : item_color;
     } else if (draw_mode == selection_buffer_draw) {
         if (item_color.a >= 0.5) set_item_index(instance_index);
         discard;

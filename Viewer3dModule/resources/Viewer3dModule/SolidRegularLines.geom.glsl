@@ -116,7 +116,8 @@ void emitPoint(Joint joint, int corner, int i, vec3 direction, float along, floa
     vec3 normal = fromSection(joint, section_normals[i], joint.stretch);
     normal -= direction * dot(normal, direction);
 
-    vec4 eye = view * vec4(joint.origin + arm, 1.0);
+    vec4 world = vec4(joint.origin + arm, 1.0);
+    vec4 eye = view * world;
     gl_Position = projection * eye;
     view_position = eye.xyz;
     view_normal = mat3(view) * normal; // the view is a rotation and a shift
@@ -124,6 +125,7 @@ void emitPoint(Joint joint, int corner, int i, vec3 direction, float along, floa
     texture_coords = vec2(along, across);
 #endif
     COPY_ITEM(item_in[corner])
+    item.place = fencePlace(world);
     EmitVertex();
 }
 

@@ -44,11 +44,19 @@ float nearShare(vec4 clip0, vec4 clip1)
     return depth0 / (depth0 - (clip1.z + clip1.w));
 }
 
+// The place of an end at this share of the segment. Divided by w as the corners' positions are, so that between the
+// ends each pixel has the place on the axis that is seen there.
+vec4 placeAt(float share, vec4 from, vec4 to, float w_from, float w_to)
+{
+    return mix(from, to, share) / mix(w_from, w_to, share);
+}
+
 // A corner around an end in pixels, which lies at this share of the segment.
-void emitCorner(vec4 end, float share, vec2 shift)
+void emitCorner(vec4 end, vec4 place, float share, vec2 shift)
 {
     gl_Position = viewport_inverted * (end + vec4(shift, 0.0, 0.0));
     COPY_ITEM(item_in[0])
+    item.place = place;
 #ifdef RX_USE_PER_VERTEX_COLOR
     item.vertex_color = mix(item_in[0].vertex_color, item_in[1].vertex_color, share);
 #endif
@@ -59,6 +67,8 @@ void main()
 {
     vec4 clip0 = gl_in[0].gl_Position;
     vec4 clip1 = gl_in[1].gl_Position;
+    vec4 from = item_in[clip0.w == 0.0 ? 1 : 0].place;
+    vec4 to = item_in[clip1.w == 0.0 ? 0 : 1].place;
     if (clip0.w == 0.0) clip0 = clip1;
     if (clip1.w == 0.0) clip1 = clip0;
     bool behind0 = isBehind(clip0);
@@ -84,11 +94,13 @@ void main()
     vec2 dir = pixels < 1.0 ? vec2(0.0, 1.0) : along / pixels;
     vec2 perp = vec2(-dir.y, dir.x);
     float half_width = 0.5 * pen_width;
-    emitCorner(p0, share0, -dir * half_width);
-    emitCorner(p0, share0, perp * half_width);
-    emitCorner(p0, share0, -perp * half_width);
-    emitCorner(p1, share1, perp * half_width);
-    emitCorner(p1, share1, -perp * half_width);
-    emitCorner(p1, share1, dir * half_width);
+    vec4 place0 = placeAt(share0, from, to, clip0.w, clip1.w);
+    vec4 place1 = placeAt(share1, from, to, clip0.w, clip1.w);
+    emitCorner(p0, place0, share0, -dir * half_width);
+    emitCorner(p0, place0, share0, perp * half_width);
+    emitCorner(p0, place0, share0, -perp * half_width);
+    emitCorner(p1, place1, share1, perp * half_width);
+    emitCorner(p1, place1, share1, -perp * half_width);
+    emitCorner(p1, place1, share1, dir * half_width);
     EndPrimitive();
 }

@@ -70,7 +70,8 @@ vec4 worldPosition()
 
 void main()
 {
-    vec4 eye = view * worldPosition();
+    vec4 world = worldPosition();
+    vec4 eye = view * world;
     gl_Position = projection * eye;
     gl_PointSize = pen_width;
 
@@ -87,10 +88,11 @@ void main()
 #else
     FILL_ITEM(item_flags, item_id, 0)
 #endif
+    item.place = fencePlace(world);
 #ifdef RX_USE_PER_VERTEX_COLOR
     item.vertex_color = point_color;
 #ifdef RX_USE_ELEVATION_COLOR
-    item.vertex_color.r = worldPosition().z;
+    item.vertex_color.r = world.z;
 #endif
 #endif
 }

@@ -39,13 +39,15 @@ void emitRimPoint(int i, float z)
 {
     float angle = 2.0 * 3.14159265358979 * float(i % nTiles) / float(nTiles); // the last point is the first one
     vec2 rim = vec2(sin(angle), cos(angle));
-    vec4 eye = view * (model * vec4(rim, z, 1.0));
+    vec4 world = model * vec4(rim, z, 1.0);
+    vec4 eye = view * world;
     eye /= eye.w;
     gl_Position = projection * eye;
     view_normal = normalMatrix * vec3(rim, 0.0);
     view_position = eye.xyz;
     texture_coords = vec2(float(i) / float(nTiles), z < 0.0 ? 1.0 : 0.0);
     COPY_ITEM(item_in[0])
+    item.place = fencePlace(world);
     EmitVertex();
 }
 

@@ -53,5 +53,5 @@ void main()
     shown = colorFromFlags(item.flags, own_color, item.color);
 #endif
 #endif
-    writeItem(shown, item.id, item.index, vec4(0.0));
+    writeItem(shown, item.id, item.index, item.place, vec4(0.0));
 }

@@ -39,6 +39,7 @@ void main()
     startPos = gl_Position;
     dashes = vec2(u_dashSize, u_gapSize);
     FILL_ITEM(item_flags, item_id, 0)
+    item.place = fencePlace(world);
 #ifdef RX_USE_PER_VERTEX_COLOR
 #ifdef RX_USE_ELEVATION_COLOR
     item.vertex_color.r = world.z;

@@ -53,4 +53,5 @@ void main()
     item.vertex_color = point_color;
 #endif
 #endif
+    item.place = fencePlace(gl_Position);
 }

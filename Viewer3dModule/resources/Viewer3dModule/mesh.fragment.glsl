@@ -79,5 +79,5 @@ void main()
     vec4 highlight_color;
     chooseColors(own_color, highlight_color);
     vec4 surface = colorFromFlags(item.flags, own_color, highlight_color);
-    writeItem(vec4(litColor(surface.rgb), surface.a), item.id, item.index, vec4(0.0));
+    writeItem(vec4(litColor(surface.rgb), surface.a), item.id, item.index, item.place, vec4(0.0));
 }

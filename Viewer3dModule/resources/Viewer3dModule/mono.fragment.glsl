@@ -24,5 +24,5 @@ void main()
     shown = colorFromFlags(item.flags, own_color, item.color);
 #endif
 #endif
-    writeItem(shown, item.id, item.index, bytesOf(~uint(point_item_flag)));
+    writeItem(shown, item.id, item.index, item.place, bytesOf(~uint(point_item_flag)));
 }

@@ -26,5 +26,5 @@ bool isInPoint()
 void main()
 {
     if (!isInPoint()) discard;
-    writeItem(PLAIN_COLOR, item.id, item.index, bytesOf(~uint(point_item_flag)));
+    writeItem(PLAIN_COLOR, item.id, item.index, item.place, bytesOf(~uint(point_item_flag)));
 }

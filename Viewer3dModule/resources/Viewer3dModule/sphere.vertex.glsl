@@ -20,6 +20,7 @@ void main()
 {
     gl_Position = vec4(point_coords, 1.0);
     FILL_ITEM(item_flags, item_id, 0)
+    item.place = vec4(0.0); // that of the surface is known where it is made
     if (uWireMode) {
         item.color_mode = item_color_mode;
         item.is_lit = 0;

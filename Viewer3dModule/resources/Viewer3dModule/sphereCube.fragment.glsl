@@ -22,5 +22,5 @@ void main()
         surface = colorFromFlags(item.flags, texel, inShapeOf(texel, item.color));
     }
     vec3 shown = item.is_lit != 0 ? lightColor(surface.rgb) : surface.rgb;
-    writeItem(vec4(shown, surface.a), item.id, item.index, vec4(0.0));
+    writeItem(vec4(shown, surface.a), item.id, item.index, item.place, vec4(0.0));
 }

@@ -55,7 +55,8 @@ void main()
 {
     vec3 normal = onUnitSphere(gl_TessCoord.xy);
     vec3 point = gl_in[0].gl_Position.xyz + normal;
-    vec4 eye = view * (model * vec4(point, 1.0));
+    vec4 world = model * vec4(point, 1.0);
+    vec4 eye = view * world;
     gl_Position = projection * eye;
 
     view_normal = normalMatrix * normal;
@@ -66,4 +67,5 @@ void main()
     corner.view_position = view_position;
     corner.texture_coords = texture_coords;
     COPY_ITEM(item_in[0])
+    item.place = fencePlace(world);
 }

@@ -20,5 +20,5 @@ void main()
 #ifndef RX_USE_TEXTURE_AS_BITMAP
     shown = colorFromFlags(item.flags, texel, shown);
 #endif
-    writeItem(shown, item.id, item.index, vec4(0.0));
+    writeItem(shown, item.id, item.index, item.place, vec4(0.0));
 }

@@ -100,7 +100,18 @@ protected:
         for (const auto* list : {&defaultPrograms(), &furtherPrograms(), &programVariants()})
             for (const ProgramRecipe& recipe : *list)
                 all.push_back(factsOf(recipe));
+        for (const auto* list : {&defaultPrograms(), &furtherPrograms()})
+            for (const ProgramRecipe& recipe : *list)
+                all.push_back(factsOf(fenced(recipe, "RX_USE_SWEPT_FENCE")));
+        all.push_back(factsOf(fenced(defaultPrograms().front(), "RX_USE_SPHERE_FENCE")));
         return all;
+    }
+    /// The program as it is while there is a fence.
+    static ProgramRecipe fenced(ProgramRecipe recipe, const char* define)
+    {
+        recipe.name += " in a fence";
+        recipe.defines.emplace_back(define);
+        return recipe;
     }
     /// The include of colour levels, which programs of other modules use, with a fragment stage round it.
     Facts gradient()

@@ -135,6 +135,8 @@ TEST(StorageDeclared, OwnSourcesDeclareTheirBlocks)
     };
     expectStorage(declared("common.vertex", GL_VERTEX_SHADER, {}), storage(0, 0, 0));
     expectStorage(declared("mono.fragment", GL_FRAGMENT_SHADER, {}), storage(10, 2, 0));
+    expectStorage(declared("mono.fragment", GL_FRAGMENT_SHADER, {"RX_USE_SPHERE_FENCE"}), storage(10, 2, 0));
+    expectStorage(declared("mono.fragment", GL_FRAGMENT_SHADER, {"RX_USE_SWEPT_FENCE"}), storage(11, 3, 0));
     // Drivers without storage in geometry stages draw solid lines all the same where these have no texture.
     expectStorage(declared("SolidRegularLines.geom", GL_GEOMETRY_SHADER, {"RX_USE_PER_VERTEX_NORMAL"}),
                   storage(0, 0, 0));

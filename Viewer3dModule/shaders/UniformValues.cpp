@@ -1,0 +1,146 @@
+#include <Viewer3dModule/shaders/UniformValues.h>
+
+#include <QtGui/QOpenGLShaderProgram>
+
+#include <utility>
+
+namespace {
+
+/// Any uniform of OpenGL 4.3 fits: at most a 4 x 4 matrix of doubles.
+constexpr std::size_t mostBytes = 128;
+
+struct Active
+{
+    std::string name;
+    GLenum type;
+};
+
+/// The uniforms outside of blocks, those in arrays one by one.
+std::vector<Active> activeUniforms(OpenGLFunctions& gl, GLuint program)
+{
+    std::vector<Active> all;
+    GLint count = 0, longest = 0;
+    gl.glGetProgramiv(program, GL_ACTIVE_UNIFORMS, &count);
+    gl.glGetProgramiv(program, GL_ACTIVE_UNIFORM_MAX_LENGTH, &longest);
+    std::vector<char> buffer(static_cast<std::size_t>(longest) + 1);
+    for (GLint i = 0; i < count; ++i) {
+        GLint size = 0;
+        GLenum type = 0;
+        gl.glGetActiveUniform(program, static_cast<GLuint>(i), longest, nullptr, &size, &type, buffer.data());
+        const std::string name = buffer.data();
+        if (gl.glGetUniformLocation(program, name.c_str()) < 0) continue;
+        all.push_back({name, type});
+        const std::size_t bracket = name.rfind("[0]");
+        if (bracket == std::string::npos || bracket + 3 != name.size()) continue;
+        for (GLint k = 1; k < size; ++k)
+            all.push_back({name.substr(0, bracket) + '[' + std::to_string(k) + ']', type});
+    }
+    return all;
+}
+
+/// How uniforms of one type are set; the kind is that of the function that reads them.
+struct Setter
+{
+    enum Kind { Float, Int, Uint } kind;
+    void (*set)(OpenGLFunctions& gl, GLint location, const void* value);
+};
+
+template <typename T>
+const T* as(const void* value)
+{
+    return static_cast<const T*>(value);
+}
+
+#define V3D_VECTOR(kind, type, function)                                                                     \
+    Setter                                                                                                   \
+    {                                                                                                        \
+        Setter::kind,                                                                                        \
+            [](OpenGLFunctions& gl, GLint at, const void* value) { gl.function(at, 1, as<type>(value)); }    \
+    }
+#define V3D_MATRIX(function)                                                                                 \
+    Setter                                                                                                   \
+    {                                                                                                        \
+        Setter::Float, [](OpenGLFunctions& gl, GLint at, const void* value) {                                \
+            gl.function(at, 1, GL_FALSE, as<GLfloat>(value));                                                \
+        }                                                                                                    \
+    }
+
+/// Booleans and samplers are set as integers.
+Setter setterOf(GLenum type)
+{
+    switch (type) {
+    case GL_FLOAT:
+        return V3D_VECTOR(Float, GLfloat, glUniform1fv);
+    case GL_FLOAT_VEC2:
+        return V3D_VECTOR(Float, GLfloat, glUniform2fv);
+    case GL_FLOAT_VEC3:
+        return V3D_VECTOR(Float, GLfloat, glUniform3fv);
+    case GL_FLOAT_VEC4:
+        return V3D_VECTOR(Float, GLfloat, glUniform4fv);
+    case GL_FLOAT_MAT2:
+        return V3D_MATRIX(glUniformMatrix2fv);
+    case GL_FLOAT_MAT3:
+        return V3D_MATRIX(glUniformMatrix3fv);
+    case GL_FLOAT_MAT4:
+        return V3D_MATRIX(glUniformMatrix4fv);
+    case GL_INT_VEC2:
+    case GL_BOOL_VEC2:
+        return V3D_VECTOR(Int, GLint, glUniform2iv);
+    case GL_INT_VEC3:
+    case GL_BOOL_VEC3:
+        return V3D_VECTOR(Int, GLint, glUniform3iv);
+    case GL_INT_VEC4:
+    case GL_BOOL_VEC4:
+        return V3D_VECTOR(Int, GLint, glUniform4iv);
+    case GL_UNSIGNED_INT:
+        return V3D_VECTOR(Uint, GLuint, glUniform1uiv);
+    case GL_UNSIGNED_INT_VEC2:
+        return V3D_VECTOR(Uint, GLuint, glUniform2uiv);
+    case GL_UNSIGNED_INT_VEC3:
+        return V3D_VECTOR(Uint, GLuint, glUniform3uiv);
+    case GL_UNSIGNED_INT_VEC4:
+        return V3D_VECTOR(Uint, GLuint, glUniform4uiv);
+    default:
+        return V3D_VECTOR(Int, GLint, glUniform1iv);
+    }
+}
+
+#undef V3D_VECTOR
+#undef V3D_MATRIX
+
+} // namespace
+
+UniformValues::UniformValues(QOpenGLShaderProgram& program)
+{
+    OpenGLFunctions* gl = currentGLFunctions();
+    if (!gl) return;
+    const GLuint id = program.programId();
+    for (const Active& uniform : activeUniforms(*gl, id)) {
+        const GLint location = gl->glGetUniformLocation(id, uniform.name.c_str());
+        Value value{uniform.name, uniform.type, std::vector<char>(mostBytes)};
+        void* bytes = value.bytes.data();
+        switch (setterOf(uniform.type).kind) {
+        case Setter::Float:
+            gl->glGetUniformfv(id, location, static_cast<GLfloat*>(bytes));
+            break;
+        case Setter::Int:
+            gl->glGetUniformiv(id, location, static_cast<GLint*>(bytes));
+            break;
+        case Setter::Uint:
+            gl->glGetUniformuiv(id, location, static_cast<GLuint*>(bytes));
+            break;
+        }
+        m_values.push_back(std::move(value));
+    }
+}
+
+void UniformValues::restore(QOpenGLShaderProgram& program) const
+{
+    OpenGLFunctions* gl = currentGLFunctions();
+    if (!gl || !program.isLinked() || !program.bind()) return;
+    const GLuint id = program.programId();
+    for (const Value& value : m_values) {
+        const GLint location = gl->glGetUniformLocation(id, value.name.c_str());
+        if (location >= 0) setterOf(value.type).set(*gl, location, value.bytes.data());
+    }
+}
