@@ -30,6 +30,14 @@ public:
     CapturedGeometry(const CapturedGeometry&) = delete;
     CapturedGeometry& operator=(const CapturedGeometry&) = delete;
 
+    /// How many a buffer has room for. Binds it.
+    std::uint64_t countVertices(std::size_t buffer) const
+    {
+        GLint64 size = 0;
+        m_gl->glBindBuffer(GL_COPY_READ_BUFFER, m_names[buffer]);
+        if (m_names[buffer] != 0) m_gl->glGetBufferParameteri64v(GL_COPY_READ_BUFFER, GL_BUFFER_SIZE, &size);
+        return static_cast<std::uint64_t>(size) / sizeof(glm::vec4);
+    }
     /// Calls use(vertices, count) for the first vertices of a buffer, piece by piece.
     template <typename Use>
     void read(std::size_t buffer, std::uint64_t count, Use use) const
@@ -58,10 +66,7 @@ private:
     /// Binds the buffer.
     void requireVertices(std::size_t buffer, std::uint64_t count) const
     {
-        GLint64 size = 0;
-        m_gl->glBindBuffer(GL_COPY_READ_BUFFER, m_names[buffer]);
-        if (m_names[buffer] != 0) m_gl->glGetBufferParameteri64v(GL_COPY_READ_BUFFER, GL_BUFFER_SIZE, &size);
-        if (static_cast<std::uint64_t>(size) < count * sizeof(glm::vec4))
+        if (countVertices(buffer) < count)
             throw ksp::CommonError(
                 QStringLiteral("the driver has no memory to capture %1 vertices").arg(count));
     }
@@ -90,21 +95,13 @@ SceneExporter::SceneExporter(Scene3d& scene)
     m_parts.erase(std::remove_if(m_parts.begin(), m_parts.end(), isEmpty), m_parts.end());
 }
 
-// What is captured lies at the beginning of its buffer; the rest reads as zeros.
+// What a fence limits is captured into buffers that are just as large as what it leaves.
 void SceneExporter::countWhatIsLeft(Part& part) const
 {
     const CapturedGeometry geometry(m_scene, *part.item);
-    const auto filled = [&](std::size_t buffer, std::uint64_t most) {
-        std::uint64_t count = 0;
-        geometry.read(buffer, most, [&count](const glm::vec4* vertices, std::uint64_t some) {
-            count += static_cast<std::uint64_t>(std::count_if(
-                vertices, vertices + some, [](const glm::vec4& vertex) { return vertex.w != 0.0f; }));
-        });
-        return count;
-    };
-    part.counts.points = filled(0, part.counts.points);
-    part.counts.lines = filled(1, 2 * part.counts.lines) / 2;
-    part.counts.triangles = filled(2, 3 * part.counts.triangles) / 3;
+    part.counts.points = geometry.countVertices(0);
+    part.counts.lines = geometry.countVertices(1) / 2;
+    part.counts.triangles = geometry.countVertices(2) / 3;
 }
 
 void SceneExporter::addPart(Drawable3dItem& item)

@@ -80,6 +80,34 @@ TEST_F(ViewerTest, ReadmePictureIsWhatItsCommandDraws)
                {48, 9216});
 }
 
+// Likewise the guide's pictures of fences, of which one is drawn.
+TEST_F(ViewerTest, FencePicturesOfTheUserGuideAreWhatTheirCommandsDraw)
+{
+    const QRegularExpression pattern("^    \\./run\\.sh (render .*-o (fence-[a-z]+\\.png) .*)$",
+                                     QRegularExpression::MultilineOption);
+    auto commands = pattern.globalMatch(document("docs/user-guide.md"));
+    int count = 0;
+    for (; commands.hasNext(); ++count) {
+        const QRegularExpressionMatch match = commands.next();
+        const QString name = match.captured(2);
+        const QFileInfo picture(QStringLiteral(V3D_SOURCE_DIR "/docs/images/") + name);
+        EXPECT_TRUE(picture.exists() && picture.size() < 150'000) << qPrintable(name);
+        const QString line = QString(match.captured(1)).remove('\'');
+        const auto options = std::get<RenderOptions>(parseCommandLine(line.split(' ', Qt::SkipEmptyParts)));
+        EXPECT_TRUE(QFileInfo::exists(QStringLiteral(V3D_SOURCE_DIR "/") + options.fence))
+            << qPrintable(name);
+        if (count != 0) continue;
+        const ViewerRun run = runProgram(
+            "bash", {"-c", QString("cd '%1' && '%2' %3")
+                               .arg(V3D_SOURCE_DIR, viewerProgram(),
+                                    match.captured(1).replace("-o " + name, "-o '" + path(name) + "'"))});
+        ASSERT_EQ(run.status, 0) << run.error.constData();
+        // as for the README's picture
+        checkImage("guide_fence", QImage(path(name)), QImage(picture.filePath()), {48, 5000});
+    }
+    EXPECT_EQ(count, 4);
+}
+
 class DocumentedOptions : public ::testing::TestWithParam<const char*>
 {
 };
@@ -97,7 +125,8 @@ TEST_P(DocumentedOptions, AreAllOfTheHelp)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Documents, DocumentedOptions, ::testing::Values("render", "depth", "select", "export"),
+INSTANTIATE_TEST_SUITE_P(Documents, DocumentedOptions,
+                         ::testing::Values("render", "depth", "select", "export"),
                          [](const auto& command) { return std::string(command.param); });
 
 // Whole commands of the guide, as they stand there; FILES... and such are none.
