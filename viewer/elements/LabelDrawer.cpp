@@ -3,8 +3,10 @@
 #include <viewer/elements/ElementLabel.h>
 
 #include <Viewer3dModule/drawers/DrawerType.h>
+#include <Viewer3dModule/host/Fence3dItem.h>
 #include <Viewer3dModule/host/Graphics3dItem.h>
 #include <Viewer3dModule/scene/Scene3d.h>
+#include <framework/gmx/IFence3D.h>
 
 #include <algorithm>
 #include <cmath>
@@ -63,6 +65,13 @@ private:
     GLboolean m_before;
 };
 
+/// The fence outside of which nothing is drawn, in scene coordinates; null without one.
+std::shared_ptr<gmx::IFence3D> fenceOf(Scene3d& scene)
+{
+    const Fence3dItem* fence = scene.getFence();
+    return fence && !fence->isInteractionMode() ? fence->getIFence3D(scene.modelToSceneTransform()) : nullptr;
+}
+
 } // namespace
 
 LabelDrawer::LabelDrawer(Scene3d* scene, QOpenGLShaderProgram* program, const QString& property)
@@ -110,12 +119,14 @@ void LabelDrawer::write(const PaintContext& pass, const glm::dmat4& viewProjecti
     OpenGLFunctions* gl = currentGLFunctions();
     if (!gl || !m_isShown || getItems().empty()) return;
     TakenPlaces taken;
+    const std::shared_ptr<gmx::IFence3D> fence = fenceOf(*scene());
     std::unordered_set<const Drawable3dItem*> written;
     for (ElementLabel* label : labelsByElement()) {
-        const glm::dvec4 clip =
-            viewProjection * glm::dmat4(label->getTransform()) * glm::dvec4(glm::vec3(label->place()), 1.0);
+        const glm::dvec4 place =
+            glm::dmat4(label->getTransform()) * glm::dvec4(glm::vec3(label->place()), 1.0);
+        const glm::dvec4 clip = viewProjection * place;
         const bool isSeen = clip.w > 0.0 && std::abs(clip.x) <= clip.w && std::abs(clip.y) <= clip.w;
-        if (!isSeen) continue;
+        if (!isSeen || (fence && !fence->contains(glm::dvec3(place)))) continue;
         const QRect rect = label->rectAt(
             {(clip.x / clip.w + 1.0) / 2.0 * size.width(), (1.0 - clip.y / clip.w) / 2.0 * size.height()});
         if (!taken.take(rect)) continue;

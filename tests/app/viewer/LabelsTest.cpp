@@ -15,9 +15,12 @@
 #include <viewer/window/MainWindow.h>
 #include <viewer/window/View3dWidget.h>
 
+#include <Viewer3dModule/fences/SphereFence.h>
+#include <Viewer3dModule/host/Fence3dItem.h>
 #include <Viewer3dModule/host/Graphics3dItem.h>
 #include <Viewer3dModule/scene/SelectionOptions.h>
 #include <framework/model/CModelElementManager.h>
+#include <framework/model/COrdinaryItemCreator.h>
 #include <framework/model/CProject.h>
 #include <framework/model/CProjectModel.h>
 #include <framework/model/FeatureElement.h>
@@ -239,6 +242,28 @@ TEST_F(LabelsTest, TakeNoPartInSelectionAndDepth)
     }
     EXPECT_FALSE(renderer->pointUnder(view, {Width, Height}, letters.topLeft() + QPoint(1, 1)));
     scene->makeCurrent();
+}
+
+// What a fence leaves out writes nothing, and leaves its place to others.
+TEST_F(LabelsTest, ObeyTheFence)
+{
+    addCorners();
+    add("WWWWWWWW", {part(Part::Point, {{0, 0, 0}})});
+    FeatureElement& second = add("MMMM", {part(Part::Point, {{20, 5, 0}})});
+    second.setProperty("marker-color", "#969696");
+    const QRect first = lettersOf(frame());
+    project->addProjectSettings(new COrdinaryItemCreator<Fence3dItem>, CProject::StoredSettings);
+    Fence3dItem& fence = *Fence3dItem::find(project->getModel());
+    const auto sphere =
+        std::static_pointer_cast<SphereFence>(fence.getCreateFence(Fence3DObject::SphereFence));
+    sphere->setFence(origin + glm::dvec3(20, 5, 0), 10.0);
+    fence.notifyObservers();
+    const QRect letters = lettersOf(frame());
+    EXPECT_NEAR(letters.x() + letters.width() / 2.0, 170.0, 1.5);
+    EXPECT_LT(letters.width(), first.width());
+    sphere->setFence(origin + glm::dvec3(0, 40, 0), 10.0);
+    fence.notifyObservers();
+    EXPECT_EQ(countPixels(frame(), isDark), 0);
 }
 
 TEST_F(LabelsTest, LieOnTheSamePixelsInTilesOfAnyPlace)
