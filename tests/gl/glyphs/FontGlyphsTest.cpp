@@ -58,10 +58,7 @@ protected:
             item.glyphs.emplace_back(glm::vec2(float(place.x()), float(-place.y())), texture);
         drawer->updateItem(&item);
         drawer->setColor(Qt::white);
-        gl->glEnable(GL_BLEND);
-        gl->glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
         const QImage image = shown(paintContext(Width, Height));
-        gl->glDisable(GL_BLEND);
         return image.convertToFormat(QImage::Format_RGB32); // alpha says nothing here
     }
     static QImage painted(const QString& text, const QFont& font)

@@ -10,6 +10,7 @@
 #include <Viewer3dModule/drawables/IconTexture.h>
 #include <Viewer3dModule/drawers/MultiGlyphItem3dDrawer.h>
 #include <Viewer3dModule/shaders/DrawMode.h>
+#include <framework/model/CProject.h>
 
 #include <memory>
 #include <vector>
@@ -80,17 +81,30 @@ protected:
 
     void SetUp() override
     {
-        SceneTest::SetUp();
+        if (kept.scene)
+            takeBack();
+        else
+            SceneTest::SetUp();
         for (int i = 0; i < 6; ++i)
             textures.push_back(opaqueTexture(4, 6));
         drawer = std::make_unique<LabelledItemDrawer>(scene.get());
     }
     void TearDown() override
     {
-        if (scene) scene->makeCurrent();
+        if (!drawer) return;
+        scene->makeCurrent();
+        delete drawer->getProgram();
         drawer.reset();
         textures.clear();
-        SceneTest::TearDown();
+        EXPECT_EQ(gl->glGetError(), 0u) << "pending OpenGL error";
+        kept = {std::move(project), std::move(scene), std::move(debug)};
+    }
+    static void TearDownTestSuite()
+    {
+        if (kept.scene) kept.scene->makeCurrent();
+        kept.scene.reset();
+        kept.debug.reset();
+        kept.project.reset();
     }
     static Texture opaqueTexture(int width, int height)
     {
@@ -173,6 +187,23 @@ protected:
         for (const GlCalls::Draw& draw : calls.draws)
             counts.push_back(draw.vertices);
         return counts;
+    }
+
+    /// What all tests of a suite have in common: scenes take long to make, and no test here changes its.
+    struct Kept
+    {
+        std::unique_ptr<CProject> project;
+        std::unique_ptr<Scene3d> scene;
+        std::unique_ptr<GlDebug> debug;
+    };
+    static inline Kept kept;
+    void takeBack()
+    {
+        project = std::move(kept.project);
+        scene = std::move(kept.scene);
+        debug = std::move(kept.debug);
+        ASSERT_TRUE(scene->makeCurrent());
+        gl = scene->getGLFunctions();
     }
 
     std::vector<Texture> textures;
