@@ -180,6 +180,27 @@ TEST_F(WindowTools, RectangleSelectsAddsAndTakesOut)
     EXPECT_EQ(m_view->viewpoint().camera().getPosition(), camera.getPosition()); // nothing has moved
 }
 
+TEST_F(WindowTools, SketchShowsOverTheViewWhileItIsDrawn)
+{
+    const auto shown = [this] {
+        settle();
+        return m_view->grab().toImage();
+    };
+    trigger("selectByRectangle");
+    const QImage before = shown();
+    press(QPointF(100, 80));
+    moveTo(QPointF(300, 120));
+    const QImage sketch = shown();
+    saveTestImage("window_sketch", sketch);
+    for (const QPoint pixel :
+         {QPoint(200, 80), QPoint(200, 119), QPoint(100, 100), QPoint(299, 100), QPoint(200, 100)})
+        EXPECT_NE(sketch.pixel(pixel), before.pixel(pixel)) << pixel.x() << "," << pixel.y();
+    for (const QPoint pixel : {QPoint(200, 70), QPoint(200, 130), QPoint(90, 100), QPoint(310, 100)})
+        EXPECT_EQ(sketch.pixel(pixel), before.pixel(pixel)) << pixel.x() << "," << pixel.y();
+    key(Qt::Key_Escape);
+    EXPECT_EQ(shown(), before);
+}
+
 TEST_F(WindowTools, SwitchesSayWhatCounts)
 {
     trigger("selectByRectangle");
