@@ -243,7 +243,7 @@ std::vector<Sample> cityJson()
         {"points", [] { return cityGeometry("MultiPoint", "0,", "0"); }, nullptr},
         {"empty_surfaces", [] { return cityGeometry("MultiSurface", "[],", "[]"); }, nullptr},
         {"empty_rings", [] { return cityGeometry("MultiSurface", "[[]],", "[[]]"); }, nullptr},
-        {"triangles", [] { return cityGeometry("MultiSurface", "[[0,1,2]],", "[[0,1,2]]"); }, nullptr},
+        {"triangles", [] { return cityGeometry("MultiSurface", "[[0,1,2]],", "[[0,1,2]]"); }, nullptr, 10.0},
         {"objects_as_indices", [] { return cityGeometry("MultiPoint", "{},", "0"); }, "something else"},
         {"bare_objects",
          [] {

@@ -531,3 +531,37 @@ TEST(SelectOptions, BadAreasAreRefused)
               "--mode seen: one of through, visible is wanted");
     EXPECT_EQ(refusal({"--rect", "0,0,1,1", "--rule", "in"}), "--rule in: one of touching, inside is wanted");
 }
+
+TEST(ReadingOptions, AreTakenByEveryCommandThatReadsFiles)
+{
+    const auto reading = [](const QStringList& arguments) {
+        return std::visit(
+            [](const auto& options) {
+                if constexpr (std::is_same_v<std::decay_t<decltype(options)>, PluginsOptions> ||
+                              std::is_same_v<std::decay_t<decltype(options)>, HelpRequest>)
+                    return ReadingOptions();
+                else
+                    return options.reading;
+            },
+            parseCommandLine(arguments + QStringList{"--lod", "1.2", "--ground-height", "-7.5"}));
+    };
+    for (const QStringList& arguments :
+         {QStringList{"render", "a.json", "-o", "a.png"}, QStringList{"depth", "a.json", "-o", "a.pfm"},
+          QStringList{"select", "a.json", "--rect", "0,0,9,9"},
+          QStringList{"export", "a.json", "-o", "a.ply"}, QStringList{"info", "a.json"},
+          QStringList{"a.json"}}) {
+        EXPECT_EQ(reading(arguments).lod, 1.2) << qPrintable(arguments[0]);
+        EXPECT_EQ(reading(arguments).groundHeight, -7.5) << qPrintable(arguments[0]);
+    }
+    const auto window = std::get<WindowOptions>(parseCommandLine({"a.json"}));
+    EXPECT_EQ(window.reading.lod, std::nullopt);
+    EXPECT_EQ(window.reading.groundHeight, 0.0);
+}
+
+TEST(ReadingOptions, RefuseWhatIsNoNumber)
+{
+    for (const char* value : {"fine", "-1", "nan", "1e9", ""})
+        EXPECT_THROW(parseCommandLine({"info", "a.json", "--lod", value}), UsageError) << value;
+    for (const char* value : {"high", "inf", "1e13"})
+        EXPECT_THROW(parseCommandLine({"info", "a.json", "--ground-height", value}), UsageError) << value;
+}
