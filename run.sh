@@ -7,7 +7,7 @@ root=$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")
 . "$root/cmake/steps.sh"
 
 # Files without a command open in a window, which nobody would see on an X server of our own.
-if [[ ! ${1:-} =~ ^(render|depth|export|info|plugins)$ ]] && ! has_display; then
+if [[ ! ${1:-} =~ ^(render|depth|select|export|info|plugins)$ ]] && ! has_display; then
     for argument in "$@"; do
         [[ ! -e $argument ]] ||
             die "no display here to open a window on; './run.sh render FILES... -o OUT.png' makes a picture"
@@ -19,7 +19,7 @@ install_missing run
 build_targets viewer3d Viewer3dModule readers
 
 viewer=$build/bin/viewer3d
-sample=("$root"/samples/town/*.{ply,obj,geojson})
+sample=("$root"/samples/town/*.{ply,obj,geojson,png} --ground-height 305 --labels street)
 picture=
 if [[ $# -eq 0 ]]; then
     set -- "${sample[@]}"

@@ -11,6 +11,7 @@ import math
 import random
 import struct
 import sys
+import zlib
 from pathlib import Path
 
 EAST, NORTH, HEIGHT = 612000.0, 5071000.0, 312.0   # the middle of the town
@@ -476,7 +477,7 @@ def ground_colour(u, v, near_street):
     field = tuple(c * furrow for c in crop)
     centre = math.hypot((u - 2) / 128.0, (v + 2) / 76.0)
     colour = mix(lawn, field, smooth((centre - 0.98) / 0.06))
-    if v > 96 - 10 * math.sin(u / 30) and u > 14:
+    if 96 - 10 * math.sin(u / 30) < v < 150 + 12 * math.sin(u / 23) and 14 < u < 190 + 9 * math.sin(v / 11):
         colour = mix(colour, (70, 92, 48), 0.8)
     colour = mix((120, 132, 92), colour, smooth((abs(v - stream_v(u)) - 3.0) / 6.0))
     return mix((140, 134, 110), colour, smooth(near_street / 2.2))
@@ -501,6 +502,87 @@ def make_terrain():
             "property uchar red\nproperty uchar green\nproperty uchar blue\n"
             f"element face {2 * (columns - 1) * (rows - 1)}\nproperty list uchar int vertex_indices\nend_header\n")
     return head.encode("ascii") + vertices + faces
+
+
+# --- the picture from above -------------------------------------------------------------------------------------------
+
+PICTURE = (-480.0, 460.0, 450, 380)   # its upper left corner and its size in pixels
+PIXEL = 2.0                           # metres
+
+
+def street_lines():
+    """Streets with their widths; those that lead out of the sample go straight on."""
+    lines = []
+    for _, width, line in STREETS:
+        line = list(line)
+        for end, before in ((0, 1), (-1, -2)):
+            u, v = line[end]
+            if abs(u) < HALF_WIDTH - 2 and abs(v) < HALF_DEPTH - 2:
+                continue
+            size = math.dist(line[end], line[before])
+            far = (u + (u - line[before][0]) / size * 600, v + (v - line[before][1]) / size * 600)
+            line.insert(0 if end == 0 else len(line), far)
+        lines.append((width, line))
+    return lines
+
+
+def near_streets():
+    """By pixel, how far its middle is from the edge of the next street (negative on it), where that is near."""
+    left, top, columns, rows = PICTURE
+    near = {}
+    for width, line in street_lines():
+        room = width / 2 + 4.0
+        for a, b in zip(line, line[1:]):
+            first, last = (min(a[0], b[0]) - room - left) / PIXEL, (max(a[0], b[0]) + room - left) / PIXEL
+            upper, lower = (top - max(a[1], b[1]) - room) / PIXEL, (top - min(a[1], b[1]) + room) / PIXEL
+            for j in range(max(0, int(upper)), min(rows, int(lower) + 1)):
+                for i in range(max(0, int(first)), min(columns, int(last) + 1)):
+                    far = distance_to([a, b], left + (i + 0.5) * PIXEL, top - (j + 0.5) * PIXEL) - width / 2
+                    near[i, j] = min(far, near.get((i, j), 9.0))
+    return near
+
+
+def picture_colour(u, v, near_street, houses):
+    for house in houses:
+        if math.hypot(u - house.u, v - house.v) < house.length:
+            c, s = math.cos(house.angle), math.sin(house.angle)
+            x, y = (u - house.u) * c + (v - house.v) * s, (v - house.v) * c - (u - house.u) * s
+            if abs(x) < house.length / 2 + 0.5 and abs(y) < house.width / 2 + 0.6:
+                return tuple(255 * part for part in MATERIALS[house.roof])
+    if abs(v - stream_v(u)) < 3.2 and near_street > 0:
+        return tuple(255 * part for part in MATERIALS["water"])
+    if near_street < 0:
+        return tuple(255 * part for part in MATERIALS["lane"])
+    return ground_colour(u, v, near_street)
+
+
+def png_chunk(kind, data):
+    return struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data))
+
+
+def make_picture(houses):
+    """The land around the town from above, with a palette of few colours, so that the file is small."""
+    left, top, columns, rows = PICTURE
+    near = near_streets()
+    palette, body = {}, bytearray()
+    for j in range(rows):
+        body.append(0)  # no filter
+        for i in range(columns):
+            u, v = left + (i + 0.5) * PIXEL, top - (j + 0.5) * PIXEL
+            close = houses if abs(u) < HALF_WIDTH and abs(v) < HALF_DEPTH else []
+            colour = picture_colour(u, v, near.get((i, j), 9.0), close)
+            steps = tuple(min(240, 16 * round(part / 16)) for part in colour)
+            body.append(palette.setdefault(steps, len(palette)))
+    head = struct.pack(">IIBBBBB", columns, rows, 8, 3, 0, 0, 0)
+    return b"\x89PNG\r\n\x1a\n" + png_chunk(b"IHDR", head) + \
+        png_chunk(b"PLTE", bytes(part for steps in palette for part in steps)) + \
+        png_chunk(b"IDAT", zlib.compress(bytes(body), 9)) + png_chunk(b"IEND", b"")
+
+
+def make_world_file():
+    """The size of a pixel and the middle of the first one."""
+    left, top, _, _ = PICTURE
+    return "%g\n0\n0\n-%g\n%.1f\n%.1f\n" % (PIXEL, PIXEL, EAST + left + PIXEL / 2, NORTH + top - PIXEL / 2)
 
 
 # --- tie points ------------------------------------------------------------------------------------------------------
@@ -561,10 +643,11 @@ def make_roads():
         middle = rounded(world(u, v, 0.4) for u, v in inside)
         if width > 4.6:  # dashes count anew from each point, so points are far apart here
             sparse = middle[:-1:7] + middle[-1:]
-            features.append(feature("LineString", sparse, name=name, stroke="#fdf6e3", stroke_dasharray="10 10",
-                                    width=width))
+            features.append(feature("LineString", sparse, name=name, street=name, stroke="#fdf6e3",
+                                    stroke_dasharray="10 10", width=width))
         else:
-            features.append(feature("LineString", middle, name=name, stroke="#ffd75e", stroke_width=1, width=width))
+            features.append(feature("LineString", middle, name=name, street=name, stroke="#ffd75e", stroke_width=1,
+                                    width=width))
         for side in (-1, 1):
             edge = [(u, v) for u, v in offset(line, side * width / 2) if is_own(u, v)]
             features.append(feature("LineString", rounded(world(u, v, 0.3) for u, v in edge),
@@ -619,6 +702,8 @@ def main():
                       for line in (f"newmtl {name}", "Kd %.3f %.3f %.3f" % colour, "")]
     (folder / "materials.mtl").write_text("\n".join(material_lines), encoding="ascii")
     (folder / "tie_points.ply").write_text(make_tie_points(houses), encoding="ascii")
+    (folder / "ground.png").write_bytes(make_picture(houses))
+    (folder / "ground.pgw").write_text(make_world_file(), encoding="ascii")
     write_features(folder / "roads.geojson", make_roads())
     write_features(folder / "plots.geojson", make_plots(houses))
     write_features(folder / "stations.geojson", make_stations())
