@@ -70,10 +70,20 @@ QString ElementLabel::shownText(const QString& text)
     return line.left(longestName - (splits ? 2 : 1)) + QChar(0x2026);
 }
 
+LONGID ElementLabel::elementId() const
+{
+    return m_owner.getId();
+}
+
 const glm::dvec3& ElementLabel::place()
 {
     if (!m_place) m_place = m_findPlace();
     return *m_place;
+}
+
+glm::dvec3 ElementLabel::scenePlace()
+{
+    return glm::dvec3(glm::dmat4(getTransform()) * glm::dvec4(glm::vec3(place()), 1.0));
 }
 
 const QImage& ElementLabel::image()

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <Viewer3dModule/drawables/CaptionsDrawable3dItem.h>
+#include <viewer/elements/ILabel.h>
 
-#include <QtCore/QRect>
+#include <Viewer3dModule/drawables/CaptionsDrawable3dItem.h>
 
 #include <functional>
 #include <optional>
@@ -12,7 +12,7 @@ class LabelDrawer;
 
 /// The label of one element: dark letters with a light rim, which can be read on anything. Nothing of it is
 /// made before it is first written. The drawer of labels writes it, and only that.
-class ElementLabel : public CaptionsDrawable3dItem
+class ElementLabel : public CaptionsDrawable3dItem, public ILabel
 {
 public:
     /// Says where the label belongs, in item coordinates.
@@ -27,13 +27,12 @@ public:
     /// Names of elements as they are written: one line, of at most 60 characters.
     static QString shownText(const QString& text);
 
-    const Graphics3dItem& owner() const { return m_owner; }
+    LONGID elementId() const override;
     /// Item coordinates.
     const glm::dvec3& place();
-    /// The pixels that it takes where its place lies at this one.
-    QRect rectAt(const glm::dvec2& pixel);
-    /// Has the next draw put its lower left corner there, pixels of the pass, y down.
-    void setCorner(const glm::dvec2& pixel) { m_corner = pixel; }
+    glm::dvec3 scenePlace() override;
+    QRect rectAt(const glm::dvec2& pixel) override;
+    void setCorner(const glm::dvec2& pixel) override { m_corner = pixel; }
 
     using CaptionsDrawable3dItem::draw;
     void draw(const PaintContext& context) override;

@@ -103,12 +103,14 @@ void FeatureItem::updateDataImpl()
     m_isChanged = false;
     setTransform(glm::mat4(glm::translate(scene()->modelToSceneTransform(), m_origin)), false);
     if (m_label) m_label->setTransform(Drawable3dItem::getTransform(), false);
+    if (m_name) m_name->setPlace(scene()->mapFromModel(labelPlace(element->getParts())));
 }
 
 void FeatureItem::updateVisibility()
 {
     Graphics3dItem::updateVisibility();
     if (m_label) m_label->setVisible(Drawable3dItem::isVisible());
+    if (m_name) m_name->setVisible(Drawable3dItem::isVisible());
 }
 
 void FeatureItem::rebuild(const FeatureElement& element)
@@ -139,19 +141,33 @@ void FeatureItem::renewLabel(const FeatureElement& element)
     m_label.reset();
     LabelDrawer* labels = LabelDrawer::find(*scene());
     const QString text = labels ? labelText(element, labels->property()) : QString();
-    if (text.isEmpty() || !m_bounds.isValid()) return;
-    const auto findPlace = [this] {
-        const auto* own = static_cast<FeatureElement*>(getModelElement());
-        return own ? labelPlace(FeatureAreas::raised(*own)) - m_origin : glm::dvec3(0.0);
-    };
+    const bool isLabelled = !text.isEmpty() && m_bounds.isValid();
     const auto& parts = element.getParts();
     const bool isPoints = std::all_of(parts.begin(), parts.end(), [](const FeatureElement::Part& part) {
         return part.kind == FeatureElement::Part::Point;
     });
+    if (!isLabelled || !isPoints) m_name.reset();
+    if (isLabelled && isPoints) writeName(*labels, text);
+    if (isLabelled && !isPoints) {
+        const auto findPlace = [this] {
+            const auto* own = static_cast<FeatureElement*>(getModelElement());
+            return own ? labelPlace(FeatureAreas::raised(*own)) - m_origin : glm::dvec3(0.0);
+        };
+        m_label = std::make_unique<ElementLabel>(*this, *labels, text, findPlace, std::nullopt);
+        m_label->setVisible(Drawable3dItem::isVisible());
+    }
+}
+
+// Of points there may be many, so their names are drawn glyph by glyph, and kept where they stay.
+void FeatureItem::writeName(LabelDrawer& labels, const QString& text)
+{
     const float aboveMarker = m_style.pointSize / 2.0f + 2.0f;
-    m_label = std::make_unique<ElementLabel>(*this, *labels, text, findPlace,
-                                             isPoints ? std::optional<float>(aboveMarker) : std::nullopt);
-    m_label->setVisible(Drawable3dItem::isVisible());
+    if (m_name) {
+        m_name->setText(text, aboveMarker);
+        return;
+    }
+    m_name = std::make_unique<NameItem>(getModelElement(), labels.names(), text, aboveMarker);
+    m_name->setVisible(Drawable3dItem::isVisible());
 }
 
 void FeatureItem::rebuildAreas(const FeatureElement& element)

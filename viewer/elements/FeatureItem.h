@@ -2,6 +2,7 @@
 
 #include <viewer/elements/ElementLabel.h>
 #include <viewer/elements/FeatureStyle.h>
+#include <viewer/elements/NameItem.h>
 
 #include <Viewer3dModule/drawables/MeshNode3d.h>
 #include <Viewer3dModule/drawables/PolyPolyline3dItem.h>
@@ -42,6 +43,7 @@ private:
     void rebuildAreas(const FeatureElement& element);
     void drawAreas(const PaintContext& context);
     void renewLabel(const FeatureElement& element);
+    void writeName(LabelDrawer& labels, const QString& text);
 
     std::optional<float> m_pointSize;
     FeatureStyle m_style;
@@ -50,7 +52,8 @@ private:
     PolyPolyline3dItem m_lines;
     std::unique_ptr<MeshNode3d> m_points;  // null without
     std::unique_ptr<MeshNode3d> m_areas;   // null without
-    std::unique_ptr<ElementLabel> m_label; // null without
+    std::unique_ptr<ElementLabel> m_label; // null without, and of points
+    std::unique_ptr<NameItem> m_name;      // of points; null without
     GeometryInfo m_info;
     int m_vertexCount = 0;
     bool m_isChanged = true;

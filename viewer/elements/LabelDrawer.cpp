@@ -1,6 +1,7 @@
 #include <viewer/elements/LabelDrawer.h>
 
-#include <viewer/elements/ElementLabel.h>
+#include <viewer/elements/ILabel.h>
+#include <viewer/elements/NameDrawer.h>
 
 #include <Viewer3dModule/drawers/DrawerType.h>
 #include <Viewer3dModule/host/Fence3dItem.h>
@@ -80,6 +81,8 @@ LabelDrawer::LabelDrawer(Scene3d* scene, QOpenGLShaderProgram* program, const QS
 {
 }
 
+LabelDrawer::~LabelDrawer() = default;
+
 void LabelDrawer::addTo(Scene3d& scene, const QString& property)
 {
     const auto& captions =
@@ -94,6 +97,12 @@ LabelDrawer* LabelDrawer::find(const Scene3d& scene)
     return dynamic_cast<LabelDrawer*>(scene.getDrawer(VisibilityType, DrawerType::Caption));
 }
 
+NameDrawer& LabelDrawer::names()
+{
+    if (!m_names) m_names = std::make_unique<NameDrawer>(scene());
+    return *m_names;
+}
+
 void LabelDrawer::draw(const PaintContext&, Filter) {}
 
 std::unique_ptr<Item3dDrawer> LabelDrawer::clone() const
@@ -101,15 +110,18 @@ std::unique_ptr<Item3dDrawer> LabelDrawer::clone() const
     return std::unique_ptr<Item3dDrawer>(new LabelDrawer(scene(), getDefaultProgram(), m_property));
 }
 
-std::vector<ElementLabel*> LabelDrawer::labelsByElement() const
+LabelDrawer::Labels LabelDrawer::labelsByElement() const
 {
-    std::vector<ElementLabel*> labels;
-    for (Drawable3dItem* item : getItems())
-        if (item->isVisible())
-            if (auto* label = dynamic_cast<ElementLabel*>(item)) labels.push_back(label);
-    std::sort(labels.begin(), labels.end(), [](const ElementLabel* a, const ElementLabel* b) {
-        return a->owner().getId() < b->owner().getId();
-    });
+    Labels labels;
+    const auto collect = [&](const std::vector<Drawable3dItem*>& items) {
+        for (Drawable3dItem* item : items)
+            if (item->isVisible())
+                if (auto* label = dynamic_cast<ILabel*>(item)) labels.emplace_back(label, item);
+    };
+    collect(getItems());
+    if (m_names) collect(m_names->getItems());
+    std::sort(labels.begin(), labels.end(),
+              [](const auto& a, const auto& b) { return a.first->elementId() < b.first->elementId(); });
     return labels;
 }
 
@@ -117,22 +129,23 @@ void LabelDrawer::write(const PaintContext& pass, const glm::dmat4& viewProjecti
                         const QPoint& corner)
 {
     OpenGLFunctions* gl = currentGLFunctions();
-    if (!gl || !m_isShown || getItems().empty()) return;
+    if (!gl || !m_isShown) return;
     TakenPlaces taken;
     const std::shared_ptr<gmx::IFence3D> fence = fenceOf(*scene());
     std::unordered_set<const Drawable3dItem*> written;
-    for (ElementLabel* label : labelsByElement()) {
-        const glm::dvec4 place =
-            glm::dmat4(label->getTransform()) * glm::dvec4(glm::vec3(label->place()), 1.0);
-        const glm::dvec4 clip = viewProjection * place;
+    for (const auto& [label, item] : labelsByElement()) {
+        const glm::dvec3 place = label->scenePlace();
+        const glm::dvec4 clip = viewProjection * glm::dvec4(place, 1.0);
         const bool isSeen = clip.w > 0.0 && std::abs(clip.x) <= clip.w && std::abs(clip.y) <= clip.w;
-        if (!isSeen || (fence && !fence->contains(glm::dvec3(place)))) continue;
+        if (!isSeen || (fence && !fence->contains(place))) continue;
         const QRect rect = label->rectAt(
             {(clip.x / clip.w + 1.0) / 2.0 * size.width(), (1.0 - clip.y / clip.w) / 2.0 * size.height()});
         if (!taken.take(rect)) continue;
         label->setCorner({rect.left() - corner.x(), rect.top() + rect.height() - corner.y()});
-        written.insert(label);
+        written.insert(item);
     }
     const NoDepthTest overAll(*gl);
-    SequentialItem3dDrawer::draw(pass, [&](Drawable3dItem* item) { return written.count(item) != 0; });
+    const Filter isWritten = [&](Drawable3dItem* item) { return written.count(item) != 0; };
+    if (m_names) m_names->draw(pass, isWritten);
+    SequentialItem3dDrawer::draw(pass, isWritten);
 }

@@ -5,7 +5,8 @@
 #include <QtCore/QSize>
 #include <QtCore/QString>
 
-class ElementLabel;
+class ILabel;
+class NameDrawer;
 
 /// Writes the labels of elements over a finished frame, upright, on whole pixels, whatever stands before
 /// them, and none over another one: of labels that would meet, that of the element that came first is
@@ -15,6 +16,8 @@ class LabelDrawer : public SequentialItem3dDrawer
 {
 public:
     static constexpr int VisibilityType = 0x36FFD103;
+
+    ~LabelDrawer() override;
 
     /// Lets the elements that come from now on have labels; before the first one comes. property: whose text
     /// is written; of "name" that of the element.
@@ -36,14 +39,21 @@ public:
     void write(const PaintContext& pass, const glm::dmat4& viewProjection, const QSize& size,
                const QPoint& corner);
 
+    /// Draws the names of points, which are labels like all others, by their glyphs. Made at the first
+    /// request, with the scene's context current.
+    NameDrawer& names();
+
     /// Nothing: labels wait for write.
     void draw(const PaintContext& context, Filter filter) override;
     std::unique_ptr<Item3dDrawer> clone() const override;
 
 private:
     LabelDrawer(Scene3d* scene, QOpenGLShaderProgram* program, const QString& property);
-    std::vector<ElementLabel*> labelsByElement() const;
+
+    using Labels = std::vector<std::pair<ILabel*, const Drawable3dItem*>>;
+    Labels labelsByElement() const;
 
     QString m_property;
+    std::unique_ptr<NameDrawer> m_names; // null before there are names
     bool m_isShown = true;
 };

@@ -1,5 +1,6 @@
 #include "ViewerProcess.h"
 
+#include "../../support/GlCalls.h"
 #include "../../support/GlObjects.h"
 #include "../../support/ImageCheck.h"
 #include "../../support/SceneTest.h"
@@ -11,6 +12,8 @@
 #include <viewer/elements/ElementLabel.h>
 #include <viewer/elements/ElementTypes.h>
 #include <viewer/elements/LabelDrawer.h>
+#include <viewer/elements/NameDrawer.h>
+#include <viewer/elements/NameItem.h>
 #include <viewer/makeTarget.h>
 #include <viewer/window/MainWindow.h>
 #include <viewer/window/View3dWidget.h>
@@ -169,6 +172,73 @@ TEST_F(LabelsTest, AreAsSharpAsQtPaintsThemWhereverTheyStand)
     }
 }
 
+TEST_F(LabelsTest, ThoseOfPointsAreAsSharpToo)
+{
+    addCorners();
+    FeatureElement& element = add("AVATAR 12 gj", {});
+    element.setProperty("marker-size", "4");
+    QFont font(QStringLiteral("DejaVu Sans"));
+    font.setPixelSize(12);
+    font.setHintingPreference(QFont::PreferFullHinting);
+    const QFontMetrics metrics(font);
+    const QSize size(metrics.horizontalAdvance("AVATAR 12 gj") + 2, metrics.height() + 2);
+    for (const double shift : {0.1, 0.3, -0.3, 0.45}) {
+        element.setParts({part(Part::Point, {{20 + shift, shift, 5}})});
+        const QImage shown = frame();
+        // centred above the marker, two pixels above its rim
+        const QRect area(QPoint(Width / 2 + 20 - size.width() / 2, Height / 2 - 4 - size.height() + 1), size);
+        QImage expected = shown;
+        expected.fill(grey);
+        QImage rims(shown.size(), QImage::Format_ARGB32_Premultiplied);
+        rims.fill(Qt::transparent);
+        const QPoint base = area.topLeft() + QPoint(1, 1 + metrics.ascent());
+        const auto write = [&](QImage& image, const QPoint& at, const QColor& color) {
+            QPainter painter(&image);
+            painter.setFont(font);
+            painter.setPen(color);
+            painter.drawText(at, "AVATAR 12 gj");
+        };
+        for (int i = 0; i < 9; ++i)
+            write(rims, base + QPoint(i % 3 - 1, i / 3 - 1), Qt::white);
+        QPainter painter(&expected);
+        painter.setOpacity(240 / 255.0);
+        painter.drawImage(0, 0, rims);
+        painter.end();
+        write(expected, base, QColor(25, 25, 35));
+        // The rims of two letters that meet are drawn one over the other.
+        checkImage("name_sharp", shown.copy(area), expected.copy(area), {16, 0});
+    }
+}
+
+TEST_F(LabelsTest, ThoseOfPointsAreADrawCallAGlyph)
+{
+    addCorners();
+    std::vector<FeatureElement*> elements;
+    for (int i = 0; i < 60; ++i)
+        elements.push_back(
+            &add(QStringLiteral("1%1").arg(i % 3), {part(Part::Point, {{5 * i - 150, i, 0}})}));
+    frame();
+    NameDrawer& names = LabelDrawer::find(*scene)->names();
+    ASSERT_EQ(names.getItems().size(), 60u);
+    const Drawable3dItem* second = names.getItems()[1];
+    elements[1]->setName("a name");
+    elements[1]->setProperty("name", "00");
+    EXPECT_EQ(names.getItems()[1], second) << "a name that changes stays where it is";
+    EXPECT_EQ(static_cast<const NameItem*>(second)->text(), "00");
+    const auto target = makeTarget(renderer->makeCurrent(), {Width, Height}, 0);
+    target->bind();
+    GlCalls calls(*gl);
+    names.draw(
+        renderer->paintContext(viewpoint(), {Width, Height}, {0, 0, Width, Height}, scene->getDefaultVao()),
+        {});
+    EXPECT_EQ(calls.draws.size(), 2u * 3u) << "0, 1 and 2: rims and letters";
+    EXPECT_EQ(calls.textureUploads, 0);
+    target->release();
+    elements[5]->setParts({part(Part::Line, {{0, 0, 0}, {50, 0, 0}})});
+    EXPECT_EQ(names.getItems().size(), 59u);
+    frame();
+}
+
 TEST_F(LabelsTest, OfTwoThatWouldMeetTheFirstIsWritten)
 {
     addCorners();
@@ -301,7 +371,11 @@ TEST_F(LabelsTest, AnyScriptIsWritten)
 TEST_F(LabelsTest, ManyComeAndGo)
 {
     addCorners();
+    // the letters, which are kept for the next names
+    const LONGID letters = add("0123456789", {part(Part::Point, {{0, 0, 0}})}).getId();
     frame();
+    manager().removeItem(letters);
+    scene->makeCurrent();
     const GlObjects before = GlObjects::count(*gl);
     std::vector<LONGID> ids;
     scene->startGroupOperation();

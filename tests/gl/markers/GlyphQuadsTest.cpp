@@ -147,9 +147,10 @@ protected:
         // on screen, from the top left: places are counted upwards, and images have their top row at t = 0
         glm::dvec2 anchor((clip.x / clip.w + 1.0) * 32.0, (1.0 - clip.y / clip.w) * 32.0);
         if (glyph.height <= 0.0f) {
-            const glm::dvec2 corner = glm::round(anchor);
-            if (std::max(std::abs(anchor.x - corner.x), std::abs(anchor.y - corner.y)) > 0.5 - Tolerance)
-                return; // as far to one corner of pixels as to another
+            const glm::dvec2 shifted = anchor + (0.5 - 1.0 / 64.0);
+            const glm::dvec2 corner = glm::floor(shifted);
+            for (const double distance : {shifted.x - corner.x, shifted.y - corner.y})
+                if (distance < Tolerance || distance > 1.0 - Tolerance) return; // to either one
             anchor = corner;
         }
         const double left = anchor.x + scale * double(glyph.place.x);
@@ -238,9 +239,9 @@ TEST_F(GlyphQuadsTest, CoverTheirTexelsToThePixel)
 TEST_F(GlyphQuadsTest, StandOnWholePixelsUnlessTheyAreScaled)
 {
     opaqueTexture(6, 6);
-    for (const double shift : {-0.4, 0.0, 0.4}) {
+    for (const double shift : {-0.47, 0.0, 0.4, 0.5}) {
         Glyph glyph;
-        glyph.anchor = atPixel(20 + shift, 40 - shift);
+        glyph.anchor = atPixel(20 + shift, 40 + shift);
         feed({glyph});
         drawGlyphs();
         expectRectangle(20, 34, 26, 40);

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <viewer/elements/ILabel.h>
+
+#include <Viewer3dModule/drawers/MultiGlyphItem3dDrawer.h>
+#include <Viewer3dModule/host/Graphics3dItem.h>
+
+#include <QtCore/QString>
+
+#include <optional>
+
+class NameDrawer;
+
+/// The name of an element that is shown by marks: dark letters with a light rim, centred above a point. It is
+/// laid out when it is first drawn, and again only when its text changes; the drawer of names draws it. It
+/// is not highlighted with its element: letters and rim would have one colour.
+class NameItem : public Graphics3dItem, public ILabel
+{
+public:
+    /// lift: pixels from the point to the lower edge of the letters.
+    NameItem(CModelElement* element, NameDrawer& drawer, const QString& text, float lift);
+    ~NameItem() override;
+
+    const QString& text() const { return m_text; }
+    void setText(const QString& text, float lift);
+    /// Scene coordinates.
+    const glm::dvec3& place() const { return m_place; }
+    void setPlace(const glm::dvec3& place);
+
+    LONGID elementId() const override { return getId(); }
+    /// Where the drawer has it, which knows floats.
+    glm::dvec3 scenePlace() override { return glm::dvec3(glm::vec3(m_place)); }
+    QRect rectAt(const glm::dvec2& pixel) override;
+    /// The glyphs, about the place.
+    const MultiGlyphItem3dDrawer::GlyphList& letters();
+    const MultiGlyphItem3dDrawer::GlyphList& rims();
+
+    bool isHighlighted() const override { return false; }
+    gmx::BoundingBox sceneBoundingBox() const override { return {m_place, m_place}; }
+
+private:
+    struct Layout
+    {
+        MultiGlyphItem3dDrawer::GlyphList letters, rims;
+        QRect rect; // pixels about the place, y down
+    };
+    const Layout& layout();
+
+    QString m_text;
+    float m_lift;
+    glm::dvec3 m_place{0.0};
+    std::optional<Layout> m_layout; // nothing until it is asked for
+};
