@@ -5,7 +5,8 @@
 void LabelsOption::declare(CommandParser& parser)
 {
     parser.addWithOptionalValue(
-        "labels", "the names of features at their places, or another property of theirs", "PROPERTY", {});
+        "labels", "the names of features and city objects at their places, or another property of theirs",
+        "PROPERTY", {});
 }
 
 std::optional<QString> LabelsOption::read(const CommandParser& parser)

@@ -1,6 +1,9 @@
 #include <viewer/elements/CityObjectItem.h>
 
 #include <viewer/elements/CityMesh.h>
+#include <viewer/elements/ElementLabel.h>
+#include <viewer/elements/LabelDrawer.h>
+#include <viewer/elements/labelText.h>
 
 #include <Viewer3dModule/drawers/DrawerType.h>
 #include <Viewer3dModule/drawers/PaintContext.h>
@@ -33,9 +36,31 @@ void CityObjectItem::updateDataImpl()
     if (m_isChanged) {
         m_node = std::make_unique<MeshNode3d>(CityMesh::of(*element, CityMesh::Pictures::With));
         if (m_pointSize) m_node->setPointSize(*m_pointSize);
+        renewLabel(*element);
     }
     m_isChanged = false;
     setTransform(glm::mat4(glm::translate(scene()->modelToSceneTransform(), m_node->getOrigin())), false);
+    if (m_label) m_label->setTransform(Drawable3dItem::getTransform(), false);
+}
+
+void CityObjectItem::updateVisibility()
+{
+    Graphics3dItem::updateVisibility();
+    if (m_label) m_label->setVisible(Drawable3dItem::isVisible());
+}
+
+void CityObjectItem::renewLabel(const CityObjectElement& element)
+{
+    m_label.reset();
+    LabelDrawer* labels = LabelDrawer::find(*scene());
+    const QString text = labels ? labelText(element, element.getSourceId(), labels->property()) : QString();
+    const gmx::BoundingBox box = element.getGeometry().getBounds();
+    if (text.isEmpty() || !box.isValid()) return;
+    // the item's own origin is the middle of the box
+    const glm::dvec3 top(0.0, 0.0, box.getMax().z - box.getCenter().z);
+    m_label = std::make_unique<ElementLabel>(
+        *this, *labels, text, [top] { return top; }, std::nullopt);
+    m_label->setVisible(Drawable3dItem::isVisible());
 }
 
 int CityObjectItem::getDefaultDrawerType() const

@@ -7,10 +7,11 @@
 #include <optional>
 
 class CityObjectElement;
+class ElementLabel;
 
 /// Shows a city object: its surfaces with the colours or pictures that they have, otherwise those of their
 /// kinds, its lines and points. Vertices are floats relative to the middle of the object; the model matrix
-/// carries the rest in doubles.
+/// carries the rest in doubles. Its label stands in the middle of its box, at the upper end.
 class CityObjectItem : public Graphics3dItem
 {
 public:
@@ -21,6 +22,7 @@ public:
 
     void updateData(ISubject* subject) override;
     void updateDataImpl() override;
+    void updateVisibility() override;
     int getDefaultDrawerType() const override;
     GeometryInfo getGeometryInfo() override;
     /// Reads them back in the scene's context; the caller's is current afterwards.
@@ -33,7 +35,10 @@ protected:
     void draw(const PaintContext& context) override;
 
 private:
+    void renewLabel(const CityObjectElement& element);
+
     std::optional<float> m_pointSize;
-    std::unique_ptr<MeshNode3d> m_node; // null before the first update
+    std::unique_ptr<MeshNode3d> m_node;    // null before the first update
+    std::unique_ptr<ElementLabel> m_label; // null without
     bool m_isChanged = true;
 };

@@ -4,6 +4,7 @@
 #include <viewer/elements/FeatureDrawers.h>
 #include <viewer/elements/LabelDrawer.h>
 #include <viewer/elements/labelPlace.h>
+#include <viewer/elements/labelText.h>
 
 #include <Viewer3dModule/drawers/DrawerType.h>
 #include <Viewer3dModule/drawers/PaintContext.h>
@@ -50,15 +51,6 @@ Drawable3dPrimitive::GeometryInfo geometryInfoOf(const FeatureElement& element)
             info.lineCount += part.kind == FeatureElement::Part::Ring ? count : count - 1;
     }
     return info;
-}
-
-/// What the feature's label says: the property, and where that is the name and the file gives none, the name
-/// that the element has got since.
-QString labelText(const FeatureElement& element, const QString& property)
-{
-    const QString text = element.getProperty(property).toString();
-    const bool isNamed = property == QLatin1String("name") && element.getName() != element.getSourceId();
-    return ElementLabel::shownText(text.isEmpty() && isNamed ? element.getName() : text);
 }
 
 MeshData pointSet(std::vector<glm::vec3> points, const FeatureStyle& style)
@@ -140,7 +132,7 @@ void FeatureItem::renewLabel(const FeatureElement& element)
 {
     m_label.reset();
     LabelDrawer* labels = LabelDrawer::find(*scene());
-    const QString text = labels ? labelText(element, labels->property()) : QString();
+    const QString text = labels ? labelText(element, element.getSourceId(), labels->property()) : QString();
     const bool isLabelled = !text.isEmpty() && m_bounds.isValid();
     const auto& parts = element.getParts();
     const bool isPoints = std::all_of(parts.begin(), parts.end(), [](const FeatureElement::Part& part) {

@@ -91,6 +91,31 @@ TEST_F(CityPicture, CityIsSelectedAndExported)
     EXPECT_TRUE(runViewer({"info", path("out.ply")}).out.contains("0 lines, 12 triangles"));
 }
 
+// The block's roof, 200 by 100 pixels, has nothing as dark as letters.
+TEST_F(CityPicture, ObjectsHaveLabels)
+{
+    const QByteArray named = QByteArray(block).replace(
+        "\"Building\",", "\"Building\",\"attributes\":{\"name\":\"WW\",\"use\":\"WWWW\"},");
+    const auto letters = [this](const QByteArray& json, const QStringList& labels) {
+        const QImage image = render(QStringList{write("block.city.json", json), "--view", "top",
+                                                "--projection", "parallel", "--gsd", "0.1"} +
+                                    labels);
+        QRect box;
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x)
+                if (qGray(image.pixel(x, y)) < 70) box |= QRect(x, y, 1, 1);
+        return box;
+    };
+    EXPECT_TRUE(letters(named, {}).isEmpty());
+    const QRect name = letters(named, {"--labels"});
+    ASSERT_FALSE(name.isEmpty());
+    EXPECT_NEAR(name.center().x(), 100, 2);
+    EXPECT_NEAR(name.center().y(), 50, 3);
+    EXPECT_GT(letters(named, {"--labels", "use"}).width(), name.width() * 3 / 2);
+    EXPECT_TRUE(letters(named, {"--labels", "year"}).isEmpty());
+    EXPECT_TRUE(letters(block, {"--labels"}).isEmpty()) << "its identifier is no name";
+}
+
 TEST_F(CityPicture, PolygonsAreFilledButForTheirHoles)
 {
     const QImage image = fromAbove(write("squares.geojson", squares));
