@@ -108,7 +108,7 @@ void FrameRenderer::drawTile(const Viewpoint& viewpoint, const QSize& size, cons
     OpenGLFunctions* gl = m_scene.getGLFunctions();
     if (!gl) return;
     const PictureBlending blending(*gl);
-    drawPlain(viewpoint, size, tile, vertexArray, background);
+    drawPlain(viewpoint, size, tile, vertexArray, background, false);
     const glm::dmat4 projection = projectionMatrix(viewpoint, size);
     if (m_shading != EyeDomeShading::Off)
         m_eyeDome.apply(m_shading, tile.target.size(), croppedProjection(projection, size, tile.target),
@@ -119,7 +119,7 @@ void FrameRenderer::drawTile(const Viewpoint& viewpoint, const QSize& size, cons
 }
 
 void FrameRenderer::drawPlain(const Viewpoint& viewpoint, const QSize& size, const Tile& tile,
-                              unsigned int vertexArray, const QColor& background)
+                              unsigned int vertexArray, const QColor& background, bool depthOnly)
 {
     OpenGLFunctions* gl = m_scene.getGLFunctions();
     if (!gl) return;
@@ -130,8 +130,9 @@ void FrameRenderer::drawPlain(const Viewpoint& viewpoint, const QSize& size, con
     gl->glClearColor(channel(background.redF()), channel(background.greenF()), channel(background.blueF()),
                      channel(1.0));
     gl->glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-    m_scene.drawFrame(paintContext(viewpoint, size, tile.frustum, vertexArray), m_scene.getVisibilityFilter(),
-                      {});
+    PaintContext pass = paintContext(viewpoint, size, tile.frustum, vertexArray);
+    pass.depthOnly = depthOnly;
+    m_scene.drawFrame(pass, m_scene.getVisibilityFilter(), {});
 }
 
 void FrameRenderer::drawFrame(const Viewpoint& viewpoint, const QSize& size, unsigned int vertexArray,
@@ -159,7 +160,7 @@ std::optional<glm::dvec3> FrameRenderer::pointUnder(const Viewpoint& viewpoint, 
     const Tile tile = TileGrid::around(cutout, size);
     if (tile.frustum.isEmpty()) return std::nullopt;
     const auto target = makeTarget(gl, cutout.size(), 0);
-    drawPlain(viewpoint, size, tile, m_scene.getDefaultVao(), Qt::black);
+    drawPlain(viewpoint, size, tile, m_scene.getDefaultVao(), Qt::black, true);
 
     std::vector<float> depths(side * side, 1.0f);
     gl.glReadPixels(0, 0, side, side, GL_DEPTH_COMPONENT, GL_FLOAT, depths.data());

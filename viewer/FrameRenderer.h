@@ -54,13 +54,14 @@ public:
     /// Makes the scene's context current. Throws ksp::CommonError where it has no OpenGL 4.3.
     OpenGLFunctions& makeCurrent() const;
     /// The drawn point, scene coordinates, under the pixel (origin top left) of a view of this size, or next
-    /// to it; nothing where only background is. Leaves the caller's context current.
+    /// to it; nothing where only background is. What lies in the scene's foreground, or outside of its fence
+    /// and is shown in grey, is looked through. Leaves the caller's context current.
     std::optional<glm::dvec3> pointUnder(const Viewpoint& viewpoint, const QSize& size, const QPoint& pixel);
 
 private:
-    /// drawTile without what comes after the frame.
+    /// drawTile without what comes after the frame. Of passes that are depthOnly only the depths are of use.
     void drawPlain(const Viewpoint& viewpoint, const QSize& size, const Tile& tile, unsigned int vertexArray,
-                   const QColor& background);
+                   const QColor& background, bool depthOnly);
     /// visibleBounds() as it was since the scene last changed: frames and picks need not look at every item.
     const gmx::BoundingBox& keptBounds() const;
 

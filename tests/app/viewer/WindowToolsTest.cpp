@@ -378,6 +378,21 @@ TEST_F(WindowTools, NodePointsOfAFenceCanBeDragged)
     EXPECT_FALSE(fence().isInteractionMode());
 }
 
+// What lies before everything else to be seen is nowhere in the scene: the mouse takes what is behind it.
+TEST_F(WindowTools, PointsAreTakenFromBehindTheFencesOwnPoints)
+{
+    trigger("fenceBySphere");
+    drag(place(4, 0, 0), place(4.6, 0, 0));
+    const auto& sphere = static_cast<const SphereFence&>(*fence().getFence());
+    const glm::dvec3 onSurface = sphere.getCenter() + glm::dvec3(sphere.getRadius(), 0.0, 0.0);
+    const double pixel = 2.0 / (place(5, 0, 0).x() - place(3, 0, 0).x()); // model units
+    for (const glm::dvec3& node : {sphere.getCenter(), onSurface}) {
+        const glm::dvec3 at = node - base;
+        const glm::dvec3 taken = m_window->scene().mapToModel(m_view->pointAt(place(at.x, at.y, at.z)));
+        EXPECT_LT(glm::distance(taken, node), 3.0 * pixel);
+    }
+}
+
 // Seen from the side, the near plane's point goes along the line of sight of the drawing.
 TEST_F(WindowTools, EndPlanesOfAFrustumCanBeDragged)
 {
