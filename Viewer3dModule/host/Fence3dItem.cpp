@@ -145,7 +145,9 @@ bool Fence3dItem::bind(const PaintContext& context)
     if (fenceToUse < 0) return false;
     const int kind = empty() ? 0 : getFenceType();
     uniforms::set(*gl, fenceToUse, kind);
-    uniforms::set(*gl, context.program->uniformLocation("fence_gray_preview"), m_interactionMode);
+    // nobody sees the grey of a pass for depths, and what is measured in it would be taken for what is there
+    uniforms::set(*gl, context.program->uniformLocation("fence_gray_preview"),
+                  m_interactionMode && !context.depthOnly);
     switch (kind) {
     case Fence3DObject::Frustum3D:
     case Fence3DObject::PrismFence:

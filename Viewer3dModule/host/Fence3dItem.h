@@ -49,8 +49,8 @@ public:
     /// view. See Fence3DObject::getIFence3D.
     std::shared_ptr<gmx::IFence3D> getIFence3D(const glm::dmat4& modelToScene) const;
 
-    /// While the user is at work on the fence, what lies outside is shown in grey and not cut away. False at
-    /// first; not stored. Notifies when it changes.
+    /// While the user is at work on the fence, what lies outside is shown in grey and not cut away; passes
+    /// for depths alone leave it out all the same. False at first; not stored. Notifies when it changes.
     void setInteractionMode(bool on);
     bool isInteractionMode() const { return m_interactionMode; }
 

@@ -186,7 +186,7 @@ public:
     /// anchored in one point and keeps its size on the screen, points, markers, captions and glyphs, is drawn
     /// whole or not at all, by its anchor; the width of lines is no part of the geometry either and follows
     /// the line's axis. With the element's interaction mode on, ordinary passes show in grey what lies
-    /// outside; in all others nothing of it takes part.
+    /// outside; in all others, those for depths alone included, nothing of it takes part.
     Fence3dItem* getFence();
     /// Whether there is a fence that limits something.
     bool isFenced();
