@@ -21,6 +21,9 @@
 class ShaderDrawing : public GlTest
 {
 protected:
+    /// Values of "draw_mode".
+    enum Mode { Ordinal, SelectionMask, GlueMask, SelectionBuffer };
+
     static constexpr int Size = 64;
     /// What the attachments hold before anything is drawn: something else than zero, so that a written zero
     /// shows.

@@ -19,7 +19,6 @@
 
 namespace {
 
-const glm::dvec3 faraway(2.7e6, 1.2e6, 400.0);
 const QString centralView = "central", parallelView = "parallel";
 
 QByteArray digits(double value)

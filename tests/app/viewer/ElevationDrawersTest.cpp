@@ -1,7 +1,8 @@
+#include "ElevationTexts.h"
+
 #include "../../support/ImageCheck.h"
 #include "../../support/SceneTest.h"
 
-#include <viewer/ElevationColors.h>
 #include <viewer/ElevationDrawers.h>
 #include <viewer/elements/ElementTypes.h>
 #include <viewer/elements/MeshElement.h>
@@ -13,7 +14,6 @@
 #include <framework/model/CProjectModel.h>
 #include <framework/model/FeatureElement.h>
 
-#include <QtCore/QBuffer>
 #include <glm/gtc/matrix_transform.hpp>
 
 #include <numeric>
@@ -24,15 +24,7 @@
 namespace {
 
 constexpr int Side = 200;
-const glm::dvec3 origin(2.7e6, 1.2e6, 400.0); // the lowest points lie here, the highest 200 m above
-
-ElevationColors readText(const QByteArray& text, bool isDiscrete)
-{
-    QBuffer buffer;
-    buffer.setData(text);
-    buffer.open(QIODevice::ReadOnly);
-    return ElevationColors::read(buffer, isDiscrete);
-}
+const glm::dvec3 ground(2.7e6, 1.2e6, 400.0); // the lowest points lie here, the highest 200 m above
 
 FeatureElement::Part partOf(FeatureElement::Part::Kind kind, std::vector<glm::dvec3> points)
 {
@@ -65,7 +57,7 @@ protected:
     Graphics3dItem& addMesh(MeshData::Part::Kind kind, const std::vector<glm::vec3>& positions)
     {
         MeshData data;
-        data.origin = origin;
+        data.origin = ground;
         data.positions = positions;
         data.indices.resize(positions.size());
         std::iota(data.indices.begin(), data.indices.end(), 0u);
@@ -94,11 +86,11 @@ protected:
     static FeatureElement::Part upright(double x)
     {
         return partOf(FeatureElement::Part::Line,
-                      {origin + glm::dvec3(x, 0, 0), origin + glm::dvec3(x, 0, 200)});
+                      {ground + glm::dvec3(x, 0, 0), ground + glm::dvec3(x, 0, 200)});
     }
     static FeatureElement::Part pointAt(double x, double height)
     {
-        return partOf(FeatureElement::Part::Point, {origin + glm::dvec3(x, 0, height)});
+        return partOf(FeatureElement::Part::Point, {ground + glm::dvec3(x, 0, height)});
     }
 
     /// 240 m in 200 pixels.
@@ -110,14 +102,14 @@ protected:
         glm::dmat4 view(1.0); // y is away from the eye, z is up
         view[1] = {0, 0, -1, 0};
         view[2] = {0, 1, 0, 0};
-        const glm::dvec3 lowest = scene->mapFromModel(origin + glm::dvec3(-20, 0, -20));
-        const glm::dvec3 highest = scene->mapFromModel(origin + glm::dvec3(220, 0, 220));
+        const glm::dvec3 lowest = scene->mapFromModel(ground + glm::dvec3(-20, 0, -20));
+        const glm::dvec3 highest = scene->mapFromModel(ground + glm::dvec3(220, 0, 220));
         context.view = glm::mat4(view);
         context.projection = glm::mat4(glm::ortho(lowest.x, highest.x, lowest.z, highest.z, -1000.0, 1000.0));
         return drawFrame(context);
     }
     /// Model height of the middle of a row, and the column of an x.
-    static double heightOf(int row) { return origin.z + 220.0 - (row + 0.5) * 1.2; }
+    static double heightOf(int row) { return ground.z + 220.0 - (row + 0.5) * 1.2; }
     static int columnOf(double x) { return static_cast<int>((x + 20.0) / 1.2); }
     static int rowOf(double height) { return static_cast<int>((220.0 - height) / 1.2); }
 

@@ -1,20 +1,12 @@
+#include "ElevationTexts.h"
+
 #include "../../support/ImageCheck.h"
 
 #include <viewer/ElevationLegend.h>
 
-#include <QtCore/QBuffer>
-
 #include <gtest/gtest.h>
 
 namespace {
-
-ElevationColors readText(const QByteArray& text, bool isDiscrete)
-{
-    QBuffer buffer;
-    buffer.setData(text);
-    buffer.open(QIODevice::ReadOnly);
-    return ElevationColors::read(buffer, isDiscrete);
-}
 
 QImage drawn(const ElevationLegend& legend, const QSize& size)
 {

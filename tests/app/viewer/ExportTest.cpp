@@ -30,8 +30,6 @@
 
 namespace {
 
-const glm::dvec3 faraway(2.7e6, 1.2e6, 400.0);
-
 /// A PLY file as the tests know it: plain text or little endian, elements in this order.
 struct PlyFile
 {

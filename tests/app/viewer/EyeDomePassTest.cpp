@@ -15,9 +15,9 @@
 
 namespace {
 
-constexpr int Width = 96;
-constexpr int Height = 64;
-const QSize size(Width, Height);
+constexpr int PassWidth = 96;
+constexpr int PassHeight = 64;
+const QSize size(PassWidth, PassHeight);
 
 /// The pixels of a frame buffer, lowest row first.
 struct Frame
@@ -25,10 +25,13 @@ struct Frame
     std::vector<glm::u8vec4> colors;
     std::vector<float> depths;
 
-    const glm::u8vec4& color(int x, int y) const { return colors[static_cast<std::size_t>(y * Width + x)]; }
+    const glm::u8vec4& color(int x, int y) const
+    {
+        return colors[static_cast<std::size_t>(y * PassWidth + x)];
+    }
     double frustumZ(int x, int y) const
     {
-        const auto depth = static_cast<double>(depths[static_cast<std::size_t>(y * Width + x)]);
+        const auto depth = static_cast<double>(depths[static_cast<std::size_t>(y * PassWidth + x)]);
         return 2.0 * (depth < 0.001 ? depth / 0.001 : (depth - 0.001) / 0.999) - 1.0;
     }
 };
@@ -40,15 +43,15 @@ std::optional<double> litShare(const Frame& frame, const glm::dmat4& toEye, bool
 {
     const auto place = [&](int i, int j, double z) {
         const glm::dvec4 p =
-            toEye * glm::dvec4((2.0 * i + 1.0) / Width - 1.0, (2.0 * j + 1.0) / Height - 1.0, z, 1.0);
+            toEye * glm::dvec4((2.0 * i + 1.0) / PassWidth - 1.0, (2.0 * j + 1.0) / PassHeight - 1.0, z, 1.0);
         return glm::dvec3(p) / p.w;
     };
     const double z = frame.frustumZ(x, y);
     const glm::dvec3 centre = place(x, y, z);
     const double radius = 5.5 * glm::length(place(x, y + 1, z) - centre);
     int count = 0, lit = 0;
-    for (int j = std::max(y - 5, 0); j <= std::min(y + 5, Height - 1); ++j)
-        for (int i = std::max(x - 5, 0); i <= std::min(x + 5, Width - 1); ++i) {
+    for (int j = std::max(y - 5, 0); j <= std::min(y + 5, PassHeight - 1); ++j)
+        for (int i = std::max(x - 5, 0); i <= std::min(x + 5, PassWidth - 1); ++i) {
             if (glm::length(glm::dvec2(place(i, j, z) - centre)) > radius) continue;
             ++count;
             const double other = frame.frustumZ(i, j);
@@ -68,7 +71,7 @@ protected:
     void SetUp() override
     {
         SceneTest::SetUp();
-        m_projection = glm::perspective(0.8, double(Width) / Height, 1.0, 60.0);
+        m_projection = glm::perspective(0.8, double(PassWidth) / PassHeight, 1.0, 60.0);
         // a far wall, a near post before it, and a slope beside
         const auto add = [this](std::vector<glm::vec3> vertices, const QColor& color) {
             scene->addLocalItem(std::make_unique<VertexItem>(GL_TRIANGLES, std::move(vertices), color));
@@ -100,10 +103,10 @@ protected:
     /// Into the bound target, which the frame begins so many pixels from the left of.
     void drawFrame(int left)
     {
-        gl->glViewport(left, 0, Width, Height);
+        gl->glViewport(left, 0, PassWidth, PassHeight);
         gl->glClearColor(0.5f, 0.25f, 0.125f, 0.5f);
         gl->glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-        PaintContext context = paintContext(Width, Height);
+        PaintContext context = paintContext(PassWidth, PassHeight);
         context.projection = glm::mat4(m_projection);
         scene->drawFrame(context, nullptr, {});
     }
@@ -117,17 +120,17 @@ protected:
     /// Columns of the frame with negative shading, as a frame of their own.
     std::vector<glm::u8vec4> drawPart(int from, int width)
     {
-        const double scale = double(Width) / width, middle = double(2 * from + width) / Width - 1.0;
+        const double scale = double(PassWidth) / width, middle = double(2 * from + width) / PassWidth - 1.0;
         const glm::dmat4 projection = glm::scale(glm::dmat4(1.0), glm::dvec3(scale, 1.0, 1.0)) *
                                       glm::translate(glm::dmat4(1.0), glm::dvec3(-middle, 0.0, 0.0)) *
                                       m_projection;
-        const QSize part(width, Height);
+        const QSize part(width, PassHeight);
         QOpenGLFramebufferObject target(part, QOpenGLFramebufferObject::CombinedDepthStencil);
         target.bind();
         drawFrame(-from); // to the bit as in the whole
         EyeDomePass(*scene).apply(EyeDomeShading::Negative, part, projection, scene->getDefaultVao());
-        std::vector<glm::u8vec4> colors(static_cast<std::size_t>(width * Height));
-        gl->glReadPixels(0, 0, width, Height, GL_RGBA, GL_UNSIGNED_BYTE, colors.data());
+        std::vector<glm::u8vec4> colors(static_cast<std::size_t>(width * PassHeight));
+        gl->glReadPixels(0, 0, width, PassHeight, GL_RGBA, GL_UNSIGNED_BYTE, colors.data());
         return colors;
     }
     Frame read()
@@ -139,15 +142,15 @@ protected:
             resolved = std::make_unique<QOpenGLFramebufferObject>(size, format);
             gl->glBindFramebuffer(GL_READ_FRAMEBUFFER, m_target->handle());
             gl->glBindFramebuffer(GL_DRAW_FRAMEBUFFER, resolved->handle());
-            gl->glBlitFramebuffer(0, 0, Width, Height, 0, 0, Width, Height,
+            gl->glBlitFramebuffer(0, 0, PassWidth, PassHeight, 0, 0, PassWidth, PassHeight,
                                   GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT, GL_NEAREST);
             resolved->bind();
         }
         Frame frame;
-        frame.colors.resize(Width * Height);
-        frame.depths.resize(Width * Height);
-        gl->glReadPixels(0, 0, Width, Height, GL_RGBA, GL_UNSIGNED_BYTE, frame.colors.data());
-        gl->glReadPixels(0, 0, Width, Height, GL_DEPTH_COMPONENT, GL_FLOAT, frame.depths.data());
+        frame.colors.resize(PassWidth * PassHeight);
+        frame.depths.resize(PassWidth * PassHeight);
+        gl->glReadPixels(0, 0, PassWidth, PassHeight, GL_RGBA, GL_UNSIGNED_BYTE, frame.colors.data());
+        gl->glReadPixels(0, 0, PassWidth, PassHeight, GL_DEPTH_COMPONENT, GL_FLOAT, frame.depths.data());
         m_target->bind();
         return frame;
     }
@@ -156,8 +159,8 @@ protected:
     {
         const glm::dmat4 toEye = glm::inverse(m_projection);
         int compared = 0, darkened = 0, open = 0;
-        for (int y = 0; y < Height; ++y)
-            for (int x = 0; x < Width; ++x) {
+        for (int y = 0; y < PassHeight; ++y)
+            for (int x = 0; x < PassWidth; ++x) {
                 const std::optional<double> share = litShare(plain, toEye, isPositive, x, y);
                 if (!share) {
                     ++open;
@@ -214,7 +217,7 @@ TEST_F(EyeDomePassTest, OffChangesNothing)
 TEST_F(EyeDomePassTest, PlaneIsNotDarkened)
 {
     makeTarget(0);
-    m_projection = glm::perspective(0.1, double(Width) / Height, 20.0, 60.0); // nothing but the wall
+    m_projection = glm::perspective(0.1, double(PassWidth) / PassHeight, 20.0, 60.0); // nothing but the wall
     const Frame plain = shaded(EyeDomeShading::Off);
     EXPECT_EQ(shaded(EyeDomeShading::Positive).colors, plain.colors);
     EXPECT_EQ(shaded(EyeDomeShading::Negative).colors, plain.colors);
@@ -229,16 +232,16 @@ TEST_F(EyeDomePassTest, PartsAreThoseOfTheWhole)
     int differing = 0;
     for (const int left : {0, 32, 64}) {
         const int from = std::max(left - EyeDomePass::reach, 0);
-        const int width = std::min(left + 32 + EyeDomePass::reach, Width) - from;
+        const int width = std::min(left + 32 + EyeDomePass::reach, PassWidth) - from;
         const std::vector<glm::u8vec4> part = drawPart(from, width);
-        for (int y = 0; y < Height; ++y)
+        for (int y = 0; y < PassHeight; ++y)
             for (int x = left; x < left + 32; ++x) {
                 if (part[static_cast<std::size_t>(y * width + x - from)] == whole.color(x, y)) continue;
                 EXPECT_FALSE(litShare(plain, glm::inverse(m_projection), false, x, y)) << x << ", " << y;
                 ++differing;
             }
     }
-    std::printf("eye dome in parts: %d of %d pixels differ\n", differing, Width * Height);
+    std::printf("eye dome in parts: %d of %d pixels differ\n", differing, PassWidth * PassHeight);
     EXPECT_LT(differing, 5);
 }
 
@@ -292,18 +295,18 @@ TEST_F(EyeDomePassTest, AnotherContextOfTheShareGroup)
     {
         QOpenGLFramebufferObject target(size, QOpenGLFramebufferObject::CombinedDepthStencil);
         target.bind();
-        own->glViewport(0, 0, Width, Height);
+        own->glViewport(0, 0, PassWidth, PassHeight);
         own->glClearColor(0.5f, 0.25f, 0.125f, 0.5f);
         own->glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-        PaintContext frame = paintContext(Width, Height);
+        PaintContext frame = paintContext(PassWidth, PassHeight);
         frame.projection = glm::mat4(m_projection);
         frame.vertexArray = vertexArray;
         scene->drawFrame(frame, nullptr, {});
         EXPECT_EQ(QOpenGLContext::currentContext(), &context);
         pass.apply(EyeDomeShading::Negative, size, m_projection, vertexArray);
         EXPECT_EQ(QOpenGLContext::currentContext(), &context);
-        std::vector<glm::u8vec4> colors(Width * Height);
-        own->glReadPixels(0, 0, Width, Height, GL_RGBA, GL_UNSIGNED_BYTE, colors.data());
+        std::vector<glm::u8vec4> colors(PassWidth * PassHeight);
+        own->glReadPixels(0, 0, PassWidth, PassHeight, GL_RGBA, GL_UNSIGNED_BYTE, colors.data());
         EXPECT_EQ(colors, expected.colors);
     }
     own->glDeleteVertexArrays(1, &vertexArray);

@@ -20,7 +20,7 @@
 
 namespace {
 
-constexpr int Side = 64;
+constexpr int ViewSide = 64;
 const QColor black(0, 0, 0);
 const QColor lineColor(255, 0, 0);
 const QColor pointColor(0, 0, 255);
@@ -35,10 +35,10 @@ const std::vector<QPoint> everywhere = {firstPoint, secondPoint, onTheLine};
 /// The scene coordinates of a pixel's middle where the matrices are identities.
 glm::dvec3 at(const QPoint& pixel)
 {
-    return {(pixel.x() + 0.5) * 2.0 / Side - 1.0, 1.0 - (pixel.y() + 0.5) * 2.0 / Side, 0.0};
+    return {(pixel.x() + 0.5) * 2.0 / ViewSide - 1.0, 1.0 - (pixel.y() + 0.5) * 2.0 / ViewSide, 0.0};
 }
 
-FeatureElement::Part part(FeatureElement::Part::Kind kind, std::vector<glm::dvec3> points)
+FeatureElement::Part featurePart(FeatureElement::Part::Kind kind, std::vector<glm::dvec3> points)
 {
     FeatureElement::Part result;
     result.kind = kind;
@@ -79,9 +79,9 @@ protected:
     std::vector<QImage> pass(int drawMode, Scene3d::ItemFilter filter = {})
     {
         scene->flushBounds();
-        PaintContext context = paintContext(Side, Side);
+        PaintContext context = paintContext(ViewSide, ViewSide);
         context.drawMode = drawMode;
-        RenderTarget target(*gl, QSize(Side, Side), 4);
+        RenderTarget target(*gl, QSize(ViewSide, ViewSide), 4);
         target.bind();
         target.clear(black);
         gl->glDisable(GL_BLEND);
@@ -133,9 +133,9 @@ protected:
         Properties properties = {{"marker-size", 7}};
         if (GetParam() == std::string("wide")) properties.emplace_back("stroke-width", 5);
         if (GetParam() == std::string("dashed")) properties.emplace_back("dash", true);
-        return add({part(FeatureElement::Part::Point, {at(firstPoint)}),
-                    part(FeatureElement::Part::Line, {at({8, 48}), at({56, 48})}),
-                    part(FeatureElement::Part::Point, {at(secondPoint)})},
+        return add({featurePart(FeatureElement::Part::Point, {at(firstPoint)}),
+                    featurePart(FeatureElement::Part::Line, {at({8, 48}), at({56, 48})}),
+                    featurePart(FeatureElement::Part::Point, {at(secondPoint)})},
                    std::move(properties));
     }
     void expectColors(const QImage& image, const QColor& points, const QColor& line)
@@ -176,7 +176,7 @@ TEST_P(MixedFeature, IsHiddenWhole)
 {
     FeatureElement& element = addMixed();
     element.setVisible(false);
-    EXPECT_EQ(countPixels(picture(), black), Side * Side);
+    EXPECT_EQ(countPixels(picture(), black), ViewSide * ViewSide);
     const std::vector<LONGID> none(everywhere.size(), 0);
     EXPECT_EQ(idsAt(pass(DrawMode::SelectionMaskDraw), everywhere), none);
     EXPECT_EQ(idsAt(pass(DrawMode::GlueMaskDraw), everywhere), none);
@@ -194,12 +194,12 @@ TEST_P(MixedFeature, PassesAFilterByItemWholeOrNotAtAll)
 TEST_P(MixedFeature, FollowsChangesOfItsGeometryAndItsProperties)
 {
     FeatureElement& element = addMixed();
-    element.setParts({part(FeatureElement::Part::Line, {at({8, 48}), at({56, 48})})});
+    element.setParts({featurePart(FeatureElement::Part::Line, {at({8, 48}), at({56, 48})})});
     expectColors(picture(), black, lineColor);
-    element.setParts({part(FeatureElement::Part::Point, {at(firstPoint), at(secondPoint)})});
+    element.setParts({featurePart(FeatureElement::Part::Point, {at(firstPoint), at(secondPoint)})});
     expectColors(picture(), pointColor, black);
-    element.setParts({part(FeatureElement::Part::Point, {at(firstPoint), at(secondPoint)}),
-                      part(FeatureElement::Part::Line, {at({8, 48}), at({56, 48})})});
+    element.setParts({featurePart(FeatureElement::Part::Point, {at(firstPoint), at(secondPoint)}),
+                      featurePart(FeatureElement::Part::Line, {at({8, 48}), at({56, 48})})});
     expectColors(picture(), pointColor, lineColor);
     element.setProperty("stroke", "#00ff00");
     expectColors(picture(), pointColor, QColor(0, 255, 0));
@@ -209,7 +209,7 @@ TEST_P(MixedFeature, StaysWholeWhenTheSceneIsMoved)
 {
     addMixed();
     // to the right by four pixels
-    scene->setModelToSceneTransform(glm::translate(glm::dmat4(1.0), glm::dvec3(8.0 / Side, 0.0, 0.0)));
+    scene->setModelToSceneTransform(glm::translate(glm::dmat4(1.0), glm::dvec3(8.0 / ViewSide, 0.0, 0.0)));
     const QImage image = picture();
     EXPECT_EQ(image.pixelColor(firstPoint + QPoint(4, 0)), pointColor);
     EXPECT_EQ(image.pixelColor(secondPoint + QPoint(4, 0)), pointColor);
@@ -254,7 +254,7 @@ TEST_P(MixedFeature, LeavesNothingBehind)
     ASSERT_EQ(drawer->getItems().size(), 1u);
     manager().removeItem(element.getId());
     EXPECT_TRUE(drawer->getItems().empty());
-    EXPECT_EQ(countPixels(picture(), black), Side * Side);
+    EXPECT_EQ(countPixels(picture(), black), ViewSide * ViewSide);
     EXPECT_EQ(GlObjects::count(*gl), before);
 }
 

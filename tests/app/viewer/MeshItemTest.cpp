@@ -15,9 +15,9 @@
 
 namespace {
 
-const glm::dvec3 origin(2.7e6, 1.2e6, 400.0);
+const glm::dvec3 wallOrigin(2.7e6, 1.2e6, 400.0);
 
-/// Corners of a gable wall, metres from the origin.
+/// Corners of a gable wall, metres from the wallOrigin.
 const std::vector<glm::vec3> gable = {{0, 0, 0}, {8, 0, 0}, {8, 0, 3.125f}, {4, 0, 5.75f}, {0, 0, 3.125f}};
 
 /// All vertices as one part of the kind, triangles as a fan.
@@ -59,7 +59,7 @@ protected:
         CModelElementManager* manager = project->getModel()->getCreateItemManager(element->getType());
         return *scene->getItems().at(manager->addItem(std::move(element))->getId());
     }
-    Graphics3dItem& addGable() { return add(makeNode(gable, origin, MeshData::Part::Triangles)); }
+    Graphics3dItem& addGable() { return add(makeNode(gable, wallOrigin, MeshData::Part::Triangles)); }
     QImage frame() { return drawFrame(paintContext(64, 64)); }
     int pointPixels() { return countPixels(frame(), Qt::white); }
 };
@@ -79,7 +79,7 @@ TEST_F(MeshItemTest, VerticesLeadToTheModelCoordinates)
     element_types::registerItems(*scene);
     Graphics3dItem& item = addGable();
     frame();
-    ASSERT_NE(scene->modelToSceneTransform(), glm::dmat4(1.0)) << "far from the origin, so recentred";
+    ASSERT_NE(scene->modelToSceneTransform(), glm::dmat4(1.0)) << "far from the wallOrigin, so recentred";
     const std::vector<glm::vec3> vertices = item.getVertices();
     const InteractiveGraphicsItem& hostSide = item;
     const glm::dmat4 toModel = hostSide.sceneToModelTransform() * hostSide.getTransform();
@@ -87,7 +87,7 @@ TEST_F(MeshItemTest, VerticesLeadToTheModelCoordinates)
     for (std::size_t i = 0; i < gable.size(); ++i) {
         const glm::dvec3 point(toModel * glm::dvec4(vertices[i], 1.0));
         // 8 m are 1000 scene units, of which floats keep 3e-5
-        EXPECT_LT(glm::distance(point, origin + glm::dvec3(gable[i])), 1e-6) << i;
+        EXPECT_LT(glm::distance(point, wallOrigin + glm::dvec3(gable[i])), 1e-6) << i;
     }
 }
 
@@ -119,7 +119,7 @@ TEST_F(MeshItemTest, GlueMaskGoesByTheNumberOfVertices)
     element_types::registerItems(*scene);
     EXPECT_EQ(addGable().getNodePointsCount(), 5);
     EXPECT_EQ(addGable().getGlueMask(), 0x1DEu);
-    EXPECT_EQ(add(makeNode({glm::vec3(0)}, origin, MeshData::Part::Points)).getGlueMask(), 0x300u);
+    EXPECT_EQ(add(makeNode({glm::vec3(0)}, wallOrigin, MeshData::Part::Points)).getGlueMask(), 0x300u);
 }
 
 TEST_F(MeshItemTest, MeshWithoutGeometryHasNoVertices)

@@ -12,16 +12,14 @@
 
 namespace {
 
-const glm::dvec3 faraway(2.7e6, 1.2e6, 400.0);
-
-QByteArray number(double value)
+QByteArray preciseNumber(double value)
 {
     return QByteArray::number(value, 'f', 7);
 }
 
 QByteArray point(const glm::dvec3& p, char separator)
 {
-    return number(p.x) + separator + number(p.y) + separator + number(p.z);
+    return preciseNumber(p.x) + separator + preciseNumber(p.y) + separator + preciseNumber(p.z);
 }
 
 /// Waves of coloured triangles, about 40 m wide.

@@ -5,6 +5,7 @@
 #include <QtCore/QStringList>
 #include <QtCore/QTemporaryDir>
 
+#include <glm/glm.hpp>
 #include <gtest/gtest.h>
 
 #include <map>
@@ -22,6 +23,9 @@ struct ViewerRun
     /// Standard error, line by line.
     QStringList errorLines() const;
 };
+
+/// A place in model coordinates as surveys have them, where floats are 25 cm apart.
+inline const glm::dvec3 faraway(2.7e6, 1.2e6, 400.0);
 
 /// Variables that differ from this process's environment; a null text removes one.
 using Environment = std::map<QString, QString>;

@@ -24,16 +24,16 @@
 
 namespace {
 
-const glm::dvec3 base(2'700'000.0, 1'200'000.0, 400.0);
+const glm::dvec3 townBase(2'700'000.0, 1'200'000.0, 400.0);
 
 QByteArray square(const char* name, double x, double y, const char* color)
 {
     QByteArray text = QByteArray("o ") + name + '\n';
     for (const auto& corner : {std::pair(-1, -1), {1, -1}, {1, 1}, {-1, 1}})
         text += QStringLiteral("v %1 %2 %3 %4\n")
-                    .arg(base.x + x + corner.first, 0, 'f', 1)
-                    .arg(base.y + y, 0, 'f', 1)
-                    .arg(base.z + corner.second, 0, 'f', 1)
+                    .arg(townBase.x + x + corner.first, 0, 'f', 1)
+                    .arg(townBase.y + y, 0, 'f', 1)
+                    .arg(townBase.z + corner.second, 0, 'f', 1)
                     .arg(color)
                     .toLatin1();
     return text + "f -4 -3 -2 -1\n";
@@ -94,7 +94,7 @@ protected:
     /// Where a point at this place relative to the middle square is seen.
     QPointF place(double x, double y, double z) const
     {
-        const auto found = m_view->placeOf(m_window->scene().mapFromModel(base + glm::dvec3(x, y, z)));
+        const auto found = m_view->placeOf(m_window->scene().mapFromModel(townBase + glm::dvec3(x, y, z)));
         EXPECT_TRUE(found);
         return found.value_or(QPointF());
     }
@@ -141,7 +141,7 @@ protected:
     Fence3dItem& fence() const { return *Fence3dItem::find(m_window->project().getModel()); }
     bool contains(double x, double y, double z) const
     {
-        return fence().getFence() && fence().getFence()->contains(base + glm::dvec3(x, y, z));
+        return fence().getFence() && fence().getFence()->contains(townBase + glm::dvec3(x, y, z));
     }
     QImage grab()
     {
@@ -323,7 +323,7 @@ TEST_F(WindowTools, SphereFencesAboutThePointThatIsPressed)
     const auto* sphere = dynamic_cast<const SphereFence*>(fence().getFence().get());
     ASSERT_TRUE(sphere);
     const double pixel = 2.0 / (place(6, 0, 0).x() - place(4, 0, 0).x()); // model units
-    EXPECT_LT(glm::distance(sphere->getCenter(), base + glm::dvec3(4, 0, 0)), 3.0 * pixel);
+    EXPECT_LT(glm::distance(sphere->getCenter(), townBase + glm::dvec3(4, 0, 0)), 3.0 * pixel);
     EXPECT_NEAR(sphere->getRadius(), 2.0, 3.0 * pixel);
     EXPECT_GT(countPixels(grab(), isBlue), 500);
 }
@@ -353,7 +353,7 @@ TEST_F(WindowTools, NodePointsOfAFenceCanBeDragged)
     const double radius = sphere().getRadius();
     const glm::dvec3 center = sphere().getCenter();
     const auto nodeAt = [&](double distance) {
-        const glm::dvec3 from = center - base;
+        const glm::dvec3 from = center - townBase;
         return place(from.x + distance, from.y, from.z);
     };
     const double pixel = radius / (nodeAt(radius).x() - nodeAt(0).x()); // model units
@@ -405,7 +405,7 @@ TEST_F(WindowTools, EndPlanesOfAFrustumCanBeDragged)
     const auto& frustum = static_cast<const Frustum3D&>(*fence().getFence());
     const double zFar = frustum.zFar();
     const auto node = [&](std::size_t i) {
-        const glm::dvec3 at = frustum.getNodes()[i] - base;
+        const glm::dvec3 at = frustum.getNodes()[i] - townBase;
         return place(at.x, at.y, at.z);
     };
     const QPointF end = node(1);

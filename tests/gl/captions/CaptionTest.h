@@ -11,6 +11,9 @@
 #include <QtGui/QOpenGLShaderProgram>
 #include <QtGui/QPainter>
 
+/// Of captions.
+inline const QColor green(30, 200, 90);
+
 /// Captions in a view of 240 x 60 pixels, whose scene coordinates are normalised device coordinates.
 class CaptionTest : public SceneTest
 {

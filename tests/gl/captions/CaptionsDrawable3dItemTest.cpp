@@ -15,7 +15,6 @@ using CaptionsDrawable3dItemTest = CaptionTest;
 
 namespace {
 
-const QColor green(30, 200, 90);
 const QColor selected(255, 255, 0); // of scenes without settings
 
 QImage filled(int width, int height, const QColor& color)

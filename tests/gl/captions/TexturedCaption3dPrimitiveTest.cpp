@@ -19,8 +19,6 @@ using TexturedCaption3dPrimitiveTest = CaptionTest;
 
 namespace {
 
-const QColor green(30, 200, 90);
-
 struct Script
 {
     const char* name;

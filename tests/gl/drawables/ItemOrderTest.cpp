@@ -1,3 +1,5 @@
+#include "PureColors.h"
+
 #include "tests/support/ImageCheck.h"
 #include "tests/support/SceneTest.h"
 #include "tests/support/VertexItem.h"
@@ -13,16 +15,11 @@
 // change how the next one looks, whichever is drawn first.
 namespace {
 
-const QColor black(0, 0, 0);
-const QColor red(255, 0, 0);
-const QColor green(0, 255, 0);
-const QColor blue(0, 0, 255);
-
 /// A mesh under any drawer type.
-class NodeItem : public Drawable3dItem
+class AnyDrawersMesh : public Drawable3dItem
 {
 public:
-    NodeItem(int drawerType, MeshData data)
+    AnyDrawersMesh(int drawerType, MeshData data)
         : m_drawerType(drawerType)
         , m_node(std::move(data))
     {
@@ -70,7 +67,7 @@ private:
     std::vector<std::pair<const char*, int>> m_values;
 };
 
-MeshData square(const QColor& color)
+MeshData litSquare(const QColor& color)
 {
     MeshData data;
     data.positions = {{-1, -1, 0}, {1, -1, 0}, {1, 1, 0}, {-1, 1, 0}};
@@ -85,7 +82,7 @@ MeshData square(const QColor& color)
 
 MeshData textured(const QColor& part, const QColor& texel)
 {
-    MeshData data = square(part);
+    MeshData data = litSquare(part);
     data.texCoords = {{0, 0}, {1, 0}, {1, 1}, {0, 1}};
     QImage image(4, 4, QImage::Format_ARGB32);
     image.fill(texel);
@@ -157,7 +154,7 @@ protected:
     }
     Item mesh(int drawerType, MeshData data)
     {
-        return std::make_unique<NodeItem>(drawerType, std::move(data));
+        return std::make_unique<AnyDrawersMesh>(drawerType, std::move(data));
     }
     QImage frame(int width, int height) { return drawFrame(paintContext(width, height)); }
 };

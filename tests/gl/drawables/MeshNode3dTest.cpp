@@ -1,3 +1,6 @@
+#include "NodeItem.h"
+#include "PureColors.h"
+
 #include "tests/support/GlObjects.h"
 #include "tests/support/ImageCheck.h"
 #include "tests/support/SceneTest.h"
@@ -17,31 +20,6 @@
 namespace {
 
 using Kind = MeshData::Part;
-
-const QColor black(0, 0, 0);
-const QColor red(255, 0, 0);
-const QColor green(0, 255, 0);
-const QColor blue(0, 0, 255);
-
-/// Draws a node, as local items do.
-class NodeItem : public Drawable3dItem
-{
-public:
-    explicit NodeItem(std::unique_ptr<IDrawableNode3d> shown)
-        : node(std::move(shown))
-    {
-    }
-    int getDefaultDrawerType() const override { return node->getDrawerType(); }
-    bool isHighlighted() const override { return highlighted; }
-    GeometryInfo getGeometryInfo() override { return node->getGeometryInfo(); }
-
-    std::unique_ptr<IDrawableNode3d> node;
-    bool highlighted = false;
-
-protected:
-    using Drawable3dItem::draw;
-    void draw(const PaintContext& context) override { node->draw(context, 1); }
-};
 
 /// Adds a part with these indices.
 void addPart(MeshData& data, MeshData::Part::Kind kind, const std::vector<std::uint32_t>& indices,

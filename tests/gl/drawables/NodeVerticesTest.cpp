@@ -1,3 +1,5 @@
+#include "NodeItem.h"
+
 #include "tests/support/ImageCheck.h"
 #include "tests/support/SceneTest.h"
 
@@ -39,22 +41,6 @@ MeshData onePoint(const glm::dvec3& origin)
     data.parts.push_back(part);
     return data;
 }
-
-class NodeItem : public Drawable3dItem
-{
-public:
-    explicit NodeItem(std::unique_ptr<IDrawableNode3d> shown)
-        : node(std::move(shown))
-    {
-    }
-    int getDefaultDrawerType() const override { return DrawerType::Mesh; }
-
-    std::unique_ptr<IDrawableNode3d> node;
-
-protected:
-    using Drawable3dItem::draw;
-    void draw(const PaintContext& context) override { node->draw(context, 1); }
-};
 
 } // namespace
 

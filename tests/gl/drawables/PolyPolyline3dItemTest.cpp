@@ -1,3 +1,5 @@
+#include "PureColors.h"
+
 #include "tests/support/ImageCheck.h"
 #include "tests/support/SceneTest.h"
 
@@ -12,8 +14,6 @@
 #include <cmath>
 
 namespace {
-
-const QColor red(255, 0, 0);
 
 QPen pen(const QColor& color, Qt::PenStyle style = Qt::SolidLine, double width = 1.0)
 {

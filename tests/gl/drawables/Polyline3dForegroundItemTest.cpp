@@ -11,7 +11,7 @@ namespace {
 
 using Positions = std::vector<glm::vec3>;
 
-const char* const colorVertex = R"(#version 430 core
+const char* const colorAndWidthVertex = R"(#version 430 core
 layout(location = 0) in vec3 point;
 uniform vec4 item_color;
 uniform float pen_width;
@@ -158,7 +158,7 @@ TEST_F(Polyline3dForegroundItemTest, ADrawWithNothingCurrentIsMadeUpFor)
 
 TEST_F(Polyline3dForegroundItemTest, SetsColourAndWidthAtEachDraw)
 {
-    const auto program = link(colorVertex, nullptr, "gl_Position");
+    const auto program = link(colorAndWidthVertex, nullptr, "gl_Position");
     PaintContext paint = pass(2);
     paint.program = program.get();
     item->setColor(QColor(51, 102, 153, 204));

@@ -424,7 +424,7 @@ out vec4 all;
 void main() { all = item_color + vec4(pen_width, u_dashSize, u_gapSize, u_resolution.x * u_resolution.y) + point.x; }
 )";
 
-const char* const colorVertex = R"(#version 430 core
+const char* const onlyColorVertex = R"(#version 430 core
 layout(location = 0) in vec3 point;
 uniform vec4 item_color;
 out vec4 all;
@@ -477,7 +477,7 @@ TEST_F(PenTest, ASolidPenOnlyEndsTheDashes)
 
 TEST_F(PenTest, UniformsThatTheProgramLacksAreSkipped)
 {
-    const auto program = setPen(colorVertex, {pen(Qt::DashLine)});
+    const auto program = setPen(onlyColorVertex, {pen(Qt::DashLine)});
     EXPECT_LT(glm::distance(uniform(*program, "item_color"), glm::vec4(0.2f, 0.4f, 0.6f, 0.8f)), 1e-4f);
 }
 

@@ -27,9 +27,6 @@ const Kind lineKind = {"SelectLineNodes", "Selection.line2points.geom", GL_LINES
 class NodeSelectionTest : public ShaderDrawing, public ::testing::WithParamInterface<Kind>
 {
 protected:
-    static constexpr int SelectionMask = 1;
-    static constexpr int SelectionBuffer = 3;
-
     void useSquarePoints(const std::vector<std::string>& defines = {})
     {
         use(recipe("square points", {"common.vertex", GetParam().geometry, "mono.fragment"}, defines));

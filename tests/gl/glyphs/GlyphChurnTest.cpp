@@ -72,8 +72,6 @@ public:
         return live;
     }
 
-    void setFlag(std::size_t index, int flag) { findFlag(index, flag); }
-
 private:
     void write(std::size_t index)
     {
@@ -155,13 +153,6 @@ protected:
         drawer->updateItem(&item);
         books.update(index);
     }
-    void setAnyFlag()
-    {
-        const std::size_t index = anyItem();
-        const int flag = -1 - below(3);
-        drawer->setItemFlag(static_cast<int>(index), flag);
-        books.setFlag(index, flag);
-    }
     /// Draws and compares; where it is said, also what OpenGL holds.
     void check(bool withBuffers)
     {
@@ -240,7 +231,7 @@ protected:
 
 TEST_F(GlyphChurnTest, BooksUploadsAndDrawCallsAreThoseOfPlainVectors)
 {
-    constexpr int operations = 20000;
+    constexpr int operations = 10000;
     RenderTarget target(*gl, {Size, Size});
     target.bind();
     const auto start = std::chrono::steady_clock::now();
@@ -252,10 +243,8 @@ TEST_F(GlyphChurnTest, BooksUploadsAndDrawCallsAreThoseOfPlainVectors)
             addAny();
         else if (what < 20)
             removeAny();
-        else if (what < 68)
-            edit(anyItem());
         else if (what < 70)
-            setAnyFlag();
+            edit(anyItem());
         else if (what < 80)
             books.items[anyItem()]->setVisible(below(2) == 0);
         else if (what < 90)

@@ -13,8 +13,6 @@
 // vertices or a texture. Every pixel of every output is compared with what the protocol says.
 namespace {
 
-enum Mode { Ordinal, SelectionMask, GlueMask, SelectionBuffer };
-
 class ItemModesTest : public ShaderDrawing, public ::testing::WithParamInterface<ItemVariant>
 {
 protected:

@@ -6,7 +6,6 @@
 // Which fragments select their item, and which bit of the buffer is the item's.
 namespace {
 
-constexpr int SelectionBuffer = 3; // a draw mode
 const glm::vec4 wholeView(0.0f, 0.0f, 64.0f, 64.0f);
 
 // The selected area itself: the one function that all programs share, through the plainest of them. One pixel

@@ -12,12 +12,13 @@ namespace {
 
 using Color = std::array<double, 4>;
 
-const char* const source = "//#include \"shader:Viewer3dModule/gradient.fragment.glsl\"\n"
-                           "layout(std430, binding = 4) readonly buffer case_heights { float heights[]; };\n"
-                           "layout(std430, binding = 0) writeonly buffer case_results { vec4 results[]; };\n"
-                           "void evaluate(int index) { results[index] = elevColor(heights[index]); }\n";
+const char* const gradientSource =
+    "//#include \"shader:Viewer3dModule/gradient.fragment.glsl\"\n"
+    "layout(std430, binding = 4) readonly buffer case_heights { float heights[]; };\n"
+    "layout(std430, binding = 0) writeonly buffer case_results { vec4 results[]; };\n"
+    "void evaluate(int index) { results[index] = elevColor(heights[index]); }\n";
 
-struct Table
+struct ColorTable
 {
     std::vector<std::pair<double, QColor>> levels;
     float step = 0.0f;
@@ -40,7 +41,7 @@ struct Table
 };
 
 // The reference: the rules in words, one by one, in double precision.
-Color expectedColor(const Table& table, double z)
+Color expectedColor(const ColorTable& table, double z)
 {
     const int n = table.count();
     if (n == 0) return {0.0, 0.0, 0.0, 0.0};
@@ -71,9 +72,9 @@ protected:
     void SetUp() override
     {
         CaseDrawing::SetUp();
-        use(source);
+        use(gradientSource);
     }
-    void setTable(const Table& table)
+    void setTable(const ColorTable& table)
     {
         Item3dDrawer::setColorLevels(program.get(), table.levels, table.step, table.isDiscrete);
     }
@@ -85,7 +86,7 @@ protected:
     }
     /// Which level's colour each height has, where every level has a colour of its own and nothing lies
     /// between.
-    std::vector<int> levels(const Table& table, const std::vector<float>& heights)
+    std::vector<int> levels(const ColorTable& table, const std::vector<float>& heights)
     {
         setTable(table);
         std::vector<int> found;
@@ -113,9 +114,9 @@ class RandomTables
 public:
     enum Kind { Continuous, Discrete, DiscreteExact, Free, Kinds };
 
-    Table table(Kind kind)
+    ColorTable table(Kind kind)
     {
-        Table table;
+        ColorTable table;
         const int n = count();
         const bool isExact = kind == DiscreteExact;
         const float first = isExact ? 0.25f * float(integer(-4000, 4000)) : real(-1000.0f, 1000.0f);
@@ -136,7 +137,7 @@ public:
         }
         return table;
     }
-    float height(const Table& table, Kind kind)
+    float height(const ColorTable& table, Kind kind)
     {
         const int n = table.count();
         if (n == 0 || kind == Free || (kind == Continuous && chance(0.2))) return freeHeight(table);
@@ -161,7 +162,7 @@ private:
         return chance(0.3) ? integer(2, 255) : integer(2, 12);
     }
     QColor color() { return QColor(integer(0, 255), integer(0, 255), integer(0, 255), integer(0, 255)); }
-    float freeHeight(const Table& table)
+    float freeHeight(const ColorTable& table)
     {
         if (table.levels.empty() || chance(0.1)) return real(-1500.0f, 1500.0f);
         const int level = integer(0, table.count() - 1);
@@ -177,7 +178,7 @@ TEST_F(ElevationColorTest, RandomTablesAndHeightsFollowTheRules)
     constexpr int tableCount = 10000, heightsPerTable = 8;
     constexpr double tolerance = 1e-4;
     RandomTables random;
-    std::vector<Table> tables;
+    std::vector<ColorTable> tables;
     std::vector<float> heights;
     for (int i = 0; i < tableCount; ++i) {
         const auto kind = static_cast<RandomTables::Kind>(i % RandomTables::Kinds);
@@ -205,7 +206,7 @@ TEST_F(ElevationColorTest, RandomTablesAndHeightsFollowTheRules)
     EXPECT_LE(largest, tolerance) << "table " << worst / heightsPerTable << ", height " << heights[worst];
 }
 
-Table fourLevels(float step, bool isDiscrete)
+ColorTable fourLevels(float step, bool isDiscrete)
 {
     return {{{100.0, QColor(10, 20, 30, 40)},
              {102.0, QColor(50, 60, 70, 80)},
@@ -229,7 +230,7 @@ TEST_F(ElevationColorTest, DiscreteColoursRepeatAndTheFirstReachesOneStepDown)
 
 TEST_F(ElevationColorTest, DiscreteColoursAreToldUpToTheEndOfIntegers)
 {
-    Table table = fourLevels(1.0f, true);
+    ColorTable table = fourLevels(1.0f, true);
     table.levels.front().first = 0.0;
     table.levels.pop_back(); // 3 levels: powers of two fall on different ones
     // 2^30 = 1 mod 3, 2^31 - 128 = 0 mod 3, -2^30 = 2 mod 3, -2^31 + 128 = 0, -2^31 = 1; from there on the
@@ -254,7 +255,7 @@ TEST_F(ElevationColorTest, ContinuousColoursStayBeyondBothEnds)
 TEST_F(ElevationColorTest, TheLastLevelEndsTheStepsOfContinuousColours)
 {
     // three steps would reach 130; the last level cuts them off at 106, that is at 0.6 of the first
-    Table table = fourLevels(10.0f, false);
+    ColorTable table = fourLevels(10.0f, false);
     setTable(table);
     for (const glm::vec4& color : colors({106.0f, 120.0f, 1000.0f}))
         EXPECT_LT(difference(color, table.between(0, 0.6)), 1e-6);
@@ -284,7 +285,7 @@ TEST_F(ElevationColorTest, WithoutLevelsThereIsNoColour)
 
 TEST_F(ElevationColorTest, CountBeyondTheTableIsTheWholeTable)
 {
-    Table table;
+    ColorTable table;
     for (int i = 0; i < 256; ++i)
         table.levels.emplace_back(double(i), QColor(i, 0, 255 - i));
     table.step = 1.0f;
@@ -316,7 +317,8 @@ TEST_F(ElevationColorTest, WhatIsNoNumberHasNoColour)
 {
     const std::vector<float> heights(3, std::numeric_limits<float>::quiet_NaN());
     const std::vector<glm::vec4> nothing(3, glm::vec4(0.0f));
-    for (const Table& table : {fourLevels(2.0f, true), fourLevels(2.0f, false), fourLevels(0.0f, false)}) {
+    for (const ColorTable& table :
+         {fourLevels(2.0f, true), fourLevels(2.0f, false), fourLevels(0.0f, false)}) {
         setTable(table);
         EXPECT_EQ(colors(heights), nothing);
     }

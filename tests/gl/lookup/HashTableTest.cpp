@@ -26,15 +26,15 @@ const QByteArray hashFunctions =
     "uint hash_of(uint key) { uint m = (key ^ (key >> 15)) * 0x2C1B3C6Du; return m ^ (m >> 12); }\n"
     "uint hash_of(int key) { return hash_of(uint(key)); }\n"
     "uint hash_of(uvec2 key) { return hash_of(key.x ^ hash_of(key.y)); }\n";
-const QByteArray include = "//#include \"shader:Viewer3dModule/HashTable.glsl\"\n";
+const QByteArray hashTable = "//#include \"shader:Viewer3dModule/HashTable.glsl\"\n";
 
 template <typename Key>
-struct Table : Stored<Key>
+struct KeyTable : Stored<Key>
 {
     std::vector<std::uint32_t> offsets;
 
     /// Puts the keys into so many buckets.
-    Table(const std::vector<Key>& all, std::size_t buckets, RandomKeys& random)
+    KeyTable(const std::vector<Key>& all, std::size_t buckets, RandomKeys& random)
     {
         std::vector<std::vector<Key>> parts(buckets);
         for (const Key& key : all)
@@ -52,7 +52,7 @@ class HashTableTest : public CaseDrawing
 protected:
     void useKeys(const std::string& type)
     {
-        use(include + hashFunctions +
+        use(hashTable + hashFunctions +
                 "INIT_HASH_TABLE_VALS(cells, KEY, float, 3, -7.5)\n"
                 "uint cells_get_hash(KEY key) { return hash_of(key); }\n" +
                 StageEnd,
@@ -61,7 +61,7 @@ protected:
     /// Uploads the table. Beyond what the uniforms count lies `beyond` with values of its own, never to be
     /// found.
     template <typename Key>
-    void feed(const Table<Key>& table, const Key& beyond)
+    void feed(const KeyTable<Key>& table, const Key& beyond)
     {
         std::vector<std::uint32_t> offsets = table.offsets;
         offsets.push_back(0u);
@@ -94,7 +94,7 @@ protected:
                 const std::vector<Key> asked =
                     differentKeys<Key>(random, count + std::min<std::size_t>(count, 20000));
                 const std::vector<Key> stored(asked.begin(), asked.begin() + std::ptrdiff_t(count));
-                const Table<Key> table(stored, buckets, random);
+                const KeyTable<Key> table(stored, buckets, random);
                 feed(table, asked.back());
                 wrong += table.wrongCount(asked, find(asked));
                 cases += asked.size();
@@ -131,7 +131,7 @@ TEST_F(HashTableTest, AnEmptyTableHasNoKey)
     for (const char* size : {"cells_buckets_buffer_size", "cells_keys_buffer_size", "cells_vals_buffer_size"})
         EXPECT_EQ(integerOf(size), 0) << size;
     for (const std::size_t buckets : {1u, 5u}) {
-        feed(Table<std::uint32_t>({}, buckets, random), 1u);
+        feed(KeyTable<std::uint32_t>({}, buckets, random), 1u);
         EXPECT_EQ(nothing.wrongCount(asked, find(asked)), 0u) << buckets;
     }
 }
@@ -140,7 +140,7 @@ TEST_F(HashTableTest, WithoutBucketsNothingIsFoundThoughThereAreKeys)
 {
     useKeys("uint");
     RandomKeys random;
-    feed(Table<std::uint32_t>({5u, 6u}, 1, random), 1u);
+    feed(KeyTable<std::uint32_t>({5u, 6u}, 1, random), 1u);
     set("cells_buckets_buffer_size", 0u);
     for (const Found& found : find(std::vector<std::uint32_t>{5u, 6u})) {
         EXPECT_EQ(found.index, 2u);
@@ -153,7 +153,7 @@ TEST_F(HashTableTest, ValuesBeyondTheBufferAreEmpty)
 {
     useKeys("uint");
     RandomKeys random;
-    const Table<std::uint32_t> table({5u, 6u}, 1, random);
+    const KeyTable<std::uint32_t> table({5u, 6u}, 1, random);
     feed(table, 1u);
     set("cells_vals_buffer_size", 4u); // three of key 5, one of key 6
     const auto found = find(std::vector<std::uint32_t>{5u, 6u});
@@ -165,7 +165,7 @@ TEST_F(HashTableTest, ValuesOfNoKeyAreEmpty)
 {
     useKeys("uint");
     RandomKeys random;
-    const Table<std::uint32_t> table({5u, 6u}, 1, random);
+    const KeyTable<std::uint32_t> table({5u, 6u}, 1, random);
     feed(table, 1u);
     set("cells_vals_buffer_size", 9u); // three more than there are keys for
     EXPECT_EQ(table.wrongCount({1u, 5u, 6u}, find(std::vector<std::uint32_t>{1u, 5u, 6u})), 0u);
@@ -175,7 +175,7 @@ TEST_F(HashTableTest, OffsetsBeyondTheKeysReachToTheirEnd)
 {
     useKeys("uint");
     RandomKeys random;
-    Table<std::uint32_t> table({2u, 4u, 6u}, 1, random);
+    KeyTable<std::uint32_t> table({2u, 4u, 6u}, 1, random);
     feed(table, 1u);
     storage(1, std::vector<std::uint32_t>{0u, 1000u}); // one bucket holds them all and more
     set("cells_buckets_buffer_size", 2u);
@@ -199,7 +199,8 @@ TEST_F(HashTableTest, KeysAloneAndVectorsAsValues)
     storage(2, std::vector<std::int32_t>{-8, 4, 3}); // even ones first
     storage(3, std::vector<glm::vec4>{{1, 2, 3, 4}, {5, 6, 7, 8}, {9, 10, 11, 12}});
 
-    use(include + "uint odd_get_hash(int key) { return uint(key & 1); }\nINIT_HASH_TABLE(odd, int)\n" + rest +
+    use(hashTable + "uint odd_get_hash(int key) { return uint(key & 1); }\nINIT_HASH_TABLE(odd, int)\n" +
+        rest +
         "void evaluate(int i)\n"
         "{ results[i] = vec4(contains_in_odd(i + 2), contains_in_odd(-8), find_in_odd(3), find_in_odd(-4)); "
         "}\n");
@@ -207,7 +208,7 @@ TEST_F(HashTableTest, KeysAloneAndVectorsAsValues)
     set("odd_keys_buffer_size", 3u);
     EXPECT_EQ(evaluateAll<glm::vec4>(3), (std::vector<glm::vec4>{{0, 1, 2, 3}, {1, 1, 2, 3}, {1, 1, 2, 3}}));
 
-    use(include + "INIT_HASH_TABLE_VALS(odd, int, vec4, 1, vec4(0.5, 0.0, 0.0, 1.0))\n" + rest +
+    use(hashTable + "INIT_HASH_TABLE_VALS(odd, int, vec4, 1, vec4(0.5, 0.0, 0.0, 1.0))\n" + rest +
         "uint odd_get_hash(int key) { return uint(key & 1); }\n"
         "void evaluate(int i) { results[i] = value_in_odd(find_in_odd(i + 2), 0u); }\n");
     set("odd_buckets_buffer_size", 2u);

@@ -22,12 +22,12 @@ struct Case
     float s;
 };
 
-const QByteArray include = "//#include \"shader:Viewer3dModule/Jet.glsl\"\n";
+const QByteArray jet = "//#include \"shader:Viewer3dModule/Jet.glsl\"\n";
 
 // One stage for all expressions: the uniform "chosen" tells which.
 QByteArray sourceOf(const std::vector<const char*>& expressions)
 {
-    QByteArray source = include +
+    QByteArray source = jet +
                         "struct Case { Jet x; Jet y; float s; };\n"
                         "layout(std430, binding = 4) readonly buffer case_inputs { Case cases[]; };\n"
                         "layout(std430, binding = 0) writeonly buffer case_results { Jet results[]; };\n"
@@ -227,7 +227,7 @@ TEST_F(JetTest, TheStageChoosesTheDimension)
                             "    results[i] = vec2(square.a, sum);\n"
                             "}\n";
     for (const int dimension : {1, 2, 12}) {
-        use("#define JET_DIMENSION " + QByteArray::number(dimension) + "\n" + include + rest);
+        use("#define JET_DIMENSION " + QByteArray::number(dimension) + "\n" + jet + rest);
         EXPECT_EQ(evaluateAll<glm::vec2>(1),
                   std::vector<glm::vec2>(1, glm::vec2(9.0f, 6.0f * float(dimension))));
     }

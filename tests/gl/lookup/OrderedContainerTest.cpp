@@ -9,7 +9,7 @@ namespace {
 
 using namespace keyed_cases;
 
-const QByteArray include = "//#include \"shader:Viewer3dModule/OrderedContainer.glsl\"\n";
+const QByteArray orderedContainer = "//#include \"shader:Viewer3dModule/OrderedContainer.glsl\"\n";
 
 template <typename Key>
 Stored<Key> sorted(std::vector<Key> keys, RandomKeys& random)
@@ -26,7 +26,7 @@ class OrderedContainerTest : public CaseDrawing
 protected:
     void useKeys(const std::string& type)
     {
-        use(include + "INIT_ORDERED_CONTAINER_VALS(cells, KEY, float, 3, -7.5)\n" + StageEnd,
+        use(orderedContainer + "INIT_ORDERED_CONTAINER_VALS(cells, KEY, float, 3, -7.5)\n" + StageEnd,
             {"KEY " + type});
     }
     /// Uploads keys and values. Beyond what the uniforms count lies `beyond` with values of its own, never to
@@ -144,15 +144,15 @@ TEST_F(OrderedContainerTest, KeysAloneAndVectorsAsValues)
     storage(1, std::vector<std::uint32_t>{2u, 3u, 0x80000000u});
     storage(2, std::vector<glm::vec4>{{1, 2, 3, 4}, {5, 6, 7, 8}, {9, 10, 11, 12}});
 
-    use(include + "INIT_ORDERED_CONTAINER(marks, uint)\n" + rest +
+    use(orderedContainer + "INIT_ORDERED_CONTAINER(marks, uint)\n" + rest +
         "void evaluate(int i)\n"
         "{ results[i] = vec4(contains_in_marks(i + 1), contains_in_marks(0x80000000u), find_in_marks(3u), "
         "0); }\n");
     set("marks_keys_buffer_size", 3u);
     EXPECT_EQ(evaluateAll<glm::vec4>(3), (std::vector<glm::vec4>{{0, 1, 1, 0}, {1, 1, 1, 0}, {1, 1, 1, 0}}));
 
-    use(include + "INIT_ORDERED_CONTAINER_VALS(marks, uint, vec4, 1, vec4(0.5, 0.0, 0.0, 1.0))\n" + rest +
-        "void evaluate(int i) { results[i] = value_in_marks(find_in_marks(i + 1), 0u); }\n");
+    use(orderedContainer + "INIT_ORDERED_CONTAINER_VALS(marks, uint, vec4, 1, vec4(0.5, 0.0, 0.0, 1.0))\n" +
+        rest + "void evaluate(int i) { results[i] = value_in_marks(find_in_marks(i + 1), 0u); }\n");
     set("marks_keys_buffer_size", 3u);
     set("marks_vals_buffer_size", 3u);
     EXPECT_EQ(evaluateAll<glm::vec4>(3),

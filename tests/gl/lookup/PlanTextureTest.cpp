@@ -5,7 +5,7 @@
 
 namespace {
 
-const char* const source =
+const char* const planSource =
     "//#include \"shader:Viewer3dModule/PlanTexture.glsl\"\n"
     "layout(std430, binding = 4) readonly buffer case_coords { vec4 coords[]; };\n"
     "layout(std430, binding = 0) writeonly buffer case_results { uint results[]; };\n"
@@ -47,7 +47,7 @@ protected:
     void SetUp() override
     {
         PlanDrawing::SetUp();
-        use(source);
+        use(planSource);
     }
     void makeLayers(int count)
     {

@@ -5,10 +5,8 @@
 // What the markers of nodes under edit look like, and what they leave in each mode.
 namespace {
 
-enum Mode { Ordinal, SelectionMask, GlueMask, SelectionBuffer };
-
 constexpr std::uint64_t Id = 0xFEDCBA9889ABCDEFull;
-const glm::vec4 itemColor(0.8f, 0.6f, 0.2f, 0.8f);
+const glm::vec4 nodeColor(0.8f, 0.6f, 0.2f, 0.8f);
 const QColor ownColor(204, 153, 51, 204);
 
 // Two nodes and a marker between them, squares of 10 pixels about these columns, on row 32.
@@ -24,7 +22,7 @@ protected:
     void prepare() override
     {
         use("EditNodes");
-        setColors(itemColor, {1.0f, 0.0f, 0.8f, 1.0f});
+        setColors(nodeColor, {1.0f, 0.0f, 0.8f, 1.0f});
         set("pen_width", float(Pen));
         set("selection_rect", glm::vec4(0, 0, Size, Size));
         set("item_id", glm::uvec2(std::uint32_t(Id & 0xFFFFFFFFu), std::uint32_t(Id >> 32)));
@@ -181,7 +179,7 @@ TEST_F(NodeMarkerModesTest, SelectionTakesHalfOpaqueMarkersAndNoLess)
 TEST_F(NodeMarkerModesTest, NodesOfPointsLookAndAreSelectedAlike)
 {
     use("EditNodePoints");
-    setColors(itemColor);
+    setColors(nodeColor);
     set("pen_width", float(Pen));
     set("selection_rect", glm::vec4(0, 0, Size, Size));
     set("first_marker_idx", 3);

@@ -7,10 +7,8 @@
 // Round points, in every program that draws them and in every mode.
 namespace {
 
-enum Mode { Ordinal, SelectionMask, GlueMask, SelectionBuffer };
-
-const glm::vec4 itemColor(0.2f, 0.4f, 0.6f, 0.8f);
-const glm::vec4 selectionColor(1.0f, 0.0f, 0.8f, 1.0f);
+const glm::vec4 pointColor(0.2f, 0.4f, 0.6f, 0.8f);
+const glm::vec4 chosenPointColor(1.0f, 0.0f, 0.8f, 1.0f);
 const glm::vec4 vertexColor(0.6f, 0.2f, 1.0f, 0.8f);
 constexpr double Depth = 0.3; // in normalised device coordinates
 
@@ -29,7 +27,7 @@ protected:
                        {"RX_USE_PER_VERTEX_COLOR"}));
         else
             use(GetParam());
-        setColors(itemColor, selectionColor);
+        setColors(pointColor, chosenPointColor);
         set("selection_rect", glm::vec4(0, 0, Size, Size));
         setItem(-1, 0);
         if (hasVertexColors()) setVertexAlpha(0.8f);
@@ -38,7 +36,7 @@ protected:
 
     bool isInstanced() const { return GetParam() == "InstancedPoints"; }
     bool hasVertexColors() const { return GetParam() == "ColouredPoints"; }
-    glm::vec4 ownColor() const { return hasVertexColors() ? vertexColor : itemColor; }
+    glm::vec4 ownColor() const { return hasVertexColors() ? vertexColor : pointColor; }
 
     void setVertexAlpha(float alpha)
     {
@@ -49,7 +47,7 @@ protected:
         if (hasVertexColors())
             setVertexAlpha(alpha);
         else
-            setColors(glm::vec4(glm::vec3(itemColor), alpha), selectionColor);
+            setColors(glm::vec4(glm::vec3(pointColor), alpha), chosenPointColor);
     }
     void setItem(int flags, std::uint64_t id)
     {
@@ -106,7 +104,7 @@ TEST_P(RoundPointsTest, HighlightedPointHasTheSelectionColour)
 {
     setItem(-2, 0);
     drawIn(Ordinal);
-    EXPECT_EQ(pixel(X, Y), toColor(selectionColor));
+    EXPECT_EQ(pixel(X, Y), toColor(chosenPointColor));
 }
 
 TEST_P(RoundPointsTest, HiddenPointLeavesNoTraceInAnyMode)

@@ -18,7 +18,7 @@
 
 namespace {
 
-constexpr QSize size(1280, 720);
+constexpr QSize mapSize(1280, 720);
 constexpr double nearDistance = 1.0, farDistance = 100.0;
 
 /// A wavy ground of a million triangles, 20 by 20 units round the origin.
@@ -128,8 +128,8 @@ void PlainDepth::makeTarget()
     m_gl->glBindFramebuffer(GL_FRAMEBUFFER, m_framebuffer);
     for (int i = 0; i < 2; ++i) {
         m_gl->glBindTexture(GL_TEXTURE_2D, m_textures[i]);
-        m_gl->glTexImage2D(GL_TEXTURE_2D, 0, static_cast<GLint>(formats[i]), size.width(), size.height(), 0,
-                           formats[i], types[i], nullptr);
+        m_gl->glTexImage2D(GL_TEXTURE_2D, 0, static_cast<GLint>(formats[i]), mapSize.width(),
+                           mapSize.height(), 0, formats[i], types[i], nullptr);
         m_gl->glFramebufferTexture2D(GL_FRAMEBUFFER, places[i], GL_TEXTURE_2D, m_textures[i], 0);
     }
 }
@@ -137,14 +137,14 @@ void PlainDepth::makeTarget()
 std::vector<float> PlainDepth::distances(const glm::dmat4& view, const glm::dmat4& projection)
 {
     m_context.makeCurrent(&m_surface);
-    m_gl->glViewport(0, 0, size.width(), size.height());
+    m_gl->glViewport(0, 0, mapSize.width(), mapSize.height());
     m_gl->glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
     m_program.bind();
     const glm::mat4 whole(projection * view);
     m_gl->glUniformMatrix4fv(m_program.uniformLocation("whole"), 1, GL_FALSE, glm::value_ptr(whole));
     m_gl->glDrawElements(GL_TRIANGLES, m_indexCount, GL_UNSIGNED_INT, nullptr);
-    std::vector<float> values(static_cast<std::size_t>(size.width()) *
-                              static_cast<std::size_t>(size.height()));
+    std::vector<float> values(static_cast<std::size_t>(mapSize.width()) *
+                              static_cast<std::size_t>(mapSize.height()));
     m_gl->glBindTexture(GL_TEXTURE_2D, m_textures[1]);
     m_gl->glGetTexImage(GL_TEXTURE_2D, 0, GL_DEPTH_COMPONENT, GL_FLOAT, values.data());
     constexpr double product = farDistance * nearDistance, range = farDistance - nearDistance;
@@ -195,11 +195,11 @@ void print(const char* what, const Times& map, const Times& plain)
 int differences(const QImage& map, const std::vector<float>& distances)
 {
     int different = 0;
-    for (int y = 0; y < size.height(); ++y)
-        for (int x = 0; x < size.width(); ++x) {
+    for (int y = 0; y < mapSize.height(); ++y)
+        for (int x = 0; x < mapSize.width(); ++x) {
             const float mine = distanceAt(map, x, y);
             const float other =
-                distances[static_cast<std::size_t>((size.height() - 1 - y) * size.width() + x)];
+                distances[static_cast<std::size_t>((mapSize.height() - 1 - y) * mapSize.width() + x)];
             different += std::isnan(mine) != std::isnan(other) || std::abs(mine - other) > 0.01f;
         }
     return different;
@@ -219,8 +219,8 @@ TEST_P(DepthMapSpeedTest, DISABLED_AMillionTriangles)
     item.setDrawer(scene->getDefaultDrawer(GetParam()));
     const glm::dmat4 view = glm::lookAt(glm::dvec3(4, -16, 12), glm::dvec3(0, 0, 0), glm::dvec3(0, 0, 1));
     const glm::dmat4 projection =
-        CentralProjection().calcProjectionMatrix(QSizeF(size), farDistance, nearDistance);
-    SceneDepthMapGenerator generator(size);
+        CentralProjection().calcProjectionMatrix(QSizeF(mapSize), farDistance, nearDistance);
+    SceneDepthMapGenerator generator(mapSize);
     PlainDepth plain(data);
 
     QImage map = generator.generate({&item}, view, projection);
@@ -230,7 +230,7 @@ TEST_P(DepthMapSpeedTest, DISABLED_AMillionTriangles)
         mapTimes.measure([&] { map = generator.generate({&item}, view, projection); });
         plainTimes.measure([&] { distances = plain.distances(view, projection); });
     }
-    EXPECT_GT(coveredCount(map), size.width() * size.height() / 4);
+    EXPECT_GT(coveredCount(map), mapSize.width() * mapSize.height() / 4);
     EXPECT_LT(differences(map, distances), 2000); // silhouettes
     std::printf("%s\n", reinterpret_cast<const char*>(currentGLFunctions()->glGetString(GL_RENDERER)));
     print(GetParam() == DrawerType::Mono ? "Mono drawer" : "Mesh drawer", mapTimes, plainTimes);

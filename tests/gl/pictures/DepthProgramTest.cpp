@@ -18,10 +18,10 @@
 
 namespace {
 
-class MeshItem : public Drawable3dItem
+class NotingMeshItem : public Drawable3dItem
 {
 public:
-    explicit MeshItem(MeshData data)
+    explicit NotingMeshItem(MeshData data)
         : m_node(std::move(data))
     {
         setSolid(m_node.isSolid());
@@ -100,7 +100,7 @@ std::vector<char> bytesOf(const QImage& map)
 class DepthProgramTest : public SceneDepthMapGeneratorTest
 {
 protected:
-    QImage mapOf(MeshItem& item, int drawerType)
+    QImage mapOf(NotingMeshItem& item, int drawerType)
     {
         item.setDrawer(scene->getDefaultDrawer(drawerType));
         return map({&item}, QSize(120, 90));
@@ -113,7 +113,7 @@ protected:
 
 TEST_F(DepthProgramTest, LeavesTheSameDepthsToTheBit)
 {
-    MeshItem item(mixture());
+    NotingMeshItem item(mixture());
     ASSERT_TRUE(item.isSolid());
     for (const int type : {DrawerType::Mono, DrawerType::VertexColor, DrawerType::Mesh}) {
         item.setSolid(true);
@@ -134,7 +134,7 @@ TEST_F(DepthProgramTest, IsNoneOfProgramsThatShapeWhatTheyDraw)
     for (const int type : {DrawerType::Texture, DrawerType::WideLines, DrawerType::DashedLines,
                            DrawerType::SolidRegularLines, DrawerType::Caption}) {
         EXPECT_EQ(scene->getDepthProgram(programOf(type)), nullptr) << type;
-        MeshItem item(square());
+        NotingMeshItem item(square());
         mapOf(item, type);
         EXPECT_NE(item.lastProgram, scene->getDepthProgram(programOf(DrawerType::Mono))) << type;
     }
@@ -143,7 +143,7 @@ TEST_F(DepthProgramTest, IsNoneOfProgramsThatShapeWhatTheyDraw)
 
 TEST_F(DepthProgramTest, StaysOutOfPictures)
 {
-    MeshItem item(square());
+    NotingMeshItem item(square());
     item.setDrawer(scene->getDefaultDrawer(DrawerType::Mesh));
     scene->drawElements(paintContext(8, 8), nullptr, {});
     EXPECT_EQ(item.lastProgram, programOf(DrawerType::Mesh));
@@ -151,7 +151,7 @@ TEST_F(DepthProgramTest, StaysOutOfPictures)
 
 TEST_F(DepthProgramTest, WhatIsHighlightedIsDrawnInItsColour)
 {
-    MeshItem item(square());
+    NotingMeshItem item(square());
     item.highlighted = true;
     mapOf(item, DrawerType::Mesh);
     EXPECT_EQ(item.lastProgram, programOf(DrawerType::Mesh));
@@ -161,7 +161,7 @@ TEST_F(DepthProgramTest, WhatIsHighlightedIsDrawnInItsColour)
 TEST_F(DepthProgramTest, WhatIsFencedIsDrawnByAProgramThatCuts)
 {
     project->addProjectSettings(new COrdinaryItemCreator<Fence3dItem>, CProject::StoredSettings);
-    MeshItem item(square());
+    NotingMeshItem item(square());
     Fence3dItem* fence = scene->getFence();
     ASSERT_TRUE(fence);
     std::dynamic_pointer_cast<SphereFence>(fence->getCreateFence(Fence3DObject::SphereFence))
@@ -178,11 +178,11 @@ TEST_F(DepthProgramTest, WhatIsFencedIsDrawnByAProgramThatCuts)
 TEST_F(DepthProgramTest, SolidItemsAndOthersHideEachOther)
 {
     for (const bool isFirstSolid : {false, true}) {
-        MeshItem first(square()), second(square());
+        NotingMeshItem first(square()), second(square());
         first.setSolid(isFirstSolid);
         second.setSolid(!isFirstSolid);
         second.setTransform(glm::translate(glm::mat4(1.0f), glm::vec3(0, 0, 3)), false);
-        for (MeshItem* item : {&first, &second})
+        for (NotingMeshItem* item : {&first, &second})
             item->setDrawer(scene->getDefaultDrawer(DrawerType::Mesh));
         EXPECT_NEAR(distanceAt(map({&first, &second}), Size.width() / 2, Size.height() / 2), 7.0f, 1e-4f);
     }
@@ -193,7 +193,7 @@ TEST_F(DepthProgramTest, HolesOfATextureStayHoles)
     MeshData data = square();
     data.images = {halfTransparent()};
     data.parts.front().image = 0;
-    MeshItem item(std::move(data));
+    NotingMeshItem item(std::move(data));
     EXPECT_FALSE(item.isSolid());
     const QImage image = mapOf(item, DrawerType::Mesh);
     EXPECT_NEAR(distanceAt(image, 40, 45), 10.0f, 1e-4f);

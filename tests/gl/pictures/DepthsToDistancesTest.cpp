@@ -12,12 +12,12 @@
 
 namespace {
 
-const QSize size(5, 3);
+const QSize smallSize(5, 3);
 
 std::vector<float> converted(std::vector<float> depths, const glm::dmat4& projection)
 {
     depths.resize(15, 1.0f);
-    depthsToDistances(depths.data(), size, projection);
+    depthsToDistances(depths.data(), smallSize, projection);
     return depths;
 }
 
@@ -53,7 +53,7 @@ void expectFormula(const glm::dmat4& projection)
 
 TEST(DepthsToDistances, TheEndsOfTheDepthRangeAreTheNearAndTheFarPlane)
 {
-    const glm::dmat4 projection = CentralProjection().calcProjectionMatrix(QSizeF(size), 100.0, 2.0);
+    const glm::dmat4 projection = CentralProjection().calcProjectionMatrix(QSizeF(smallSize), 100.0, 2.0);
     // 0.001f lies 4.7e-11 above 0.001.
     const std::vector<float> distances = converted({0.001f, std::nextafter(1.0f, 0.0f)}, projection);
     EXPECT_NEAR(distances[0], 2.0f, 1e-6f);
@@ -62,7 +62,7 @@ TEST(DepthsToDistances, TheEndsOfTheDepthRangeAreTheNearAndTheFarPlane)
 
 TEST(DepthsToDistances, ForegroundItemsHaveARangeOfTheirOwn)
 {
-    const glm::dmat4 projection = ParallelProjection().calcProjectionMatrix(QSizeF(size), 100.0, 0.0);
+    const glm::dmat4 projection = ParallelProjection().calcProjectionMatrix(QSizeF(smallSize), 100.0, 0.0);
     const std::vector<float> distances = converted({0.0f, 0.0005f, 0.00099f}, projection);
     EXPECT_NEAR(distances[0], 0.0f, 1e-5f);
     EXPECT_NEAR(distances[1], 50.0f, 1e-5f);
@@ -79,14 +79,14 @@ TEST(DepthsToDistances, NothingDrawnIsNaN)
 
 TEST(DepthsToDistances, CentralProjectionsFollowTheFormula)
 {
-    expectFormula(CentralProjection().calcProjectionMatrix(QSizeF(size), 100.0, 2.0));
+    expectFormula(CentralProjection().calcProjectionMatrix(QSizeF(smallSize), 100.0, 2.0));
 }
 
 TEST(DepthsToDistances, ParallelProjectionsFollowTheFormula)
 {
     ParallelProjection projection;
     projection.setZoom(0.37);
-    expectFormula(projection.calcProjectionMatrix(QSizeF(size), 100.0, 0.0));
+    expectFormula(projection.calcProjectionMatrix(QSizeF(smallSize), 100.0, 0.0));
 }
 
 TEST(DepthsToDistances, OffCentreProjectionsFollowTheFormula)
@@ -97,7 +97,7 @@ TEST(DepthsToDistances, OffCentreProjectionsFollowTheFormula)
 // A clip plane that is not square to the axis: the distance depends on the pixel.
 TEST(DepthsToDistances, ObliqueProjectionsFollowTheFormulaPixelByPixel)
 {
-    glm::dmat4 projection = CentralProjection().calcProjectionMatrix(QSizeF(size), 100.0, 2.0);
+    glm::dmat4 projection = CentralProjection().calcProjectionMatrix(QSizeF(smallSize), 100.0, 2.0);
     projection[0][2] = 0.2;
     projection[1][2] = -0.1;
     const std::vector<float> same = converted(std::vector<float>(15, 0.5f), projection);
@@ -108,7 +108,7 @@ TEST(DepthsToDistances, ObliqueProjectionsFollowTheFormulaPixelByPixel)
 
 TEST(DepthsToDistances, ProjectionsThatTurnTheCameraFollowTheFormula)
 {
-    expectFormula(CentralProjection().calcProjectionMatrix(QSizeF(size), 100.0, 2.0) *
+    expectFormula(CentralProjection().calcProjectionMatrix(QSizeF(smallSize), 100.0, 2.0) *
                   glm::rotate(glm::dmat4(1.0), 0.3, glm::dvec3(1, 2, 0.5)));
 }
 

@@ -20,7 +20,7 @@ struct Window
     double bottom = 1.0;
 };
 
-struct Corner
+struct CaptionCorner
 {
     glm::dvec2 pixel; ///< from the top left, y down
     glm::dvec2 texture;
@@ -72,21 +72,21 @@ protected:
         set("projection", projection);
     }
     /// The corners in the order of the strip: lower left, lower right, upper left, upper right.
-    std::array<Corner, 4> cornersAt(const glm::dvec4& clip) const
+    std::array<CaptionCorner, 4> cornersAt(const glm::dvec4& clip) const
     {
         const glm::dvec2 p((clip.x / clip.w + 1.0) / 2.0 * m_size.x + m_offset.x,
                            (1.0 - clip.y / clip.w) / 2.0 * m_size.y - m_offset.y);
         const double width = m_texture.x * (m_window.right - m_window.left);
         const double height = m_texture.y * (m_window.bottom - m_window.top); // upwards: y counts down
-        return {Corner{p, {m_window.left, m_window.bottom}},
-                Corner{p + glm::dvec2(width, 0.0), {m_window.right, m_window.bottom}},
-                Corner{p - glm::dvec2(0.0, height), {m_window.left, m_window.top}},
-                Corner{p + glm::dvec2(width, -height), {m_window.right, m_window.top}}};
+        return {CaptionCorner{p, {m_window.left, m_window.bottom}},
+                CaptionCorner{p + glm::dvec2(width, 0.0), {m_window.right, m_window.bottom}},
+                CaptionCorner{p - glm::dvec2(0.0, height), {m_window.left, m_window.top}},
+                CaptionCorner{p + glm::dvec2(width, -height), {m_window.right, m_window.top}}};
     }
     /// Compares the two triangles of a quad, which may begin with any of their corners.
     void compare(const float* values, const glm::dvec4& clip)
     {
-        const std::array<Corner, 4> corners = cornersAt(clip);
+        const std::array<CaptionCorner, 4> corners = cornersAt(clip);
         const std::size_t triangles[2][3] = {{0, 1, 2}, {2, 1, 3}};
         for (std::size_t t = 0; t < 2; ++t) {
             double least = 1e30;
@@ -96,7 +96,7 @@ protected:
                 double coords = 0.0;
                 for (std::size_t k = 0; k < 3; ++k) {
                     const float* v = values + (3 * t + k) * Components;
-                    const Corner& expected = corners[triangles[t][(k + shift) % 3]];
+                    const CaptionCorner& expected = corners[triangles[t][(k + shift) % 3]];
                     EXPECT_NEAR(double(v[3]), 1.0, 1e-6);
                     EXPECT_NEAR(double(v[2]), clip.z / clip.w, 1e-4 + 1e-5 * std::fabs(clip.z / clip.w));
                     const glm::dvec2 pixel((double(v[0]) + 1.0) / 2.0 * m_size.x,
@@ -226,7 +226,7 @@ TEST_F(CaptionCornersTest, PixelsShowTheTexelsOfTheWindow)
         const glm::vec3 point(number(-1, 1), number(-1, 1), number(-1, 1));
         attribute(0, 3, {point.x, point.y, point.z});
         draw(GL_POINTS, 1);
-        const std::array<Corner, 4> corners = cornersAt(glm::dvec4(point, 1.0));
+        const std::array<CaptionCorner, 4> corners = cornersAt(glm::dvec4(point, 1.0));
         const glm::dvec2 upperLeft = corners[2].pixel;
         const glm::dvec2 lowerRight = corners[1].pixel;
         for (int y = 0; y < Size; ++y)

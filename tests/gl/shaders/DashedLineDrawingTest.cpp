@@ -13,9 +13,6 @@ namespace {
 
 using namespace line_reference;
 
-const glm::vec4 orange(1.0f, 0.6f, 0.0f, 1.0f);
-const QColor orangeColor(255, 153, 0);
-
 class DashedLineDrawingTest : public ShaderDrawing
 {
 protected:

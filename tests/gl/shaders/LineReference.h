@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QtGui/QColor>
 #include <glm/glm.hpp>
 
 #include <algorithm>
@@ -13,6 +14,9 @@ namespace line_reference {
 const double pi = std::acos(-1.0);
 
 using Point = glm::dvec2;
+
+inline const glm::vec4 orange(1.0f, 0.6f, 0.0f, 1.0f);
+inline const QColor orangeColor(255, 153, 0);
 
 inline Point toPixels(const glm::dvec4& clip)
 {

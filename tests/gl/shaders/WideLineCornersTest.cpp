@@ -16,7 +16,7 @@ namespace {
 using Point = glm::dvec2;
 
 /// A corner as it is emitted, and how far along the segment its colour is taken.
-struct Corner
+struct WideCorner
 {
     glm::dvec4 position;
     double share;
@@ -84,7 +84,7 @@ protected:
     }
 
     /// The corners that the segment should give, in the order of the strip.
-    std::vector<Corner> cornersOf(const glm::vec3& from, const glm::vec3& to) const
+    std::vector<WideCorner> cornersOf(const glm::vec3& from, const glm::vec3& to) const
     {
         const auto visible = visiblePart(clip(from), clip(to));
         if (!visible) return {};
@@ -96,8 +96,8 @@ protected:
         const Point across(-along.y, along.x);
         const auto corner = [&](const End& end, const Point& p, const Point& shift) {
             const Point moved = p + m_pen / 2.0 * shift;
-            return Corner{{2.0 * moved.x / m_size.x - 1.0, 1.0 - 2.0 * moved.y / m_size.y, end.ndc.z, 1.0},
-                          end.share};
+            return WideCorner{
+                {2.0 * moved.x / m_size.x - 1.0, 1.0 - 2.0 * moved.y / m_size.y, end.ndc.z, 1.0}, end.share};
         };
         return {corner(a, p0, -along), corner(a, p0, across),  corner(a, p0, -across),
                 corner(b, p1, across), corner(b, p1, -across), corner(b, p1, along)};
@@ -135,7 +135,7 @@ protected:
                                                   GL_TRIANGLES, Components, 12 * segments.size());
         std::size_t at = 0;
         for (const auto& [from, to] : segments) {
-            const std::vector<Corner> corners = cornersOf(from, to);
+            const std::vector<WideCorner> corners = cornersOf(from, to);
             ++m_cases;
             for (std::size_t t = 0; t + 2 < corners.size(); ++t, at += 3 * Components) {
                 ASSERT_LE(at + 3 * Components, values.size());
@@ -165,16 +165,16 @@ protected:
 
 private:
     /// Takes the triangle, which may begin with any of its corners, into the largest differences.
-    void compare(const float* values, const Corner& a, const Corner& b, const Corner& c)
+    void compare(const float* values, const WideCorner& a, const WideCorner& b, const WideCorner& c)
     {
-        const Corner* corners[] = {&a, &b, &c};
+        const WideCorner* corners[] = {&a, &b, &c};
         double least[3] = {1e30, 1e30, 1e30};
         for (std::size_t shift = 0; shift < 3; ++shift) {
             double pixels = 0.0;
             double depth = 0.0;
             double share = 0.0;
             for (std::size_t k = 0; k < 3; ++k) {
-                const Corner& expected = *corners[(k + shift) % 3];
+                const WideCorner& expected = *corners[(k + shift) % 3];
                 const float* v = values + k * Components;
                 const glm::dvec4 seen(v[0], v[1], v[2], v[3]);
                 EXPECT_NEAR(seen.w, 1.0, 1e-6);

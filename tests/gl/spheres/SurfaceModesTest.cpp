@@ -10,8 +10,6 @@ constexpr int Y = 31;
 const glm::vec4 itemColor(0.2f, 0.4f, 0.6f, 0.8f);
 const glm::vec4 selectionColor(1.0f, 0.0f, 0.8f, 1.0f);
 
-enum Mode { Ordinal, SelectionMask, GlueMask, SelectionBuffer };
-
 class SurfaceModesTest : public SurfaceDrawing, public ::testing::WithParamInterface<std::string>
 {
 protected:

@@ -1,3 +1,5 @@
+#include "WholeFiles.h"
+
 #include "tests/support/LogTrap.h"
 
 #include <framework/app/Application.h>
@@ -52,19 +54,6 @@ public:
 private:
     QTemporaryDir m_folder;
 };
-
-void writeFile(const QString& path, const QByteArray& bytes)
-{
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(bytes);
-}
-
-QByteArray readFile(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 /// Loads one file; returns what became of it, and expects the one line of warning that goes with an error.
 PluginLoader::Plugin loadOne(const PluginFolder& folder)

@@ -1,3 +1,5 @@
+#include "WholeFiles.h"
+
 #include "tests/support/LogTrap.h"
 
 #include <framework/app/CSettings.h>
@@ -18,19 +20,6 @@
 #include <sys/stat.h>
 
 namespace {
-
-void writeFile(const QString& path, const QByteArray& bytes)
-{
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(bytes);
-}
-
-QByteArray readFile(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no file");
-}
 
 /// Settings that note what happens to them.
 struct NotedSettings : CSettings

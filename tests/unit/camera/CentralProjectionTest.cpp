@@ -16,7 +16,7 @@ namespace {
 
 constexpr double degree = 3.14159265358979323846 / 180.0;
 
-CentralProjection projectionOf(double fov)
+CentralProjection centralOf(double fov)
 {
     CentralProjection projection;
     projection.setZoom(1.0 / std::tan(fov));
@@ -55,7 +55,7 @@ TEST(CentralProjection, StepsAreTwoDegrees)
 
 TEST(CentralProjection, ZoomInStopsOnceItIsAtTenDegreesOrBelow)
 {
-    CentralProjection projection = projectionOf(10.5 * degree);
+    CentralProjection projection = centralOf(10.5 * degree);
     projection.zoomIn();
     EXPECT_NEAR(projection.getFov(), 8.5 * degree, 1e-14); // not clamped
     const double fov = projection.getFov();
@@ -69,7 +69,7 @@ TEST(CentralProjection, ZoomInStopsOnceItIsAtTenDegreesOrBelow)
 
 TEST(CentralProjection, ZoomOutStopsOnceItIsAt85DegreesOrAbove)
 {
-    CentralProjection projection = projectionOf(84.5 * degree);
+    CentralProjection projection = centralOf(84.5 * degree);
     projection.zoomOut();
     EXPECT_NEAR(projection.getFov(), 86.5 * degree, 1e-13);
     const double fov = projection.getFov();
@@ -81,7 +81,7 @@ TEST(CentralProjection, ZoomOutStopsOnceItIsAt85DegreesOrAbove)
 
 TEST(CentralProjection, ZoomMayEndBeyondTheBoundAndIsRefusedThere)
 {
-    CentralProjection projection = projectionOf(84.0 * degree);
+    CentralProjection projection = centralOf(84.0 * degree);
     projection.zoom(0.5);
     EXPECT_NEAR(projection.getFov(), 84.0 * degree + 0.5, 1e-13);
     const double fov = projection.getFov();
@@ -106,8 +106,7 @@ TEST(CentralProjection, MatrixFollowsItsFormula)
         SCOPED_TRACE(fov);
         const double zFar = 5000.0;
         const double zNear = 0.25;
-        const glm::dmat4 m =
-            projectionOf(fov * degree).calcProjectionMatrix(QSizeF(1280.0, 720.0), zFar, zNear);
+        const glm::dmat4 m = centralOf(fov * degree).calcProjectionMatrix(QSizeF(1280.0, 720.0), zFar, zNear);
         const double t = std::tan(fov * degree / 2.0);
         double expected[4][4] = {};
         expected[0][0] = 720.0 / (1280.0 * t);

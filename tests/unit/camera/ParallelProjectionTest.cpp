@@ -18,7 +18,7 @@ namespace {
 constexpr double largestFloat = 3.4028234663852886e38;
 constexpr double smallestFloat = 1.1754943508222875e-38;
 
-ParallelProjection projectionOf(double ratio)
+ParallelProjection parallelOf(double ratio)
 {
     ParallelProjection projection;
     projection.setProjectionRatio(ratio);
@@ -27,21 +27,21 @@ ParallelProjection projectionOf(double ratio)
 
 double zoomed(double ratio, double delta)
 {
-    ParallelProjection projection = projectionOf(ratio);
+    ParallelProjection projection = parallelOf(ratio);
     projection.zoom(delta);
     return projection.getZoom();
 }
 
 double zoomedIn(double ratio)
 {
-    ParallelProjection projection = projectionOf(ratio);
+    ParallelProjection projection = parallelOf(ratio);
     projection.zoomIn();
     return projection.getZoom();
 }
 
 double zoomedOut(double ratio)
 {
-    ParallelProjection projection = projectionOf(ratio);
+    ParallelProjection projection = parallelOf(ratio);
     projection.zoomOut();
     return projection.getZoom();
 }
@@ -65,7 +65,7 @@ TEST(ParallelProjection, ZoomIsTheRatio)
 
 TEST(ParallelProjection, ZoomsOutByTenthsAndThenDoubles)
 {
-    ParallelProjection projection = projectionOf(1.95);
+    ParallelProjection projection = parallelOf(1.95);
     projection.zoomOut();
     EXPECT_DOUBLE_EQ(projection.getZoom(), 2.05);
     projection.zoomOut();
@@ -74,7 +74,7 @@ TEST(ParallelProjection, ZoomsOutByTenthsAndThenDoubles)
 
 TEST(ParallelProjection, ZoomsInByTenthsAndThenHalves)
 {
-    ParallelProjection projection = projectionOf(0.25);
+    ParallelProjection projection = parallelOf(0.25);
     projection.zoomIn();
     EXPECT_DOUBLE_EQ(projection.getZoom(), 0.15);
     projection.zoomIn();
@@ -134,7 +134,7 @@ TEST(ParallelProjection, MatrixFollowsItsFormula)
                                    {0.0, 1.0 / 180.0, 0.0, 0.0},
                                    {0.0, 0.0, -2.0 / 397.0, 0.0},
                                    {0.0, 0.0, -403.0 / 397.0, 1.0}};
-    expectMatrix(projectionOf(0.5).calcProjectionMatrix(QSizeF(1280.0, 720.0), zFar, zNear), expected);
+    expectMatrix(parallelOf(0.5).calcProjectionMatrix(QSizeF(1280.0, 720.0), zFar, zNear), expected);
 }
 
 TEST(ParallelProjection, NearPlaneMayLieInTheEye)
@@ -147,7 +147,7 @@ TEST(ParallelProjection, NearPlaneMayLieInTheEye)
 TEST(ParallelProjection, StoresTheRatioOnly)
 {
     RecordingArchive archive;
-    projectionOf(0.75).serialize(archive);
+    parallelOf(0.75).serialize(archive);
     EXPECT_EQ(archive.steps, (std::vector<std::string>{"begin", "double", "end 1", "finish"}));
     EXPECT_EQ(archive.doubles, (std::vector<double>{0.75}));
 }
@@ -155,10 +155,10 @@ TEST(ParallelProjection, StoresTheRatioOnly)
 TEST(ParallelProjection, ComesBackFromAnArchiveAndNotFromATruncatedOne)
 {
     CQtArchive storing;
-    projectionOf(0.75).serialize(storing);
+    parallelOf(0.75).serialize(storing);
     const QByteArray bytes = storing.data();
 
-    ParallelProjection other = projectionOf(8.0);
+    ParallelProjection other = parallelOf(8.0);
     for (int size = 0; size < bytes.size(); ++size) {
         EXPECT_THROW(
             {
@@ -175,7 +175,7 @@ TEST(ParallelProjection, ComesBackFromAnArchiveAndNotFromATruncatedOne)
 
 TEST(ParallelProjection, ClonesCopiesAndMoves)
 {
-    const ParallelProjection projection = projectionOf(3.0);
+    const ParallelProjection projection = parallelOf(3.0);
     const std::unique_ptr<IProjection> clone = projection.clone();
     EXPECT_EQ(clone->getType(), IProjection::Parallel);
     clone->zoomOut();

@@ -14,7 +14,6 @@
 
 namespace {
 
-constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 using ksp::CFileException;
 
 template <typename Fence>
@@ -172,7 +171,8 @@ TEST(FenceArchive, PrismsComeBackBitByBit)
 
 TEST(FenceArchive, SpheresComeBackWhateverTheirNumbers)
 {
-    const double numbers[] = {0.0, -0.0, 1.5, -2.7e6, 1e-310, std::numeric_limits<double>::infinity(), nan};
+    const double numbers[] = {0.0,       -0.0, 1.5, -2.7e6, 1e-310, std::numeric_limits<double>::infinity(),
+                              notANumber};
     for (const double x : numbers)
         for (const double radius : numbers) {
             SphereFence fence, read = sampleSphere();
@@ -200,7 +200,7 @@ TEST(FenceArchive, NewFencesComeBack)
 TEST(FenceArchive, AFrustumWithAMatrixWithoutInverseComesBack)
 {
     Frustum3D fence = sampleFrustum(), read;
-    fence.setFromWorldMatrix(glm::dmat4(nan));
+    fence.setFromWorldMatrix(glm::dmat4(notANumber));
     load(read, stored(fence));
     EXPECT_EQ(stored(read), stored(fence));
     EXPECT_EQ(read.fence(), fence.fence());
@@ -345,13 +345,13 @@ TEST(FenceArchive, AFrustumThatNoneCanBeIsRefused)
     EXPECT_TRUE(planes({-1.0, 2.0, 1.0}));
     EXPECT_TRUE(planes({1.0, 2.0, 0.0}));
     EXPECT_TRUE(planes({1.0, 2.0, -1.0}));
-    EXPECT_TRUE(planes({nan, 2.0, 1.0}));
-    EXPECT_TRUE(planes({1.0, nan, 1.0}));
-    EXPECT_TRUE(planes({1.0, 2.0, nan}));
-    EXPECT_TRUE(
-        isRefused(before, frustumRecord({0.0, nan, 0.0, 0.0, 0.0, 0.0}, one, {1.0, 2.0, 1.0}, triangle)));
-    EXPECT_TRUE(
-        isRefused(before, frustumRecord({0.0, 0.0, 0.0, 0.0, 0.0, nan}, one, {1.0, 2.0, 1.0}, triangle)));
+    EXPECT_TRUE(planes({notANumber, 2.0, 1.0}));
+    EXPECT_TRUE(planes({1.0, notANumber, 1.0}));
+    EXPECT_TRUE(planes({1.0, 2.0, notANumber}));
+    EXPECT_TRUE(isRefused(
+        before, frustumRecord({0.0, notANumber, 0.0, 0.0, 0.0, 0.0}, one, {1.0, 2.0, 1.0}, triangle)));
+    EXPECT_TRUE(isRefused(
+        before, frustumRecord({0.0, 0.0, 0.0, 0.0, 0.0, notANumber}, one, {1.0, 2.0, 1.0}, triangle)));
     EXPECT_FALSE(polygon({}));
     EXPECT_TRUE(polygon({{0.0f, 0.0f}}));
     EXPECT_TRUE(polygon({{0.0f, 0.0f}, {1.0f, 0.0f}, {0.0f, 0.0f}}));
@@ -373,9 +373,9 @@ TEST(FenceArchive, APrismThatNoneCanBeIsRefused)
     EXPECT_TRUE(refused({1.0, 2.0, 3.0, 0.0, 1.1, 0.0, 5.0}, triangle));
     EXPECT_TRUE(refused({1.0, 2.0, 3.0, 0.0, 0.0, 0.0, 5.0}, triangle));
     EXPECT_FALSE(refused({1.0, 2.0, 3.0, 0.0, 0.0, 0.0, 5.0}, {}));
-    EXPECT_TRUE(refused({nan, 2.0, 3.0, 0.0, 1.0, 0.0, 5.0}, triangle));
-    EXPECT_TRUE(refused({1.0, 2.0, 3.0, 0.0, nan, 0.0, 5.0}, {}));
-    EXPECT_TRUE(refused({1.0, 2.0, 3.0, 0.0, 1.0, 0.0, nan}, triangle));
+    EXPECT_TRUE(refused({notANumber, 2.0, 3.0, 0.0, 1.0, 0.0, 5.0}, triangle));
+    EXPECT_TRUE(refused({1.0, 2.0, 3.0, 0.0, notANumber, 0.0, 5.0}, {}));
+    EXPECT_TRUE(refused({1.0, 2.0, 3.0, 0.0, 1.0, 0.0, notANumber}, triangle));
     EXPECT_TRUE(refused({1.0, 2.0, 3.0, 0.0, 1.0, 0.0, 5.0}, {{0.0f, 0.0f}, {1.0f, 0.0f}, {0.0f, 1.0f}}));
 }
 

@@ -46,7 +46,7 @@ SphereFence makeSphere(double radius)
     return sphere;
 }
 
-void expectNear(const glm::dvec3& point, const glm::dvec3& expected)
+void expectOutlinePoint(const glm::dvec3& point, const glm::dvec3& expected)
 {
     EXPECT_LT(glm::distance(point, expected), 1e-6)
         << point.x - base.x << " " << point.y - base.y << " " << point.z - base.z;
@@ -80,21 +80,21 @@ TEST(FenceOutline, SweptPolygonHasBothOutlinesAndEdges)
             EXPECT_EQ(strips[2 + i], fence_outline::Strip({strips[0][i], strips[1][i]}));
     }
     const auto prism = fence_outline::strips(makePrism(5.0), 1.0);
-    expectNear(prism[0][2], base + glm::dvec3(1.0, 1.0, 0.0));
-    expectNear(prism[1][2], base + glm::dvec3(1.0, 1.0, 5.0));
+    expectOutlinePoint(prism[0][2], base + glm::dvec3(1.0, 1.0, 0.0));
+    expectOutlinePoint(prism[1][2], base + glm::dvec3(1.0, 1.0, 5.0));
     const auto frustum = fence_outline::strips(makeFrustum(2.0, 6.0), 1.0);
-    expectNear(frustum[0][2], base + glm::dvec3(2.0, 2.0, 2.0));
-    expectNear(frustum[1][2], base + glm::dvec3(6.0, 6.0, 6.0));
+    expectOutlinePoint(frustum[0][2], base + glm::dvec3(2.0, 2.0, 2.0));
+    expectOutlinePoint(frustum[1][2], base + glm::dvec3(6.0, 6.0, 6.0));
 }
 
 TEST(FenceOutline, FenceWithoutEndHasEdgesOfTheGivenLength)
 {
     const auto prism = fence_outline::strips(makePrism(0.0), 50.0);
     ASSERT_EQ(prism.size(), 1u + 4u);
-    expectNear(prism[1][1], base + glm::dvec3(-1.0, -1.0, 50.0));
+    expectOutlinePoint(prism[1][1], base + glm::dvec3(-1.0, -1.0, 50.0));
     const auto frustum = fence_outline::strips(makeFrustum(2.0, 0.0), 50.0);
     ASSERT_EQ(frustum.size(), 1u + 4u);
-    expectNear(frustum[1][1], base + glm::dvec3(52.0, -52.0, -52.0));
+    expectOutlinePoint(frustum[1][1], base + glm::dvec3(52.0, -52.0, -52.0));
     EXPECT_EQ(fence_outline::nodes(makePrism(0.0)).size(), 1u);
     EXPECT_EQ(fence_outline::nodes(makeFrustum(2.0, 0.0)).size(), 1u);
 }
@@ -135,8 +135,8 @@ TEST(FenceNodes, LieInTheMiddleOfEndPlanesAndOnSpheres)
 {
     const auto prism = fence_outline::nodes(makePrism(5.0));
     ASSERT_EQ(prism.size(), 2u);
-    expectNear(prism[0], base);
-    expectNear(prism[1], base + glm::dvec3(0.0, 0.0, 5.0));
+    expectOutlinePoint(prism[0], base);
+    expectOutlinePoint(prism[1], base + glm::dvec3(0.0, 0.0, 5.0));
     const auto sphere = fence_outline::nodes(makeSphere(3.0));
     ASSERT_EQ(sphere.size(), 2u);
     EXPECT_EQ(sphere[0], base);
@@ -151,10 +151,10 @@ TEST(FenceNodes, OfPlanesStayOnTheirLine)
     EXPECT_NEAR(glm::length(glm::cross(line->second - line->first, glm::dvec3(0.0, 0.0, 1.0))), 0.0, 1e-6);
     EXPECT_EQ(fence_outline::moveNode(prism, 1, base + glm::dvec3(30.0, -20.0, 8.0)), 1u);
     EXPECT_NEAR(prism.prism().zFar(), 8.0, 1e-6);
-    expectNear(fence_outline::nodes(prism)[0], base); // not moved sideways
+    expectOutlinePoint(fence_outline::nodes(prism)[0], base); // not moved sideways
     EXPECT_EQ(fence_outline::moveNode(prism, 0, base + glm::dvec3(7.0, 7.0, 3.0)), 0u);
     EXPECT_NEAR(prism.prism().zFar(), 5.0, 1e-6);
-    expectNear(fence_outline::nodes(prism)[0], base + glm::dvec3(0.0, 0.0, 3.0));
+    expectOutlinePoint(fence_outline::nodes(prism)[0], base + glm::dvec3(0.0, 0.0, 3.0));
 
     Frustum3D frustum = makeFrustum(2.0, 6.0);
     EXPECT_EQ(fence_outline::moveNode(frustum, 1, base + glm::dvec3(9.0, 4.0, 4.0)), 1u);
@@ -166,8 +166,8 @@ TEST(FenceNodes, KeepTheMouseWhenPlanesPassEachOther)
 {
     PrismFence prism = makePrism(5.0);
     EXPECT_EQ(fence_outline::moveNode(prism, 0, base + glm::dvec3(0.0, 0.0, 7.0)), 1u);
-    expectNear(fence_outline::nodes(prism)[1], base + glm::dvec3(0.0, 0.0, 7.0));
-    expectNear(fence_outline::nodes(prism)[0], base + glm::dvec3(0.0, 0.0, 5.0));
+    expectOutlinePoint(fence_outline::nodes(prism)[1], base + glm::dvec3(0.0, 0.0, 7.0));
+    expectOutlinePoint(fence_outline::nodes(prism)[0], base + glm::dvec3(0.0, 0.0, 5.0));
     Frustum3D frustum = makeFrustum(2.0, 6.0);
     EXPECT_EQ(fence_outline::moveNode(frustum, 1, base + glm::dvec3(1.0, 0.0, 0.0)), 0u);
     EXPECT_NEAR(frustum.zNear(), 1.0, 1e-6);

@@ -2,12 +2,17 @@
 
 #include <Viewer3dModule/fences/Frustum3D.h>
 #include <Viewer3dModule/fences/Prism3D.h>
+#include <Viewer3dModule/fences/SphereFence.h>
 
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <limits>
 #include <random>
 #include <vector>
+
+constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
+constexpr double infinity = std::numeric_limits<double>::infinity();
 
 /// Random numbers that are the same in every run.
 class Dice
@@ -129,3 +134,10 @@ inline void expectNear(const glm::dvec3& actual, const glm::dvec3& expected, dou
 
 /// Where measurements are given in geodetic coordinates, such numbers are usual.
 const glm::dvec3 farAway(2.7e6, 5.4e5, 4.9e6);
+
+inline SphereFence sphere(const glm::dvec3& center, double radius)
+{
+    SphereFence fence;
+    fence.setFence(center, radius);
+    return fence;
+}

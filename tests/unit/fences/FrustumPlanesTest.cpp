@@ -6,8 +6,6 @@
 
 namespace {
 
-constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-
 /// About the axis, so that the handles are on it and distances along their line are depths.
 Frustum3D centered(double zNear, double zFar)
 {
@@ -197,8 +195,8 @@ TEST(FrustumPlanes, NothingMovesByAStepThatIsNotFiniteOrWithoutPolygon)
 {
     Frustum3D fence = centered(2.0, 10.0);
     for (const bool nearPlane : {true, false}) {
-        fence.movePlane({nan, 0.0, 3.0}, nearPlane);
-        fence.movePlane({0.0, 0.0, nan}, nearPlane);
+        fence.movePlane({notANumber, 0.0, 3.0}, nearPlane);
+        fence.movePlane({0.0, 0.0, notANumber}, nearPlane);
         fence.movePlane({0.0, 0.0, std::numeric_limits<double>::infinity()}, nearPlane);
         EXPECT_EQ(fence.zNear(), 2.0);
         EXPECT_EQ(fence.zFar(), 10.0);

@@ -1,16 +1,9 @@
 // Fences as the host sees them, in the frame of the scene.
 #include "FenceShapes.h"
 
-#include <Viewer3dModule/fences/SphereFence.h>
-
 #include <framework/gmx/IFence3D.h>
 
-#include <limits>
-
 namespace {
-
-constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-constexpr double infinity = std::numeric_limits<double>::infinity();
 
 /// As the scene maps its model: about a centre, and so small that it lies within some hundred units.
 glm::dmat4 modelToScene(const glm::dvec3& center, double scale)
@@ -24,13 +17,6 @@ glm::dmat4 randomTransform(Dice& dice, const glm::dvec3& center)
     if (dice.oneIn(3)) m = Frame::random(dice, dice.point(-5.0, 5.0)).fromWorld() * m;
     if (dice.oneIn(3)) m[2] *= dice.between(1.0, 8.0); // heights exaggerated
     return m;
-}
-
-SphereFence sphere(const glm::dvec3& center, double radius)
-{
-    SphereFence fence;
-    fence.setFence(center, radius);
-    return fence;
 }
 
 /// Points about the box: what is in the fence, asked in the scene, is in the fence of the model and in the
@@ -201,9 +187,9 @@ TEST(IFence3D, WhatContainsNothingHasTheNullBox)
 {
     const glm::dmat4 one(1.0);
     const std::shared_ptr<gmx::IFence3D> fences[] = {Frustum3D().getIFence3D(one), Prism3D().getIFence3D(one),
-                                                     sphere({nan, 0.0, 0.0}, 1.0).getIFence3D(one),
+                                                     sphere({notANumber, 0.0, 0.0}, 1.0).getIFence3D(one),
                                                      sphere(glm::dvec3(0.0), -1.0).getIFence3D(one),
-                                                     sphere(glm::dvec3(0.0), nan).getIFence3D(one)};
+                                                     sphere(glm::dvec3(0.0), notANumber).getIFence3D(one)};
     for (const auto& fence : fences) {
         ASSERT_TRUE(fence);
         EXPECT_FALSE(fence->contains(glm::dvec3(0.0)));
@@ -231,12 +217,13 @@ TEST(IFence3D, KeepsTheFenceAsItWas)
 
 TEST(IFence3D, OfAMatrixWithoutInverseContainsNothing)
 {
-    for (const glm::dmat4& matrix : {glm::dmat4(0.0), glm::dmat4(nan), modelToScene(glm::dvec3(0.0), 0.0)}) {
+    for (const glm::dmat4& matrix :
+         {glm::dmat4(0.0), glm::dmat4(notANumber), modelToScene(glm::dvec3(0.0), 0.0)}) {
         EXPECT_FALSE(sphere(glm::dvec3(0.0), 1.0).getIFence3D(matrix)->contains(glm::dvec3(0.0)));
         EXPECT_FALSE(frustum({}, square(1.0), 1.0, 4.0, 1.0).getIFence3D(matrix)->contains({0.0, 0.0, 2.0}));
         EXPECT_FALSE(prism({}, square(1.0), 4.0).getIFence3D(matrix)->contains(glm::dvec3(0.0)));
     }
-    EXPECT_FALSE(sphere(glm::dvec3(0.0), 1.0).getIFence3D(glm::dmat4(nan))->getBoundingBox());
+    EXPECT_FALSE(sphere(glm::dvec3(0.0), 1.0).getIFence3D(glm::dmat4(notANumber))->getBoundingBox());
 }
 
 } // namespace

@@ -6,8 +6,6 @@
 
 namespace {
 
-constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-
 /// A prism of random place and direction about points whose mean is the frame's origin.
 Prism3D randomPrism(const Frame& frame, double height)
 {
@@ -144,7 +142,7 @@ TEST_F(MovedPrism, DirectionAndPolygonStay)
 TEST_F(MovedPrism, NothingMovesToWhereNumbersAreNotFiniteOrWithoutPolygon)
 {
     const glm::dmat4 matrix = m_fence.matrix();
-    for (const double bad : {nan, std::numeric_limits<double>::infinity(), 1e308})
+    for (const double bad : {notANumber, std::numeric_limits<double>::infinity(), 1e308})
         for (const bool nearPlane : {true, false}) {
             m_fence.movePlane({bad, -bad, 0.0}, nearPlane);
             EXPECT_EQ(m_fence.matrix(), matrix);
@@ -154,7 +152,7 @@ TEST_F(MovedPrism, NothingMovesToWhereNumbersAreNotFiniteOrWithoutPolygon)
     move(3.0, true);
     EXPECT_EQ(m_fence.matrix(), matrix);
     m_fence = randomPrism(m_frame, 0.0);
-    m_fence.movePlane({nan, 0.0, 0.0}, true);
+    m_fence.movePlane({notANumber, 0.0, 0.0}, true);
     EXPECT_EQ(m_fence.matrix(), matrix);
 }
 

@@ -1,4 +1,4 @@
-#include <Viewer3dModule/fences/SphereFence.h>
+#include "FenceShapes.h"
 
 #include <gtest/gtest.h>
 
@@ -6,16 +6,6 @@
 #include <limits>
 
 namespace {
-
-constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-constexpr double infinity = std::numeric_limits<double>::infinity();
-
-SphereFence sphere(const glm::dvec3& center, double radius)
-{
-    SphereFence fence;
-    fence.setFence(center, radius);
-    return fence;
-}
 
 TEST(SphereFence, IsAPointAtTheOriginAtFirst)
 {
@@ -35,11 +25,11 @@ TEST(SphereFence, KeepsWhatItIsGiven)
 
 TEST(SphereFence, IsEmptyWithANaNInItsCenter)
 {
-    EXPECT_TRUE(sphere({nan, 0.0, 0.0}, 1.0).empty());
-    EXPECT_TRUE(sphere({0.0, nan, 0.0}, 1.0).empty());
-    EXPECT_TRUE(sphere({0.0, 0.0, nan}, 1.0).empty());
-    EXPECT_FALSE(sphere({infinity, 0.0, 0.0}, nan).empty());
-    EXPECT_FALSE(sphere({0.0, nan, 0.0}, 1.0).contains({0.0, 0.0, 0.0}));
+    EXPECT_TRUE(sphere({notANumber, 0.0, 0.0}, 1.0).empty());
+    EXPECT_TRUE(sphere({0.0, notANumber, 0.0}, 1.0).empty());
+    EXPECT_TRUE(sphere({0.0, 0.0, notANumber}, 1.0).empty());
+    EXPECT_FALSE(sphere({infinity, 0.0, 0.0}, notANumber).empty());
+    EXPECT_FALSE(sphere({0.0, notANumber, 0.0}, 1.0).contains({0.0, 0.0, 0.0}));
 }
 
 TEST(SphereFence, OfRadiusZeroContainsExactlyItsCenter)
@@ -79,16 +69,16 @@ TEST(SphereFence, ContainsThePointsOnIt)
 TEST(SphereFence, OfARadiusThatIsNegativeOrNaNContainsNothing)
 {
     EXPECT_FALSE(sphere({1.0, 2.0, 3.0}, -1.0).contains({1.0, 2.0, 3.0}));
-    EXPECT_FALSE(sphere({1.0, 2.0, 3.0}, nan).contains({1.0, 2.0, 3.0}));
+    EXPECT_FALSE(sphere({1.0, 2.0, 3.0}, notANumber).contains({1.0, 2.0, 3.0}));
 }
 
 TEST(SphereFence, ContainsNoPointWithANaN)
 {
     const SphereFence fence = sphere(glm::dvec3(0.0), 1e300);
     EXPECT_TRUE(fence.contains({1e299, -1e299, 1e299}));
-    EXPECT_FALSE(fence.contains({nan, 0.0, 0.0}));
-    EXPECT_FALSE(fence.contains({0.0, nan, 0.0}));
-    EXPECT_FALSE(fence.contains({0.0, 1.0, nan}));
+    EXPECT_FALSE(fence.contains({notANumber, 0.0, 0.0}));
+    EXPECT_FALSE(fence.contains({0.0, notANumber, 0.0}));
+    EXPECT_FALSE(fence.contains({0.0, 1.0, notANumber}));
     EXPECT_FALSE(fence.contains({infinity, 0.0, 0.0}));
     EXPECT_FALSE(fence.contains({infinity, -infinity, 0.0}));
 }

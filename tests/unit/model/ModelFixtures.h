@@ -3,6 +3,8 @@
 #include <framework/model/CModelElement.h>
 #include <framework/model/CModelElementManager.h>
 #include <framework/model/CModelElementMngrExtension.h>
+#include <framework/model/COrdinaryItemCreator.h>
+#include <framework/model/CProject.h>
 
 #include <functional>
 #include <memory>
@@ -104,4 +106,10 @@ inline std::vector<LONGID> idsOf(const std::vector<CModelElement*>& elements)
     for (const CModelElement* element : elements)
         ids.push_back(element->getId());
     return ids;
+}
+
+template <typename Element>
+void addSettings(CProject& project, int flags = CProject::StoredSettings)
+{
+    project.addProjectSettings(new COrdinaryItemCreator<Element>, flags);
 }

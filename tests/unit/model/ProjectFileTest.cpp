@@ -19,12 +19,6 @@ using testing::IsEmpty;
 
 namespace {
 
-template <typename Element>
-void addSettings(CProject& project, int flags = CProject::StoredSettings)
-{
-    project.addProjectSettings(new COrdinaryItemCreator<Element>, flags);
-}
-
 // A project as a host makes it: what it knows is registered, and nothing is in it.
 std::unique_ptr<CProject> makeProject()
 {

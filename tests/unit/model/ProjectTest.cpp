@@ -9,12 +9,6 @@ using testing::IsEmpty;
 
 namespace {
 
-template <typename Element>
-void addSettings(CProject& project, int flags = CProject::StoredSettings)
-{
-    project.addProjectSettings(new COrdinaryItemCreator<Element>, flags);
-}
-
 // Tells through a counter how many of its kind live.
 class CountedCreator : public COrdinaryItemCreator<LightElement>
 {

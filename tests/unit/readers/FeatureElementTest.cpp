@@ -8,7 +8,7 @@
 
 namespace {
 
-using Part = FeatureElement::Part;
+using FeaturePart = FeatureElement::Part;
 
 FeatureElement makeFeature()
 {
@@ -16,10 +16,10 @@ FeatureElement makeFeature()
     element.setName("plot");
     element.setSourceId("a-7");
     element.setProperty("area", 12.5);
-    Part ring;
-    ring.kind = Part::Ring;
+    FeaturePart ring;
+    ring.kind = FeaturePart::Ring;
     ring.points = {{2700000.123, 1200000.456, 400.0}, {1, 2, 3}, {4, 5, 6}};
-    Part hole = ring;
+    FeaturePart hole = ring;
     hole.hole = true;
     element.setParts({ring, hole});
     return element;
@@ -57,7 +57,7 @@ TEST(FeatureElement, ComesBackFromAnArchive)
     EXPECT_EQ(loaded.getSourceId(), "a-7");
     EXPECT_EQ(loaded.getProperty("area"), QVariant(12.5));
     ASSERT_EQ(loaded.getParts().size(), 2u);
-    EXPECT_EQ(loaded.getParts()[0].kind, Part::Ring);
+    EXPECT_EQ(loaded.getParts()[0].kind, FeaturePart::Ring);
     EXPECT_FALSE(loaded.getParts()[0].hole);
     EXPECT_TRUE(loaded.getParts()[1].hole);
     EXPECT_EQ(loaded.getParts()[0].points, stored.getParts()[0].points);

@@ -6,7 +6,7 @@
 
 namespace {
 
-using Part = FeatureElement::Part;
+using FeaturePart = FeatureElement::Part;
 using Features = std::vector<std::unique_ptr<FeatureElement>>;
 using Points = std::vector<glm::dvec3>;
 
@@ -18,7 +18,7 @@ protected:
         return readers::readGeoJson(write("file.geojson", json), ksp::StagedProgress::dummy());
     }
     QString refusalOf(const QByteArray& json) const { return refusal("geojson", json); }
-    std::vector<Part> partsOf(const QByteArray& geometry) const
+    std::vector<FeaturePart> partsOf(const QByteArray& geometry) const
     {
         const Features features = readFile(geometry);
         EXPECT_EQ(features.size(), 1u);
@@ -48,7 +48,7 @@ const QByteArray point = geometry("Point", "[1,2]");
 TEST_F(GeoJsonTest, PointsInTwoAndThreeDimensions)
 {
     const auto plane = partsOf(point);
-    EXPECT_EQ(plane.at(0).kind, Part::Point);
+    EXPECT_EQ(plane.at(0).kind, FeaturePart::Point);
     EXPECT_EQ(plane[0].points, (Points{{1, 2, 0}}));
     EXPECT_EQ(partsOf(geometry("Point", "[1,2,3,4]")).at(0).points, (Points{{1, 2, 3}}));
     EXPECT_EQ(partsOf(geometry("MultiPoint", "[[1,2],[3,4,5]]")).at(0).points,
@@ -58,7 +58,7 @@ TEST_F(GeoJsonTest, PointsInTwoAndThreeDimensions)
 TEST_F(GeoJsonTest, Lines)
 {
     const auto line = partsOf(geometry("LineString", "[[0,0],[1,0],[1,1]]"));
-    EXPECT_EQ(line.at(0).kind, Part::Line);
+    EXPECT_EQ(line.at(0).kind, FeaturePart::Line);
     EXPECT_EQ(line[0].points, (Points{{0, 0, 0}, {1, 0, 0}, {1, 1, 0}}));
     const auto lines = partsOf(geometry("MultiLineString", "[[[0,0],[1,0]],[[5,5],[6,6]]]"));
     ASSERT_EQ(lines.size(), 2u);
@@ -69,7 +69,7 @@ TEST_F(GeoJsonTest, PolygonsAreRingsWithoutTheRepeatedPoint)
 {
     const auto parts = partsOf(geometry("Polygon", "[[[0,0],[9,0],[9,9],[0,0]],[[5,1],[6,1],[6,2],[5,1]]]"));
     ASSERT_EQ(parts.size(), 2u);
-    EXPECT_EQ(parts[0].kind, Part::Ring);
+    EXPECT_EQ(parts[0].kind, FeaturePart::Ring);
     EXPECT_FALSE(parts[0].hole);
     EXPECT_EQ(parts[0].points, (Points{{0, 0, 0}, {9, 0, 0}, {9, 9, 0}}));
     EXPECT_TRUE(parts[1].hole);
@@ -85,7 +85,7 @@ TEST_F(GeoJsonTest, CollectionOfGeometriesIsOneFeature)
                                geometry("LineString", "[[0,0],[1,0]]") +
                                ",{\"type\":\"GeometryCollection\",\"geometries\":[" + point + "]}]}");
     ASSERT_EQ(parts.size(), 3u);
-    EXPECT_EQ(parts[1].kind, Part::Line);
+    EXPECT_EQ(parts[1].kind, FeaturePart::Line);
 }
 
 TEST_F(GeoJsonTest, MillimetresLastAtGeodeticCoordinates)
@@ -276,7 +276,7 @@ TEST_F(GeoJsonTest, LongListsOfAPropertyAreText)
 
 TEST_F(GeoJsonTest, CoordinatesStayTheDoublesOfTheFile)
 {
-    const std::vector<Part> parts = partsOf(geometry(
+    const std::vector<FeaturePart> parts = partsOf(geometry(
         "LineString", "[[0.1,-0.30000000000000004],[2700000.1230000001,1e15],[-1e15,5e-324,1e-999]]"));
     EXPECT_EQ(parts.at(0).points,
               (Points{{0.1, -0.30000000000000004, 0}, {2700000.1230000001, 1e15, 0}, {-1e15, 5e-324, 0}}));
@@ -333,7 +333,7 @@ TEST_F(GeoJsonTest, HolesBelongToTheirPolygon)
     const auto parts = partsOf(geometry("MultiPolygon", "[[" + ring + "," + ring + "],[],[" + ring + "],[" +
                                                             ring + "," + ring + "," + ring + "]]"));
     std::vector<bool> holes;
-    for (const Part& part : parts)
+    for (const FeaturePart& part : parts)
         holes.push_back(part.hole);
     EXPECT_EQ(holes, (std::vector<bool>{false, true, false, false, true, true}));
 }

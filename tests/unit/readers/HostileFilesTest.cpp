@@ -19,14 +19,14 @@
 
 namespace {
 
-struct Sample
+struct HostileFile
 {
     const char* name;
     const char* extension;
     QByteArray bytes;
 };
 
-std::ostream& operator<<(std::ostream& stream, const Sample& sample)
+std::ostream& operator<<(std::ostream& stream, const HostileFile& sample)
 {
     return stream << sample.name;
 }
@@ -70,7 +70,7 @@ QByteArray binaryStl()
                                         2.f, 0.f, quint16(0));
 }
 
-std::vector<Sample> samples()
+std::vector<HostileFile> samples()
 {
     return {
         {"obj", "obj",
@@ -110,7 +110,7 @@ std::vector<Sample> samples()
          "\"properties\":null}]}"}};
 }
 
-class HostileFiles : public ReaderTest, public ::testing::WithParamInterface<Sample>
+class HostileFiles : public ReaderTest, public ::testing::WithParamInterface<HostileFile>
 {
 protected:
     void TearDown() override { LogTrap::take(); } // what a damaged file still gives is told in warnings

@@ -15,7 +15,7 @@ namespace {
 
 constexpr int fileSize = 10'000'000;
 
-struct Sample
+struct CostlyText
 {
     const char* name;
     QByteArray (*make)();
@@ -24,7 +24,7 @@ struct Sample
     double times = 8.0; ///< of its size that reading may take
 };
 
-std::ostream& operator<<(std::ostream& stream, const Sample& sample)
+std::ostream& operator<<(std::ostream& stream, const CostlyText& sample)
 {
     return stream << sample.name;
 }
@@ -46,7 +46,7 @@ QByteArray members(int count, const QByteArray& value)
 }
 
 // Texts that are no file of any format; reason: why what is valid JSON is refused.
-std::vector<Sample> texts(const char* reason)
+std::vector<CostlyText> texts(const char* reason)
 {
     constexpr const char* notValid = "is not valid JSON at byte ";
     return {
@@ -70,11 +70,11 @@ std::vector<Sample> texts(const char* reason)
     };
 }
 
-const QByteArray point = R"({"type":"Point","coordinates":[1,2]})";
+const QByteArray pointGeometry = R"({"type":"Point","coordinates":[1,2]})";
 
-QByteArray feature(const QByteArray& properties)
+QByteArray featureWith(const QByteArray& properties)
 {
-    return R"({"type":"Feature","geometry":)" + point + R"(,"properties":{)" + properties + "}}";
+    return R"({"type":"Feature","geometry":)" + pointGeometry + R"(,"properties":{)" + properties + "}}";
 }
 
 // A line after a million and more of others.
@@ -85,17 +85,17 @@ QByteArray coordinates(const char* type, const QByteArray& piece, const QByteArr
 
 QByteArray features(const QByteArray& piece)
 {
-    return filled(R"({"type":"FeatureCollection","features":[)", piece, feature("") + "]}");
+    return filled(R"({"type":"FeatureCollection","features":[)", piece, featureWith("") + "]}");
 }
 
 QByteArray property(const QByteArray& front, const QByteArray& piece, const QByteArray& back)
 {
-    const QByteArray whole = feature("\"a\":" + front + "@" + back);
+    const QByteArray whole = featureWith("\"a\":" + front + "@" + back);
     const int place = whole.indexOf('@');
     return filled(whole.left(place), piece, whole.mid(place + 1));
 }
 
-std::vector<Sample> geoJson()
+std::vector<CostlyText> geoJson()
 {
     return {
         {"positions", [] { return coordinates("MultiPoint", "[0,0],", "[1,1]"); }, "of its size"},
@@ -111,25 +111,29 @@ std::vector<Sample> geoJson()
         {"geometries",
          [] {
              return filled(R"({"type":"GeometryCollection","geometries":[)",
-                           R"({"type":"MultiPoint","coordinates":[]},)", point + "]}");
+                           R"({"type":"MultiPoint","coordinates":[]},)", pointGeometry + "]}");
          },
          nullptr},
         {"point_geometries",
-         [] { return filled(R"({"type":"GeometryCollection","geometries":[)", point + ",", point + "]}"); },
+         [] {
+             return filled(R"({"type":"GeometryCollection","geometries":[)", pointGeometry + ",",
+                           pointGeometry + "]}");
+         },
          nullptr},
         {"bare_features", [] { return features(R"({"type":"Feature"},)"); }, "of its size"},
         {"no_features", [] { return features("{},"); }, "it is no feature"},
-        {"a_million_properties", [] { return feature(members(900'000, "0")); }, "more than 65536 properties"},
-        {"one_property_again", [] { return filled(feature("").chopped(2), "\"a\":0,", "\"a\":0}}"); },
+        {"a_million_properties", [] { return featureWith(members(900'000, "0")); },
+         "more than 65536 properties"},
+        {"one_property_again", [] { return filled(featureWith("").chopped(2), "\"a\":0,", "\"a\":0}}"); },
          "more than 65536 properties"},
         {"properties_of_other_names",
          [] {
-             QByteArray all = feature("");
+             QByteArray all = featureWith("");
              for (int i = 0; all.size() < fileSize; ++i) {
                  QByteArray some = "\"b\":0";
                  for (int k = 0; k < 1000; ++k)
                      some += ",\"" + QByteArray::number(i * 1000 + k, 36) + "\":\"c\"";
-                 all += "," + feature(some);
+                 all += "," + featureWith(some);
              }
              return R"({"type":"FeatureCollection","features":[)" + all + "]}";
          },
@@ -140,7 +144,7 @@ std::vector<Sample> geoJson()
          [] {
              return filled(R"({"type":"FeatureCollection","features":[)",
                            R"({"type":"Feature","properties":{"a":[{},{},{},{},{},{},{},{}]}},)",
-                           feature("") + "]}");
+                           featureWith("") + "]}");
          },
          "of its size"},
         {"string_property", [] { return property("\"", "x", "\""); }, nullptr},
@@ -162,17 +166,18 @@ std::vector<Sample> geoJson()
          },
          nullptr},
         {"foreign_members",
-         [] { return filled(point.chopped(1) + R"(,"other":[)", R"({"a":[1,"b"]},)", "0]}"); }, nullptr},
+         [] { return filled(pointGeometry.chopped(1) + R"(,"other":[)", R"({"a":[1,"b"]},)", "0]}"); },
+         nullptr},
     };
 }
 
 // What precedes a list or member of the root.
-QByteArray document(const QByteArray& front, const QByteArray& piece, const QByteArray& back)
+QByteArray gltfDocument(const QByteArray& front, const QByteArray& piece, const QByteArray& back)
 {
     return filled(R"({"asset":{"version":"2.0"},)" + front, piece, back + "}");
 }
 
-std::vector<Sample> gltf()
+std::vector<CostlyText> gltf()
 {
     return {
         {"assembly",
@@ -191,14 +196,15 @@ std::vector<Sample> gltf()
                     "}";
          },
          nullptr},
-        {"nodes", [] { return document("\"nodes\":[", "{},", "{}]"); }, "of its size"},
-        {"zeros_as_nodes", [] { return document("\"nodes\":[", "0,", "0]"); }, "is no object"},
+        {"nodes", [] { return gltfDocument("\"nodes\":[", "{},", "{}]"); }, "of its size"},
+        {"zeros_as_nodes", [] { return gltfDocument("\"nodes\":[", "0,", "0]"); }, "is no object"},
         {"nodes_of_empty_meshes",
-         [] { return document(R"("meshes":[{}],"nodes":[)", R"({"mesh":0},)", "{}]"); }, "of its size"},
-        {"nodes_in_a_scene", [] { return document(R"("scenes":[{"nodes":[)", "0,", "0]}]"); }, "of its size"},
-        {"children", [] { return document(R"("nodes":[{"children":[)", "0,", "0]}]"); }, "of its size"},
+         [] { return gltfDocument(R"("meshes":[{}],"nodes":[)", R"({"mesh":0},)", "{}]"); }, "of its size"},
+        {"nodes_in_a_scene", [] { return gltfDocument(R"("scenes":[{"nodes":[)", "0,", "0]}]"); },
+         "of its size"},
+        {"children", [] { return gltfDocument(R"("nodes":[{"children":[)", "0,", "0]}]"); }, "of its size"},
         {"primitives",
-         [] { return document(R"("nodes":[{"mesh":0}],"meshes":[{"primitives":[)", "{},", "{}]}]"); },
+         [] { return gltfDocument(R"("nodes":[{"mesh":0}],"meshes":[{"primitives":[)", "{},", "{}]}]"); },
          "of its size"},
         {"attributes",
          [] {
@@ -206,15 +212,15 @@ std::vector<Sample> gltf()
                     members(900'000, "0") + "}}]}]}";
          },
          "nothing to draw"},
-        {"accessors", [] { return document("\"accessors\":[", "{},", "{}]"); }, "of its size"},
-        {"scenes", [] { return document("\"scenes\":[", "{},", "{}]"); }, "of its size"},
-        {"extras", [] { return document("\"extras\":[", "{},", "{}]"); }, "nothing to draw"},
-        {"deep_extras", [] { return document("\"extras\":", "[", ""); }, "not valid JSON"},
-        {"extensions", [] { return document("\"extensionsRequired\":[", "{},", "{}]"); }, "of its size"},
-        {"long_name", [] { return document("\"nodes\":[{\"name\":\"", "x", "\"}]"); }, "nothing to draw"},
+        {"accessors", [] { return gltfDocument("\"accessors\":[", "{},", "{}]"); }, "of its size"},
+        {"scenes", [] { return gltfDocument("\"scenes\":[", "{},", "{}]"); }, "of its size"},
+        {"extras", [] { return gltfDocument("\"extras\":[", "{},", "{}]"); }, "nothing to draw"},
+        {"deep_extras", [] { return gltfDocument("\"extras\":", "[", ""); }, "not valid JSON"},
+        {"extensions", [] { return gltfDocument("\"extensionsRequired\":[", "{},", "{}]"); }, "of its size"},
+        {"long_name", [] { return gltfDocument("\"nodes\":[{\"name\":\"", "x", "\"}]"); }, "nothing to draw"},
         {"data",
          [] {
-             return document(
+             return gltfDocument(
                  R"("nodes":[{"mesh":0}],"meshes":[{"primitives":[{"attributes":{"POSITION":0}}]}],"accessors":[{"bufferView":0,"componentType":5126,"count":4,"type":"VEC3"}],"bufferViews":[{"buffer":0,"byteLength":48}],"buffers":[{"byteLength":48,"uri":"data:;base64,)",
                  "AAAA", "\"}]");
          },
@@ -222,7 +228,7 @@ std::vector<Sample> gltf()
     };
 }
 
-QByteArray city(const QByteArray& objects, const QByteArray& piece, const QByteArray& back)
+QByteArray cityDocument(const QByteArray& objects, const QByteArray& piece, const QByteArray& back)
 {
     return filled(
         R"({"type":"CityJSON","version":"2.0","vertices":[[0,0,0],[1,0,0],[1,1,0],[0,1,0]],"CityObjects":{)" +
@@ -232,12 +238,12 @@ QByteArray city(const QByteArray& objects, const QByteArray& piece, const QByteA
 
 QByteArray cityGeometry(const char* type, const QByteArray& piece, const QByteArray& back)
 {
-    return city(R"("a":{"type":"Road","geometry":[{"lod":"1","type":")" + QByteArray(type) +
-                    R"(","boundaries":[)",
-                piece, back + "]}]}");
+    return cityDocument(R"("a":{"type":"Road","geometry":[{"lod":"1","type":")" + QByteArray(type) +
+                            R"(","boundaries":[)",
+                        piece, back + "]}]}");
 }
 
-std::vector<Sample> cityJson()
+std::vector<CostlyText> cityJson()
 {
     return {
         {"points", [] { return cityGeometry("MultiPoint", "0,", "0"); }, nullptr},
@@ -251,13 +257,13 @@ std::vector<Sample> cityJson()
                     members(500'000, R"({"type":"X"})") + "}}";
          },
          "of its size"},
-        {"one_object_again", [] { return city("", R"("a":{"type":"Road"},)", R"("a":{"type":"Road"})"); },
-         "of its size"},
-        {"parents", [] { return city(R"("a":{"type":"Road","parents":[)", "\"a\",", "\"a\"]}"); },
+        {"one_object_again",
+         [] { return cityDocument("", R"("a":{"type":"Road"},)", R"("a":{"type":"Road"})"); }, "of its size"},
+        {"parents", [] { return cityDocument(R"("a":{"type":"Road","parents":[)", "\"a\",", "\"a\"]}"); },
          "of its size"},
         {"kinds",
          [] {
-             return city(
+             return cityDocument(
                  R"("a":{"type":"Road","geometry":[{"type":"MultiPoint","boundaries":[],"semantics":{"surfaces":[)",
                  "{},", "{}]}}]}");
          },
@@ -272,7 +278,7 @@ std::vector<Sample> cityJson()
     };
 }
 
-class JsonCost : public ReaderTest, public ::testing::WithParamInterface<Sample>
+class JsonCost : public ReaderTest, public ::testing::WithParamInterface<CostlyText>
 {
 protected:
     void check(const char* extension, const std::function<void(const QString& path)>& read) const
@@ -310,7 +316,7 @@ class CityJsonCost : public JsonCost
 {
 };
 
-std::string nameOf(const ::testing::TestParamInfo<Sample>& sample)
+std::string nameOf(const ::testing::TestParamInfo<CostlyText>& sample)
 {
     return sample.param.name;
 }

@@ -50,7 +50,7 @@ private:
     const readers::JsonReader& m_reader;
 };
 
-Recorder read(const QByteArray& text)
+Recorder recorded(const QByteArray& text)
 {
     readers::JsonReader reader(text, ksp::StagedProgress::dummy());
     Recorder recorder(reader);
@@ -60,13 +60,13 @@ Recorder read(const QByteArray& text)
 
 QString wordsOf(const QByteArray& text)
 {
-    return read(text).words.join(' ');
+    return recorded(text).words.join(' ');
 }
 
-std::string refusalOf(const QByteArray& text)
+std::string jsonRefusal(const QByteArray& text)
 {
     try {
-        read(text);
+        recorded(text);
     } catch (const ksp::CommonError& error) {
         return error.what();
     }
@@ -89,15 +89,15 @@ TEST(JsonReader, TellsWhatStandsInTheTextInItsOrder)
 
 TEST(JsonReader, TellsWhereBracketsStand)
 {
-    EXPECT_EQ(read(R"({"a":[1, {}], "b":12 })").offsets, (std::vector<int>{1, 6, 10, 11, 12, 22}));
-    EXPECT_EQ(read("\xef\xbb\xbf[]").offsets, (std::vector<int>{4, 5}));
+    EXPECT_EQ(recorded(R"({"a":[1, {}], "b":12 })").offsets, (std::vector<int>{1, 6, 10, 11, 12, 22}));
+    EXPECT_EQ(recorded("\xef\xbb\xbf[]").offsets, (std::vector<int>{4, 5}));
 }
 
 TEST(JsonReader, NumbersAreTheNearestDoubles)
 {
     const std::vector<double> numbers =
-        read("[0.1,2700000.123,1e23,2.2250738585072011e-308,4.9e-324,1e-999,-0.0,"
-             "9223372036854775808,1.7976931348623157e308,3.0]")
+        recorded("[0.1,2700000.123,1e23,2.2250738585072011e-308,4.9e-324,1e-999,-0.0,"
+                 "9223372036854775808,1.7976931348623157e308,3.0]")
             .numbers;
     EXPECT_EQ(numbers, (std::vector<double>{0.1, 2700000.123, 1e23, 2.2250738585072011e-308, 4.9e-324, 0.0,
                                             -0.0, 9223372036854775808.0, 1.7976931348623157e308, 3.0}));
@@ -120,53 +120,53 @@ TEST(JsonReader, TextsAreInUtf8WithTheirEscapesResolved)
 
 TEST(JsonReader, WhatIsNoJsonIsRefusedWithItsPlace)
 {
-    EXPECT_EQ(refusalOf("{\"a\":nope}"), "is not valid JSON at byte 7: invalid literal");
-    EXPECT_EQ(refusalOf("[1,]"),
+    EXPECT_EQ(jsonRefusal("{\"a\":nope}"), "is not valid JSON at byte 7: invalid literal");
+    EXPECT_EQ(jsonRefusal("[1,]"),
               "is not valid JSON at byte 4: unexpected ']'; expected '[', '{', or a literal");
     for (const char* text :
          {"[NaN]",     "[nan]",         "[Infinity]", "[-]",        "[+1]",     "[01]",  "[.5]", "[1.]",
           "[0x10]",    "['a']",         "[1 2]",      "{1:2}",      "{\"a\"}",  "[] []", "[]]",  "[\"\t\"]",
           "[\"\\x\"]", "[\"\\ud800\"]", "[\"\xff\"]", "[\"\xc3\"]", "// a\n[]", "[]\xff"})
-        EXPECT_THAT(refusalOf(text), ::testing::StartsWith("is not valid JSON at byte ")) << text;
+        EXPECT_THAT(jsonRefusal(text), ::testing::StartsWith("is not valid JSON at byte ")) << text;
 }
 
 TEST(JsonReader, OnlyObjectsAndListsAreTexts)
 {
     for (const char* text : {"", "  ", "7", "\"a\"", "null", "nonsense", "\xef\xbb\xbf"})
-        EXPECT_THAT(refusalOf(text), ::testing::EndsWith(": there is no object and no list")) << text;
+        EXPECT_THAT(jsonRefusal(text), ::testing::EndsWith(": there is no object and no list")) << text;
 }
 
 TEST(JsonReader, TextsThatEndTooEarlyAreRefused)
 {
     const QByteArray text = R"({"a":[1.5,"b\n",{"c":null}],"d":true} )";
     for (int size = 1; size < text.size() - 1; ++size)
-        EXPECT_EQ(refusalOf(text.left(size)),
+        EXPECT_EQ(jsonRefusal(text.left(size)),
                   "is not valid JSON at byte " + std::to_string(size) + ": it ends too early");
-    EXPECT_EQ(refusalOf(text), "was read");
+    EXPECT_EQ(jsonRefusal(text), "was read");
 }
 
 TEST(JsonReader, NumbersBeyondADoubleAreRefused)
 {
-    EXPECT_EQ(refusalOf("[1e999]"), "is not valid JSON at byte 6: a number is too large");
-    EXPECT_EQ(refusalOf("[-1e999]"), "is not valid JSON at byte 7: a number is too large");
-    EXPECT_THAT(refusalOf("[0." + QByteArray(200'000, '1') + "]"),
+    EXPECT_EQ(jsonRefusal("[1e999]"), "is not valid JSON at byte 6: a number is too large");
+    EXPECT_EQ(jsonRefusal("[-1e999]"), "is not valid JSON at byte 7: a number is too large");
+    EXPECT_THAT(jsonRefusal("[0." + QByteArray(200'000, '1') + "]"),
                 ::testing::HasSubstr("a number of more than"));
 }
 
 TEST(JsonReader, LongBlanksAndTextsAreNoLongNumbers)
 {
     EXPECT_EQ(wordsOf("[" + QByteArray(1'000'000, ' ') + "1]"), "[ 1 ]");
-    EXPECT_EQ(read("[\"" + QByteArray(1'000'000, '1') + "\"]").words.at(1).size(), 1'000'002);
-    EXPECT_EQ(read("{\"" + QByteArray(1'000'000, '1') + "\":1}").words.at(1).size(), 1'000'001);
+    EXPECT_EQ(recorded("[\"" + QByteArray(1'000'000, '1') + "\"]").words.at(1).size(), 1'000'002);
+    EXPECT_EQ(recorded("{\"" + QByteArray(1'000'000, '1') + "\":1}").words.at(1).size(), 1'000'001);
 }
 
 TEST(JsonReader, NestsAsDeepAsItSays)
 {
     constexpr int deepest = readers::JsonReader::deepest;
-    EXPECT_EQ(refusalOf(nested(deepest)), "was read");
-    EXPECT_EQ(refusalOf(nested(deepest + 1)), "is not valid JSON at byte " + std::to_string(deepest + 1) +
-                                                  ": lists or objects nest too deeply");
-    EXPECT_EQ(refusalOf("[" + (nested(deepest - 1) + ",").repeated(3) + "0]"), "was read");
+    EXPECT_EQ(jsonRefusal(nested(deepest)), "was read");
+    EXPECT_EQ(jsonRefusal(nested(deepest + 1)), "is not valid JSON at byte " + std::to_string(deepest + 1) +
+                                                    ": lists or objects nest too deeply");
+    EXPECT_EQ(jsonRefusal("[" + (nested(deepest - 1) + ",").repeated(3) + "0]"), "was read");
 }
 
 TEST(JsonReader, ProgressIsThatOfTheBytes)

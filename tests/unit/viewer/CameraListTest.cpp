@@ -11,14 +11,14 @@
 
 namespace {
 
-const char* const pattern = "/tmp/out/{name}.png";
+const char* const namePattern = "/tmp/out/{name}.png";
 
 } // namespace
 
 class CameraListTest : public ::testing::Test
 {
 protected:
-    std::vector<CameraList::Entry> read(const QByteArray& json, const QString& names = pattern)
+    std::vector<CameraList::Entry> read(const QByteArray& json, const QString& names = namePattern)
     {
         QFile file(path());
         EXPECT_TRUE(file.open(QIODevice::WriteOnly));
@@ -27,7 +27,7 @@ protected:
         return CameraList::read(path(), names);
     }
     /// What the list is refused with, after its file's name; empty when it is not.
-    QString refusal(const QByteArray& json, const QString& names = pattern)
+    QString refusal(const QByteArray& json, const QString& names = namePattern)
     {
         try {
             read(json, names);
@@ -149,5 +149,5 @@ TEST_F(CameraListTest, WhatIsNoListIsRefused)
     EXPECT_EQ(refusal("[]"), "a list of cameras is wanted, [{...}, ...]");
     EXPECT_EQ(refusal("[[1]]"), "camera 1 of 1: an object is wanted, {...}");
     QFile::remove(path());
-    EXPECT_THROW(CameraList::read(path(), pattern), ksp::CommonError);
+    EXPECT_THROW(CameraList::read(path(), namePattern), ksp::CommonError);
 }

@@ -9,17 +9,17 @@
 namespace {
 
 const glm::dvec3 faraway(2.7e6, 1.2e6, 400.0);
-const QSize size(1280, 720);
+const QSize pictureSize(1280, 720);
 
 DepthCamera cameraOf(const Viewpoint& viewpoint, const gmx::BoundingBox& box)
 {
-    return DepthCamera(viewpoint, size, box, 0.1);
+    return DepthCamera(viewpoint, pictureSize, box, 0.1);
 }
 
 DepthCamera cameraAt(const glm::dvec3& place, IProjection::Projection type)
 {
     return cameraOf(Viewpoint::looking(place + glm::dvec3(30, -40, 20), place + glm::dvec3(1, 2, 3),
-                                       glm::dvec3(0.1, 0.2, 1.0), type, size),
+                                       glm::dvec3(0.1, 0.2, 1.0), type, pictureSize),
                     gmx::BoundingBox(place - glm::dvec3(5.0), place + glm::dvec3(5.0)));
 }
 
@@ -39,8 +39,8 @@ TEST_P(DepthCameraJson, TurnsPixelsIntoPoints)
             const glm::dvec3 point = place + glm::dvec3(i & 1 ? 5 : -5, i & 2 ? 5 : -5, i & 4 ? 5 : -5);
             const glm::dvec4 eye = camera.view() * glm::dvec4(point, 1.0);
             const glm::dvec4 clip = camera.projection() * eye;
-            const double column = (clip.x / clip.w + 1.0) / 2.0 * size.width() - 0.5;
-            const double row = (1.0 - clip.y / clip.w) / 2.0 * size.height() - 0.5;
+            const double column = (clip.x / clip.w + 1.0) / 2.0 * pictureSize.width() - 0.5;
+            const double row = (1.0 - clip.y / clip.w) / 2.0 * pictureSize.height() - 0.5;
             EXPECT_LT(glm::distance(file.point(column, row, -eye.z), point), 1e-8);
         }
     }
@@ -114,7 +114,8 @@ TEST(DepthCameraFields, CentralOnesTellTheirFieldOfView)
 
 TEST(DepthCameraFields, ParallelOnesTellTheirExtents)
 {
-    Viewpoint viewpoint = Viewpoint::looking({0, 0, 10}, {0, 0, 0}, {0, 1, 0}, IProjection::Parallel, size);
+    Viewpoint viewpoint =
+        Viewpoint::looking({0, 0, 10}, {0, 0, 0}, {0, 1, 0}, IProjection::Parallel, pictureSize);
     viewpoint.projection().setZoom(0.25); // model units a pixel
     const QJsonObject object =
         DepthCameraFile(cameraOf(viewpoint, gmx::BoundingBox({-1, -1, -1}, {1, 1, 1})).toJson()).object;
@@ -128,8 +129,9 @@ TEST(DepthCameraFields, ParallelOnesTellTheirExtents)
 TEST(DepthCameraFields, FlatBoxHasRoomBetweenItsPlanes)
 {
     for (const IProjection::Projection type : {IProjection::Central, IProjection::Parallel}) {
-        const DepthCamera camera = cameraOf(Viewpoint::looking({0, 0, 10}, {0, 0, 0}, {0, 1, 0}, type, size),
-                                            gmx::BoundingBox({-500, -500, 0}, {500, 500, 0}));
+        const DepthCamera camera =
+            cameraOf(Viewpoint::looking({0, 0, 10}, {0, 0, 0}, {0, 1, 0}, type, pictureSize),
+                     gmx::BoundingBox({-500, -500, 0}, {500, 500, 0}));
         EXPECT_LT(camera.nearDistance(), 10.0 - 1e-3);
         EXPECT_GT(camera.farDistance(), 10.0 + 1e-3);
     }

@@ -10,7 +10,7 @@ namespace {
 using Part = FeatureElement::Part;
 using Points = std::vector<glm::dvec3>;
 
-Part part(Part::Kind kind, Points points, bool hole = false)
+Part labelPart(Part::Kind kind, Points points, bool hole = false)
 {
     Part result;
     result.kind = kind;
@@ -33,18 +33,18 @@ void expectNear(const glm::dvec3& a, const glm::dvec3& b, double tolerance = 1e-
 
 TEST(LabelPlace, OfPointsIsTheFirst)
 {
-    expectNear(labelPlace({part(Part::Point, {{1, 2, 3}, {9, 9, 9}})}), {1, 2, 3});
+    expectNear(labelPlace({labelPart(Part::Point, {{1, 2, 3}, {9, 9, 9}})}), {1, 2, 3});
     expectNear(labelPlace({}), {0, 0, 0});
-    expectNear(labelPlace({part(Part::Ring, {}), part(Part::Line, {})}), {0, 0, 0});
+    expectNear(labelPlace({labelPart(Part::Ring, {}), labelPart(Part::Line, {})}), {0, 0, 0});
 }
 
 TEST(LabelPlace, OfLinesIsHalfWayAlongTheLongest)
 {
-    const Part shortOne = part(Part::Line, {{0, 0, 0}, {1, 0, 0}});
-    const Part longOne = part(Part::Line, {{0, 0, 0}, {2, 0, 0}, {2, 0, 0}, {2, 6, 0}});
+    const Part shortOne = labelPart(Part::Line, {{0, 0, 0}, {1, 0, 0}});
+    const Part longOne = labelPart(Part::Line, {{0, 0, 0}, {2, 0, 0}, {2, 0, 0}, {2, 6, 0}});
     expectNear(labelPlace({shortOne, longOne}), {2, 2, 0});
-    expectNear(labelPlace({part(Part::Point, {{7, 7, 7}}), shortOne}), {0.5, 0, 0});
-    expectNear(labelPlace({part(Part::Line, {{4, 4, 4}, {4, 4, 4}})}), {4, 4, 4});
+    expectNear(labelPlace({labelPart(Part::Point, {{7, 7, 7}}), shortOne}), {0.5, 0, 0});
+    expectNear(labelPlace({labelPart(Part::Line, {{4, 4, 4}, {4, 4, 4}})}), {4, 4, 4});
 }
 
 TEST(LabelPlace, OfAreasLiesInTheLargestAwayFromItsOutline)
@@ -52,22 +52,23 @@ TEST(LabelPlace, OfAreasLiesInTheLargestAwayFromItsOutline)
     // a U, whose middle lies outside
     const Points horseshoe = {{0, 0, 0}, {10, 0, 0}, {10, 10, 0}, {8, 10, 0},
                               {8, 2, 0}, {2, 2, 0},  {2, 10, 0},  {0, 10, 0}};
-    const Part ring = part(Part::Ring, horseshoe);
-    const glm::dvec3 place = labelPlace(
-        {part(Part::Ring, rectangle(100, 100, 101, 101)), part(Part::Line, {{0, 0, 0}, {99, 0, 0}}), ring});
+    const Part ring = labelPart(Part::Ring, horseshoe);
+    const glm::dvec3 place = labelPlace({labelPart(Part::Ring, rectangle(100, 100, 101, 101)),
+                                         labelPart(Part::Line, {{0, 0, 0}, {99, 0, 0}}), ring});
     const bool isInside = place.y < 2 ? place.x > 0 && place.x < 10
                                       : (place.x > 0 && place.x < 2) || (place.x > 8 && place.x < 10);
     EXPECT_TRUE(isInside) << place.x << ", " << place.y;
-    const glm::dvec3 middle = labelPlace({part(Part::Ring, rectangle(0, 0, 4, 2))});
+    const glm::dvec3 middle = labelPlace({labelPart(Part::Ring, rectangle(0, 0, 4, 2))});
     EXPECT_NEAR(middle.x, 2.0, 1e-9);
     EXPECT_NEAR(middle.y, 1.0, 0.1);
 }
 
 TEST(LabelPlace, IsNotInAHole)
 {
-    const glm::dvec3 place = labelPlace(
-        {part(Part::Ring, rectangle(0, 0, 10, 10)), part(Part::Ring, rectangle(1, 1, 8, 9), true),
-         part(Part::Ring, rectangle(50, 50, 51, 51)), part(Part::Ring, rectangle(8, 0, 10, 10), true)});
+    const glm::dvec3 place = labelPlace({labelPart(Part::Ring, rectangle(0, 0, 10, 10)),
+                                         labelPart(Part::Ring, rectangle(1, 1, 8, 9), true),
+                                         labelPart(Part::Ring, rectangle(50, 50, 51, 51)),
+                                         labelPart(Part::Ring, rectangle(8, 0, 10, 10), true)});
     EXPECT_GT(place.x, 8.0) << "only the holes that follow it are its own";
     EXPECT_LT(place.x, 10.0);
     EXPECT_NEAR(place.x, 9.0, 1e-9);
@@ -84,8 +85,9 @@ TEST(LabelPlace, LiesInThePlaneOfTheArea)
                 Points points = rectangle(-3, -1, 3, 1);
                 for (glm::dvec3& point : points)
                     point = glm::dvec3(turn * glm::dvec4(point, 1.0)) + shift;
-                const glm::dvec3 local = glm::dvec3(
-                    glm::inverse(turn) * glm::dvec4(labelPlace({part(Part::Ring, points)}) - shift, 1.0));
+                const glm::dvec3 local =
+                    glm::dvec3(glm::inverse(turn) *
+                               glm::dvec4(labelPlace({labelPart(Part::Ring, points)}) - shift, 1.0));
                 EXPECT_NEAR(local.z, 0.0, 1e-6);
                 EXPECT_LT(std::abs(local.x), 2.1);
                 EXPECT_LT(std::abs(local.y), 0.3);
@@ -94,8 +96,8 @@ TEST(LabelPlace, LiesInThePlaneOfTheArea)
 
 TEST(LabelPlace, OfWhatHasNoAreaIsStillOnIt)
 {
-    expectNear(labelPlace({part(Part::Ring, {{5, 5, 5}, {5, 5, 5}, {5, 5, 5}})}), {5, 5, 5});
-    const glm::dvec3 place = labelPlace({part(Part::Ring, {{0, 0, 1}, {4, 0, 1}, {8, 0, 1}})});
+    expectNear(labelPlace({labelPart(Part::Ring, {{5, 5, 5}, {5, 5, 5}, {5, 5, 5}})}), {5, 5, 5});
+    const glm::dvec3 place = labelPlace({labelPart(Part::Ring, {{0, 0, 1}, {4, 0, 1}, {8, 0, 1}})});
     expectNear(place, {4, 0, 1});
 }
 

@@ -14,7 +14,7 @@
 
 namespace {
 
-QImage pattern(const QSize& size, QImage::Format format)
+QImage patternImage(const QSize& size, QImage::Format format)
 {
     QImage image(size, format);
     for (int y = 0; y < size.height(); ++y)
@@ -55,7 +55,7 @@ TEST_F(PictureWriterTest, PixelsReadBackAsTheyWere)
 {
     for (const auto format : {QImage::Format_RGB888, QImage::Format_RGBA8888})
         for (const QSize& size : {QSize(1, 1), QSize(300, 200), QSize(5, 3000), QSize(70000, 2)}) {
-            const QImage image = pattern(size, format);
+            const QImage image = patternImage(size, format);
             PictureFile::write(path("a.png"), image);
             const QImage back(path("a.png"));
             EXPECT_EQ(back.convertToFormat(format), image);
@@ -69,7 +69,7 @@ TEST_F(PictureWriterTest, PixelsReadBackAsTheyWere)
 
 TEST_F(PictureWriterTest, TiffIsPackedAndSaysWhatItsSamplesAre)
 {
-    const QImage image = pattern(QSize(1000, 3000), QImage::Format_RGBA8888);
+    const QImage image = patternImage(QSize(1000, 3000), QImage::Format_RGBA8888);
     PictureFile::write(path("a.tif"), image);
     TIFF* tiff = TIFFOpen(qPrintable(path("a.tif")), "r");
     ASSERT_TRUE(tiff);
@@ -95,7 +95,7 @@ TEST_F(PictureWriterTest, TiffIsPackedAndSaysWhatItsSamplesAre)
 
 TEST_F(PictureWriterTest, FileThatIsNotCommittedLeavesNothing)
 {
-    const QImage image = pattern(QSize(100, 100), QImage::Format_RGB888);
+    const QImage image = patternImage(QSize(100, 100), QImage::Format_RGB888);
     for (const char* name : {"a.png", "a.tif"}) {
         OutputFile file(path(name));
         PictureWriter::create(file, image.size(), false)->writeRow(image.constScanLine(0));

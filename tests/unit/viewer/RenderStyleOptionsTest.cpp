@@ -13,7 +13,7 @@ RenderOptions parse(const QStringList& arguments)
         parseCommandLine(QStringList{"render", "a.obj", "-o", "a.png"} + arguments));
 }
 
-QString refusal(const QStringList& arguments)
+QString styleRefusal(const QStringList& arguments)
 {
     try {
         parse(arguments);
@@ -39,8 +39,8 @@ TEST(RenderStyleOptions, EyeDomeShadings)
     EXPECT_EQ(parse({"--edl", "off"}).eyeDome, EyeDomeShading::Off);
     EXPECT_EQ(parse({"--edl", "positive"}).eyeDome, EyeDomeShading::Positive);
     EXPECT_EQ(parse({"--edl", "Negative"}).eyeDome, EyeDomeShading::Negative);
-    EXPECT_EQ(refusal({"--edl", "on"}), "--edl on: one of off, positive, negative is wanted");
-    EXPECT_EQ(refusal({"--edl", "off", "--edl", "positive"}), "--edl is given 2 times; give it once");
+    EXPECT_EQ(styleRefusal({"--edl", "on"}), "--edl on: one of off, positive, negative is wanted");
+    EXPECT_EQ(styleRefusal({"--edl", "off", "--edl", "positive"}), "--edl is given 2 times; give it once");
 }
 
 TEST(RenderStyleOptions, ElevationNeedsNoFile)
@@ -64,8 +64,9 @@ TEST(RenderStyleOptions, ElevationTakesAFile)
         EXPECT_EQ(options.files, QStringList("a.obj"));
     }
     EXPECT_EQ(parse({"--elevation=x=y.csv"}).elevation.file, "x=y.csv");
-    EXPECT_EQ(refusal({"--elevation="}), "--elevation= wants the name of a file");
-    EXPECT_EQ(refusal({"--elevation", "--elevation=b.txt"}), "--elevation is given 2 times; give it once");
+    EXPECT_EQ(styleRefusal({"--elevation="}), "--elevation= wants the name of a file");
+    EXPECT_EQ(styleRefusal({"--elevation", "--elevation=b.txt"}),
+              "--elevation is given 2 times; give it once");
 }
 
 TEST(RenderStyleOptions, NothingIsAnOptionAfterTwoDashes)
@@ -80,13 +81,13 @@ TEST(RenderStyleOptions, BelongToElevation)
     const RenderOptions options = parse({"--elevation", "--discrete", "--legend"});
     EXPECT_TRUE(options.elevation.isDiscrete);
     EXPECT_TRUE(options.elevation.hasLegend);
-    EXPECT_EQ(refusal({"--discrete"}), "--discrete belongs to --elevation; add that");
-    EXPECT_EQ(refusal({"--legend"}), "--legend belongs to --elevation; add that");
+    EXPECT_EQ(styleRefusal({"--discrete"}), "--discrete belongs to --elevation; add that");
+    EXPECT_EQ(styleRefusal({"--legend"}), "--legend belongs to --elevation; add that");
 }
 
 TEST(RenderStyleOptions, MistypedOnesAreNamed)
 {
-    EXPECT_EQ(refusal({"--elevatoin"}), "unknown option --elevatoin; did you mean --elevation?");
+    EXPECT_EQ(styleRefusal({"--elevatoin"}), "unknown option --elevatoin; did you mean --elevation?");
 }
 
 TEST(RenderStyleOptions, HelpShowsWhatMayBeLeftOut)
@@ -108,6 +109,6 @@ TEST(RenderStyleOptions, LabelsShowNamesOrAnotherProperty)
         EXPECT_EQ(options.labels, QString("name"));
         EXPECT_EQ(options.files, QStringList({"a.obj", file}));
     }
-    EXPECT_EQ(refusal({"--labels="}), "--labels= wants a word");
-    EXPECT_EQ(refusal({"--labels", "--labels=b"}), "--labels is given 2 times; give it once");
+    EXPECT_EQ(styleRefusal({"--labels="}), "--labels= wants a word");
+    EXPECT_EQ(styleRefusal({"--labels", "--labels=b"}), "--labels is given 2 times; give it once");
 }
