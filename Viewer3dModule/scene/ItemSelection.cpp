@@ -3,6 +3,7 @@
 #include <Viewer3dModule/drawables/Drawable3dItem.h>
 #include <Viewer3dModule/drawers/DrawerType.h>
 #include <Viewer3dModule/drawers/Item3dSelectionProvider.h>
+#include <Viewer3dModule/drawers/MultiGlyphItem3dDrawer.h>
 #include <Viewer3dModule/drawers/SequentialItem3dDrawer.h>
 #include <Viewer3dModule/scene/Scene3d.h>
 #include <Viewer3dModule/scene/longestTargetSide.h>
@@ -45,12 +46,6 @@ bool isTooLarge(OpenGLFunctions& gl, const QSize& size)
             .arg(size.height())
             .arg(side));
     return true;
-}
-
-double reachOf(const Drawable3dItem& item)
-{
-    if (item.getDefaultDrawerType() == DrawerType::Caption) return std::numeric_limits<double>::infinity();
-    return static_cast<double>(item.pixelReach());
 }
 
 void makeUnique(std::vector<LONGID>& ids)
@@ -127,6 +122,18 @@ bool ItemSelection::isChosen(Drawable3dItem* item) const
 bool ItemSelection::isAllInArea(const QRect& pixels) const
 {
     return m_area.pixels().contains(pixels) && (m_areaIsRectangle || m_area.containsAll(pixels));
+}
+
+/// Captions and labels of glyphs are as long as their texts are, of which their items know nothing.
+double ItemSelection::reachOf(const Drawable3dItem& item)
+{
+    const Item3dDrawer* drawer = item.getDrawer();
+    if (drawer != m_lastDrawer) { // items come drawer by drawer
+        m_lastDrawer = drawer;
+        m_drawsLabels = dynamic_cast<const MultiGlyphItem3dDrawer*>(drawer) != nullptr;
+    }
+    const bool isText = m_drawsLabels || item.getDefaultDrawerType() == DrawerType::Caption;
+    return isText ? std::numeric_limits<double>::infinity() : static_cast<double>(item.pixelReach());
 }
 
 bool ItemSelection::reachesArea(const gmx::BoundingBox& box, double reach) const
@@ -269,14 +276,14 @@ void ItemSelection::drop(std::vector<LONGID>& found, const std::vector<LONGID>& 
 }
 
 /// Whether the box and all that is drawn around it lie in the picture, and in the area.
-bool ItemSelection::isInsideByBox(LONGID id) const
+bool ItemSelection::isInsideByBox(LONGID id)
 {
     const Drawable3dItem& item = *m_items.at(id);
     return isInPictureByBox(id) &&
            isAllInArea(m_picture.pixelsOf(item.hostItem()->sceneBoundingBox(), reachOf(item)));
 }
 
-bool ItemSelection::isInPictureByBox(LONGID id) const
+bool ItemSelection::isInPictureByBox(LONGID id)
 {
     const Drawable3dItem& item = *m_items.at(id);
     const gmx::BoundingBox box = item.hostItem()->sceneBoundingBox();

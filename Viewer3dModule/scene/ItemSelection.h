@@ -46,6 +46,8 @@ private:
     bool isAllInArea(const QRect& pixels) const;
     bool reachesArea(const gmx::BoundingBox& box, double reach) const;
     bool isChosen(Drawable3dItem* item) const;
+    /// How far beyond its box the item may draw, pixels.
+    double reachOf(const Drawable3dItem& item);
     /// The kinds of primitives (PrimitiveBit) of which drawing by the drawer sets the item's bit.
     int kindsMarkedBy(const Item3dDrawer* drawer);
     bool isSelectedByBox(Drawable3dItem& item, const gmx::BoundingBox& box);
@@ -60,8 +62,8 @@ private:
 
     void keepInside(OpenGLFunctions& gl, std::vector<LONGID>& found);
     void drop(std::vector<LONGID>& found, const std::vector<LONGID>& outside);
-    bool isInsideByBox(LONGID id) const;
-    bool isInPictureByBox(LONGID id) const;
+    bool isInsideByBox(LONGID id);
+    bool isInPictureByBox(LONGID id);
     std::vector<LONGID> outsideOfArea(OpenGLFunctions& gl, const std::vector<LONGID>& found);
     std::vector<LONGID> aroundPicture(OpenGLFunctions& gl, const std::vector<LONGID>& found);
     std::vector<LONGID> withVerticesOutside(OpenGLFunctions& gl, const std::vector<LONGID>& found);
@@ -76,6 +78,8 @@ private:
     PictureVolume m_areaVolume;
     PictureVolume m_picture;
     bool m_isFenced;
+    const Item3dDrawer* m_lastDrawer = nullptr; // that an item was of
+    bool m_drawsLabels = false;                 // that one
     std::vector<LONGID> m_selectedByBox;
     std::unordered_map<const Item3dDrawer*, int> m_kinds;
     std::unordered_map<LONGID, Drawable3dItem*> m_items; // those found or drawn; only for the rule Inside
