@@ -8,6 +8,7 @@
 #include <QtCore/QFileInfo>
 #include <QtGui/QImageReader>
 
+#include <algorithm>
 #include <cmath>
 
 namespace readers {
@@ -62,15 +63,29 @@ World readWorld(const QString& path)
     return world;
 }
 
+// A PNG file that ends early is told by its end: the library that decodes it would speak up by itself.
+bool isWhole(const QString& path, const QByteArray& format)
+{
+    if (format != "png") return true;
+    constexpr qint64 end =
+        4096; // bytes: the last chunk takes 12, and some programs leave something behind it
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) && file.seek(std::max(qint64(0), file.size() - end)) &&
+           file.read(end).contains("IEND");
+}
+
+// Decodes the picture, too: one that nobody can show is refused with the other files.
 QSize readSize(const QString& path)
 {
     constexpr qint64 mostPixels = 400'000'000;
-    const QImageReader reader(path);
+    QImageReader reader(path);
     const QSize size = reader.size();
     if (!reader.canRead() || size.isEmpty())
         throw ksp::CommonError(QStringLiteral("cannot be read as a picture: %1").arg(reader.errorString()));
     if (qint64(size.width()) * size.height() > mostPixels)
         throw ksp::CommonError(QStringLiteral("has more than 400 million pixels"));
+    if (!isWhole(path, reader.format()) || reader.read().isNull())
+        throw ksp::CommonError(QStringLiteral("cannot be read as a picture: it is damaged"));
     return size;
 }
 

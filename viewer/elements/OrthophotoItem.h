@@ -9,7 +9,7 @@
 class OrthophotoElement;
 
 /// Shows a picture from above on the ground, unlit. The unit square gets its place by the model matrix, which
-/// is composed in doubles.
+/// is composed in doubles. What else lies at its height is drawn over it.
 class OrthophotoItem : public Graphics3dItem
 {
 public:

@@ -144,6 +144,33 @@ TEST_F(CityPicture, RaisedPolygonsStandAsHighAsTheySay)
     EXPECT_NEAR(height / width, 40.0 / 20.0, 0.04);
 }
 
+// Both lie at height 0 unless somebody says otherwise.
+TEST_F(CityPicture, PolygonsLieOverAPictureAtTheirHeight)
+{
+    const QString file = write("squares.geojson", squares);
+    QImage field(40, 30, QImage::Format_RGB32);
+    field.fill(Qt::darkGreen);
+    ASSERT_TRUE(field.save(path("field.png")));
+    write("field.pgw", "5\n0\n0\n-5\n2599925\n1200085\n");
+    for (const char* eye : {"2600025,1200010,90", "2600025,1199900,60", "2600140,1199950,9"}) {
+        const QStringList from = {"--eye", eye,       "--target", "2600025,1200010,0",
+                                  "--up",  "0,1,0.1", "--size",   "300x200"};
+        const QImage alone = render(QStringList{file} + from);
+        const QImage over = render(QStringList{file, path("field.png")} + from);
+        int inside = 0, hidden = 0; // pixels with nothing of an edge
+        for (int y = 1; y < 199; ++y)
+            for (int x = 1; x < 299; ++x) {
+                bool isInside = isLike(alone.pixel(x, y), Qt::red) || isLike(alone.pixel(x, y), Qt::blue);
+                for (int i = 0; i < 9; ++i)
+                    isInside = isInside && alone.pixel(x - 1 + i % 3, y - 1 + i / 3) == alone.pixel(x, y);
+                inside += isInside;
+                hidden += isInside && over.pixel(x, y) != alone.pixel(x, y);
+            }
+        EXPECT_GT(inside, 20) << eye;
+        EXPECT_EQ(hidden, 0) << eye;
+    }
+}
+
 TEST_F(CityPicture, PictureOnTheGroundIsWhatItWasMadeOf)
 {
     const QImage plan = fromAbove(write("squares.geojson", squares));

@@ -72,6 +72,11 @@ TEST_F(OrthophotoTest, IsRefusedInOneLine)
     EXPECT_EQ(refusalOf(path), "the pixels of its world file a.pgw have no area");
     write("b.png", "no picture");
     EXPECT_EQ(refusalOf(folder.filePath("b.png")).substr(0, 28), "cannot be read as a picture:");
+    QFile whole(writePicture("c.png", {40, 40}));
+    write("c.pgw", "1 0 0 -1 5 5");
+    EXPECT_EQ(refusalOf(folder.filePath("c.png")), "was read");
+    ASSERT_TRUE(whole.resize(whole.size() - 20));
+    EXPECT_EQ(refusalOf(folder.filePath("c.png")), "cannot be read as a picture: it is damaged");
 }
 
 TEST_F(OrthophotoTest, IsStoredWithItsPlace)
