@@ -4,6 +4,8 @@
 #include <viewer/elements/SurfaceMesh.h>
 #include <viewer/printable.h>
 
+#include <framework/ksp/Log.h>
+
 #include <algorithm>
 #include <cmath>
 
@@ -168,7 +170,8 @@ MeshData FeatureAreas::meshOf(const FeatureElement& feature, const FeatureStyle&
                 ring.push_back(point - origin);
             wallMesh.add(ring, i > first, roofs[i].points[0].z - origin.z);
         }
-        surfaces.add(region, areas);
+        if (!surfaces.add(region, areas))
+            ksp::Log::error(QStringLiteral("polygon %1: it encloses no area").arg(quoted(feature.getName())));
     });
     addPart(mesh, walls, style.wall);
     addPart(mesh, areas, style.fill);

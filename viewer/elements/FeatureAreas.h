@@ -18,7 +18,8 @@ std::vector<FeatureElement::Part> raised(const FeatureElement& feature);
 gmx::BoundingBox boundsOf(const FeatureElement& feature);
 /// Whether anything is filled in this style.
 bool areDrawn(const FeatureElement& feature, const FeatureStyle& style);
-/// Floors without walls, or walls and roofs. The colours are those of the style.
+/// Floors without walls, or walls and roofs. The colours are those of the style. A polygon without area is
+/// left out, with a line in the log.
 MeshData meshOf(const FeatureElement& feature, const FeatureStyle& style, const glm::dvec3& origin);
 
 } // namespace FeatureAreas

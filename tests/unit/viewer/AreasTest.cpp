@@ -8,6 +8,7 @@
 #include <framework/model/CityObjectElement.h>
 
 #include <gtest/gtest.h>
+#include <tests/support/LogTrap.h>
 
 // What is filled: areas of features, and city objects.
 
@@ -105,6 +106,17 @@ TEST(FeatureAreas, FlatOnesHaveHoles)
     ASSERT_EQ(mesh.parts.size(), 1u);
     EXPECT_NEAR(areaOf(mesh, mesh.parts[0]), 20.0 * 10.0 - 25.0, 1e-4);
     EXPECT_EQ(ElementSummary::of(feature).triangles, mesh.indices.size() / 3);
+}
+
+TEST(FeatureAreas, WithoutAreaOneLeavesALine)
+{
+    for (const glm::dvec3& third : {glm::dvec3(2, 2, 0), {1, 1, 0}, {0, 0, 0}}) {
+        FeatureElement feature;
+        feature.setName("plot 7");
+        feature.setParts({ring(false, {{0, 0, 0}, {1, 1, 0}, third})});
+        EXPECT_TRUE(meshOf(feature).indices.empty());
+        EXPECT_EQ(LogTrap::take(), QStringList{"polygon \"plot 7\": it encloses no area"});
+    }
 }
 
 TEST(FeatureAreas, RaisedOnesHaveWallsThatLookOutwardsAndARoof)
