@@ -81,9 +81,8 @@ public:
     /// not there, all points lie on a line, or the edges cross too often.
     /// @param keepFlatTriangles  whether triangles without area stay, which join points on a line to their
     ///                           neighbours
-    /// @param maximumCrossings   a region with more is refused; -1 for as many as memory can be spent on:
-    /// 100,000
-    ///                           and 16 a point, by an estimate
+    /// @param maximumCrossings   a region with more is refused; -1 for as many as memory can be spent on,
+    ///                           100,000 and 16 a point, by an estimate
     /// @param progress           may be null. When it is canceled there are no triangles, and no line.
     /// @return whether there is a division for update()
     bool createTriangulation(bool keepFlatTriangles, std::int64_t maximumCrossings,

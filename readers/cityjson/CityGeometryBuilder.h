@@ -52,7 +52,6 @@ private:
     void addLine(Node boundaries, Node semantics, const Styles& styles);
     void addPoints(Node boundaries, Node semantics, const Styles& styles);
     std::optional<std::uint32_t> addRing(Node boundaries, Node texture);
-    void addTexCoords(Node boundaries, Node texture);
     void dropRepeatedCorner(std::size_t ringBegin);
     void endPiece(CityGeometry::Piece::Kind kind, std::uint32_t look);
     void addCorner(std::uint32_t vertex);
