@@ -1,44 +1,9 @@
 // Polygons that are hardly any, by the thousand: no crash, and the documented answer.
-#include "FenceShapes.h"
+#include "DegenerateRings.h"
 
 #include <QtCore/QElapsedTimer>
 
-#include <limits>
-
 namespace {
-
-constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-
-enum Kind { Collinear, WithNaN, TwoPoints, Repeated, SelfCrossing, OnePlace, Huge, kinds };
-
-Ring degenerateRing(Dice& dice, int kind)
-{
-    Ring ring;
-    const glm::dvec2 from(dice.between(-1.0, 1.0), dice.between(-1.0, 1.0));
-    const glm::dvec2 way(dice.between(-1.0, 1.0), dice.between(-1.0, 1.0));
-    switch (kind) {
-    case Collinear:
-        for (int i = dice.between(3, 9); i > 0; --i)
-            ring.push_back(from + dice.between(-1.0, 1.0) * way);
-        return closed(ring);
-    case WithNaN:
-        ring = randomRing(dice, dice.between(3, 9), 1.0);
-        ring[std::size_t(dice.between(0, int(ring.size()) - 1))][dice.between(0, 1)] = nan;
-        return ring;
-    case TwoPoints:
-        return dice.oneIn(2) ? closed({from, way}) : Ring{from, way};
-    case Repeated:
-        for (const glm::dvec2& corner : randomRing(dice, dice.between(3, 9), 1.0))
-            ring.insert(ring.end(), std::size_t(dice.between(1, 4)), corner);
-        return ring;
-    case SelfCrossing:
-        return randomRing(dice, dice.between(20, 60), 1.0);
-    case OnePlace:
-        return Ring(std::size_t(dice.between(4, 9)), from);
-    default:
-        return randomRing(dice, dice.between(3, 9), 1e30);
-    }
-}
 
 /// Parity by a division, of the polygon as the fence keeps it; the place is on no border by chance.
 bool isInside(const std::vector<glm::vec2>& polygon, long double x, long double y)
@@ -54,7 +19,7 @@ bool isInside(const std::vector<glm::vec2>& polygon, long double x, long double 
 template <typename Fence>
 void expectSensible(const Fence& fence, const Ring& ring, int kind)
 {
-    EXPECT_EQ(fence.empty(), kind == WithNaN || kind == TwoPoints);
+    EXPECT_EQ(fence.empty(), kind == degenerate_rings::WithNaN || kind == degenerate_rings::TwoPoints);
     EXPECT_EQ(fence.fence().size(), fence.empty() ? 0u : ring.size());
     EXPECT_EQ(fence.getNearFence().size(), fence.fence().size());
     EXPECT_EQ(fence.getFarFence().size(), fence.fence().size());
@@ -68,14 +33,14 @@ TEST(DegenerateFences, AnswerAsIfTheyWereProper)
     Dice dice(1);
     int polygons = 0, empty = 0, points = 0, inside = 0, different = 0;
     for (; polygons < 1000; ++polygons) {
-        const int kind = polygons % kinds;
-        const Ring ring = degenerateRing(dice, kind);
+        const int kind = polygons % degenerate_rings::kinds;
+        const Ring ring = degenerate_rings::make(dice, kind);
         Frustum3D swept = frustum({}, ring, 1.0, 4.0, 1.0);
         Prism3D straight = prism({}, ring, 3.0);
         expectSensible(swept, ring, kind);
         expectSensible(straight, ring, kind);
         empty += swept.empty();
-        const double half = kind == Huge ? 1e30 : 1.0;
+        const double half = kind == degenerate_rings::Huge ? 1e30 : 1.0;
         for (int i = 0; i < 100; ++i) {
             const float x = float(dice.between(-half, half)), y = float(dice.between(-half, half));
             const bool expected = isInside(swept.fence(), x, y);
@@ -87,8 +52,8 @@ TEST(DegenerateFences, AnswerAsIfTheyWereProper)
         }
         swept.movePlane({1.0, 2.0, 3.0}, polygons % 2 == 0);
         straight.movePlane({1.0, 2.0, 3.0}, polygons % 2 == 0);
-        EXPECT_FALSE(swept.contains({nan, 0.0, 2.0}));
-        EXPECT_FALSE(straight.contains({nan, 0.0, 2.0}));
+        EXPECT_FALSE(swept.contains({degenerate_rings::nan, 0.0, 2.0}));
+        EXPECT_FALSE(straight.contains({degenerate_rings::nan, 0.0, 2.0}));
     }
     EXPECT_EQ(different, 0);
     std::printf("%d polygons, %d of them none: %d points, %d inside, %d different\n", polygons, empty, points,
