@@ -75,6 +75,7 @@ public:
     ///
     /// The bytes after the points are 0. Where zFar is not above zNear the fence has no end: then the box
     /// says nothing, and nothing may be left out by it. False for a fence of another kind and without scene.
+    /// Shaders multiply what they read: of a polygon with numbers beyond 1e18 they may leave out all.
     bool bindFrustumPrism(const PaintContext& context);
     /// The data of a sphere: "sphere_fence_center" and "sphere_fence_radius", in the scene. False for a fence
     /// of another kind and without context or scene.
