@@ -2,6 +2,7 @@
 #include "tests/support/SceneTest.h"
 
 #include <Viewer3dModule/fences/Frustum3D.h>
+#include <Viewer3dModule/fences/PrismFence.h>
 #include <Viewer3dModule/fences/SphereFence.h>
 #include <Viewer3dModule/host/Fence3dItem.h>
 
@@ -178,7 +179,8 @@ TEST_F(Fence3dItemTest, WithoutFenceTheProgramIsToldSo)
 TEST_F(Fence3dItemTest, AnEmptyFenceIsNone)
 {
     const PaintContext context = with(fencedSource);
-    for (const auto type : {Fence3DObject::Frustum3D, Fence3DObject::SphereFence}) {
+    for (const auto type :
+         {Fence3DObject::Frustum3D, Fence3DObject::SphereFence, Fence3DObject::PrismFence}) {
         item->getCreateFence(type);
         setInteger("fence_to_use", 7);
         EXPECT_FALSE(item->bind(context));
@@ -332,6 +334,72 @@ TEST_F(Fence3dItemTest, TheBufferGoesWithTheElement)
     EXPECT_TRUE(gl->glIsBuffer(buffer));
     item = std::make_unique<Fence3dItem>();
     EXPECT_FALSE(gl->glIsBuffer(buffer));
+}
+
+TEST_F(Fence3dItemTest, ARecordThatIsThereIsNotWrittenAgain)
+{
+    const PaintContext context = with(fencedSource);
+    setFrustum(glm::dvec3(0.0), 4.0);
+    EXPECT_TRUE(item->bind(context));
+    const std::vector<char> before = record();
+    const char mark = 77;
+    gl->glBindBuffer(GL_COPY_WRITE_BUFFER, GLuint(boundBuffer()));
+    gl->glBufferSubData(GL_COPY_WRITE_BUFFER, 0, 1, &mark);
+    gl->glBindBuffer(GL_COPY_WRITE_BUFFER, 0);
+    EXPECT_TRUE(item->bind(context));
+    EXPECT_EQ(record().front(), mark);
+    setFrustum(glm::dvec3(0.0), 5.0); // another one of the same size
+    EXPECT_TRUE(item->bind(context));
+    EXPECT_EQ(floatAt(record(), 100), 5.0f);
+    setFrustum(glm::dvec3(0.0), 4.0);
+    EXPECT_TRUE(item->bind(context));
+    EXPECT_EQ(record(), before);
+}
+
+TEST_F(Fence3dItemTest, ABufferThatCannotBeMappedIsWrittenInALaterPass)
+{
+    const PaintContext context = with(fencedSource);
+    setFrustum(glm::dvec3(0.0), 4.0);
+    EXPECT_TRUE(item->bind(context));
+    const auto buffer = GLuint(boundBuffer());
+    gl->glBindBuffer(GL_COPY_WRITE_BUFFER, buffer);
+    EXPECT_NE(gl->glMapBuffer(GL_COPY_WRITE_BUFFER, GL_READ_ONLY), nullptr);
+    setFrustum(glm::dvec3(0.0), 5.0);
+    EXPECT_TRUE(item->bind(context)); // to what is there
+    EXPECT_FALSE(debug->take().isEmpty());
+    EXPECT_EQ(GLuint(boundBuffer()), buffer);
+    gl->glUnmapBuffer(GL_COPY_WRITE_BUFFER);
+    gl->glBindBuffer(GL_COPY_WRITE_BUFFER, 0);
+    EXPECT_TRUE(item->bind(context));
+    EXPECT_EQ(floatAt(record(), 100), 5.0f);
+}
+
+TEST_F(Fence3dItemTest, APrismIsHandedOverInItsOwnFrame)
+{
+    const PaintContext context = with(fencedSource);
+    const glm::dvec3 at(2.7e6, 5.4e5, 4.9e6);
+    setTransform(at);
+    const auto fence = std::static_pointer_cast<PrismFence>(item->getCreateFence(Fence3DObject::PrismFence));
+    std::vector<glm::dvec3> points = {at + glm::dvec3(-2, -2, 0), at + glm::dvec3(2, -2, 0),
+                                      at + glm::dvec3(2, 2, 0), at + glm::dvec3(-2, 2, 0)};
+    points.push_back(points.front());
+    fence->prism().setFence({}, {0.0, 0.0, 1.0}, 0.0, 0.0, 8.0, points);
+    EXPECT_TRUE(item->bind(context));
+    EXPECT_EQ(integer("fence_to_use"), 3);
+    const std::vector<char> bytes = record();
+    ASSERT_EQ(bytes.size(), 144u + 8u * 5u);
+    const float box[] = {-0.25f, -0.25f, 0.0f, 1.0f, 0.25f, 0.25f, 2.0f, 1.0f};
+    for (std::size_t i = 0; i < 8; ++i)
+        EXPECT_NEAR(floatAt(bytes, 4 * i), box[i], 1e-6) << i;
+    const float matrix[] = {8, 0, 0, 0, 0, 8, 0, 0, 0, 0, 4, 0, 0, 0, 0, 1};
+    for (std::size_t i = 0; i < 16; ++i)
+        EXPECT_NEAR(floatAt(bytes, 32 + 4 * i), matrix[i], 1e-6) << i;
+    EXPECT_EQ(floatAt(bytes, 96), 0.0f);
+    EXPECT_EQ(floatAt(bytes, 100), 8.0f);
+    EXPECT_EQ(floatAt(bytes, 104), 0.0f);
+    const float polygon[] = {-2, -2, 2, -2, 2, 2, -2, 2, -2, -2};
+    for (std::size_t i = 0; i < 10; ++i)
+        EXPECT_NEAR(floatAt(bytes, 112 + 4 * i), polygon[i], 1e-6) << i;
 }
 
 TEST_F(Fence3dItemTest, AFenceOfAFarNaNMatrixIsBoundWithoutHarm)

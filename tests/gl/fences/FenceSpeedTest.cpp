@@ -14,8 +14,8 @@
 
 namespace {
 
-constexpr int Width = 1280, Height = 960;
-constexpr int Runs = 9;
+constexpr int speedWidth = 1280, speedHeight = 960;
+constexpr int speedRuns = 9;
 
 /// A surface as readers give it: with normals and light.
 class Surface : public Drawable3dItem
@@ -42,12 +42,12 @@ protected:
         SceneTest::SetUp();
         fence = std::make_unique<FenceSetter>(*project);
     }
-    /// Milliseconds of processor time of all threads, the middle one of Runs.
+    /// Milliseconds of processor time of all threads, the middle one of speedRuns.
     double timeOfFrame(const PaintContext& context)
     {
-        RenderTarget target(*gl, QSize(Width, Height));
+        RenderTarget target(*gl, QSize(speedWidth, speedHeight));
         std::vector<double> used;
-        for (int i = -1; i < Runs; ++i) {
+        for (int i = -1; i < speedRuns; ++i) {
             const std::clock_t start = std::clock();
             target.bind();
             target.clear(Qt::black);
@@ -61,7 +61,7 @@ protected:
     /// With fences that hold all there is.
     void compare(const char* what)
     {
-        const PaintContext context = paintContext(Width, Height);
+        const PaintContext context = paintContext(speedWidth, speedHeight);
         const double without = timeOfFrame(context);
         std::printf("%s: %.1f ms without fence\n", what, without);
         if (qEnvironmentVariableIsSet("BENCH0")) return;
