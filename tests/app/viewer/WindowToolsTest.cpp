@@ -387,7 +387,7 @@ TEST_F(WindowTools, PointsAreTakenFromBehindTheFencesOwnPoints)
     const glm::dvec3 onSurface = sphere.getCenter() + glm::dvec3(sphere.getRadius(), 0.0, 0.0);
     const double pixel = 2.0 / (place(5, 0, 0).x() - place(3, 0, 0).x()); // model units
     for (const glm::dvec3& node : {sphere.getCenter(), onSurface}) {
-        const glm::dvec3 at = node - base;
+        const glm::dvec3 at = node - townBase;
         const glm::dvec3 taken = m_window->scene().mapToModel(m_view->pointAt(place(at.x, at.y, at.z)));
         EXPECT_LT(glm::distance(taken, node), 3.0 * pixel);
     }
