@@ -2,6 +2,7 @@
 
 #include <viewer/elements/ElementLabel.h>
 #include <viewer/elements/LabelDrawer.h>
+#include <viewer/elements/labelText.h>
 
 #include <Viewer3dModule/drawables/GlBuffer.h>
 #include <Viewer3dModule/drawables/IconTexture.h>
@@ -97,11 +98,9 @@ void StationItem::updateDataImpl()
 void StationItem::renewLabel(const StationElement& element)
 {
     LabelDrawer* labels = LabelDrawer::find(*scene());
-    const QString property = labels ? labels->property() : QString();
-    const QString text =
-        property == QLatin1String("name") ? element.getName() : element.getProperty(property).toString();
+    const QString text = labels ? labelText(element, {}, labels->property()) : QString();
     m_label.reset();
-    if (!labels || text.isEmpty()) return;
+    if (text.isEmpty()) return;
     const float aboveSign = static_cast<float>(lens.y()) + 1.0f;
     m_label = std::make_unique<ElementLabel>(
         *this, *labels, text, [] { return glm::dvec3(0.0); }, aboveSign);
@@ -128,8 +127,9 @@ gmx::BoundingBox StationItem::sceneBoundingBox() const
     return box;
 }
 
-// Captions, of which this is one, do not glue.
+// Captions, of which this is one, do not glue; and nothing stands where a depth map would have it.
 void StationItem::draw(const PaintContext& context)
 {
-    if (m_sign && context.program && context.drawMode != DrawMode::GlueMaskDraw) m_sign->draw(context);
+    if (context.depthOnly || context.drawMode == DrawMode::GlueMaskDraw) return;
+    if (m_sign && context.program) m_sign->draw(context);
 }

@@ -1,7 +1,11 @@
 #include "ViewerProcess.h"
 
+#include "../../support/GlObjects.h"
 #include "../../support/SceneTest.h"
 
+#include <viewer/ElementSummary.h>
+#include <viewer/FileOpener.h>
+#include <viewer/Host.h>
 #include <viewer/InputFiles.h>
 #include <viewer/ModelFolder.h>
 #include <viewer/elements/ElementTypes.h>
@@ -34,7 +38,7 @@ protected:
     }
 };
 
-QJsonArray elementsOf(const ViewerRun& run)
+QJsonArray jsonElementsOf(const ViewerRun& run)
 {
     EXPECT_EQ(run.status, 0) << run.error.constData();
     return QJsonDocument::fromJson(run.out).object()["elements"].toArray();
@@ -121,17 +125,20 @@ TEST_F(StationItemTest, ShowsThatItIsChosen)
     EXPECT_NE(picture().pixelColor(30, 40), before.pixelColor(30, 40));
 }
 
+TEST_F(StationItemTest, DepthMapsDoNotSeeIt)
+{
+    add(30, 40, "a");
+    PaintContext context = paintContext(Side, Side);
+    context.depthOnly = true;
+    EXPECT_TRUE(coveredBy(drawFrame(context)).isEmpty());
+}
+
 TEST_F(StationItemTest, AllShareOneTextureThatTheLastOneFrees)
 {
     StationElement& first = add(14, 30, "a");
     StationElement& second = add(48, 30, "b");
     picture();
-    const auto textures = [this] {
-        int count = 0;
-        for (GLuint name = 1; name < 200; ++name)
-            count += gl->glIsTexture(name);
-        return count;
-    };
+    const auto textures = [this] { return GlObjects::count(*gl).textures; };
     const int both = textures();
     manager().removeItem(first.getId());
     EXPECT_EQ(textures(), both);
@@ -170,9 +177,28 @@ TEST_F(ColmapModelTest, NothingIsWrittenOverItsFiles)
     EXPECT_FALSE(InputFiles({folder}).contain(write("block/other.txt", "x")));
 }
 
+TEST_F(ColmapModelTest, ProjectKeepsStationsAndFindsItsPoints)
+{
+    Host host(Host::Settings::InMemory);
+    const std::unique_ptr<CProject> project = host.createProject();
+    FileOpener opener(host, *project, nullptr);
+    opener.open({writeModel()}, ksp::StagedProgress::dummy());
+    opener.save(path("block.v3d"), ksp::StagedProgress::dummy());
+    project->clear();
+    opener.open({path("block.v3d")}, ksp::StagedProgress::dummy());
+    const CProjectModel& model = *project->getModel();
+    ASSERT_EQ(model.getElementsCount(), 3);
+    EXPECT_EQ(ElementSummary::of(*model.getItemManager(element_types::Mesh)->getItems()[0]).points, 2u);
+    const auto& station =
+        dynamic_cast<StationElement&>(*model.getItemManager(element_types::Station)->getItems()[1]);
+    EXPECT_EQ(station.getName(), "b.jpg");
+    EXPECT_EQ(station.getCenter(), glm::dvec3(-1, 2, 10));
+    EXPECT_EQ(station.getCamera().model, "SIMPLE_PINHOLE");
+}
+
 TEST_F(ColmapModelTest, InfoTellsOfCamerasAndPoints)
 {
-    const QJsonArray elements = elementsOf(runViewer({"info", "--json", writeModel()}));
+    const QJsonArray elements = jsonElementsOf(runViewer({"info", "--json", writeModel()}));
     ASSERT_EQ(elements.size(), 3);
     const QJsonObject points = elements[0].toObject();
     EXPECT_EQ(points["type"].toString(), "mesh");
@@ -197,7 +223,7 @@ TEST_F(ColmapModelTest, SelectNamesStations)
     const ViewerRun run =
         runViewer(QStringList{"select", writeModel(), "--json", "--rect", "0,0,100,100"} + view);
     QStringList names;
-    for (const QJsonValue& element : elementsOf(run))
+    for (const QJsonValue& element : jsonElementsOf(run))
         names.append(element.toObject()["type"].toString() + " " + element.toObject()["name"].toString());
     names.sort();
     EXPECT_EQ(names, QStringList({"mesh block", "station a.jpg", "station b.jpg"}));
