@@ -3,6 +3,7 @@
 #include <viewer/ElevationColors.h>
 #include <viewer/elements/ElementTypes.h>
 #include <viewer/elements/FeatureDrawers.h>
+#include <viewer/elements/MarkDrawer.h>
 
 #include <Viewer3dModule/drawers/DrawerType.h>
 #include <Viewer3dModule/drawers/SequentialItem3dDrawer.h>
@@ -97,6 +98,7 @@ std::unique_ptr<Item3dDrawer> ElevationDrawers::makeDrawer(int type) const
 
 void ElevationDrawers::addFeatureDrawers() const
 {
+    m_scene.addDrawer(element_types::Feature, MarkDrawer::Type, makeDrawer(DrawerType::Mono));
     for (const int lineType : {DrawerType::WideLines, DrawerType::DashedLines})
         m_scene.addDrawer(element_types::Feature, feature_drawers::withPoints(lineType),
                           feature_drawers::make(m_scene, makeDrawer(lineType), makeDrawer(DrawerType::Mono)));

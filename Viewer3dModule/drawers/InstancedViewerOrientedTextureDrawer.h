@@ -31,8 +31,10 @@ public:
     glm::vec3 getItemParams(int index) override;
     void drawItems(const PaintContext& context) override;
 
-private:
+protected:
+    /// With a program that is there already, as clones have it.
     InstancedViewerOrientedTextureDrawer(Scene3d* scene, QOpenGLShaderProgram* program);
 
+private:
     QColor m_defaultColor = Qt::red;
 };

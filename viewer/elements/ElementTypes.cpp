@@ -2,7 +2,7 @@
 
 #include <viewer/elements/CityObjectItem.h>
 #include <viewer/elements/FeatureDrawers.h>
-#include <viewer/elements/FeatureItem.h>
+#include <viewer/elements/FeatureItemCreator.h>
 #include <viewer/elements/MeshElement.h>
 #include <viewer/elements/MeshItem.h>
 #include <viewer/elements/OrthophotoItem.h>
@@ -61,8 +61,8 @@ void registerItems(Scene3d& scene, std::optional<float> pointSize)
     feature_drawers::addTo(scene);
     CGraphics3dExtension::registerElementType(
         Mesh, &scene, std::make_unique<ItemCreator<MeshElement, MeshItem>>(pointSize));
-    CGraphics3dExtension::registerElementType(
-        Feature, &scene, std::make_unique<ItemCreator<FeatureElement, FeatureItem>>(pointSize));
+    CGraphics3dExtension::registerElementType(Feature, &scene,
+                                              std::make_unique<FeatureItemCreator>(scene, pointSize));
     CGraphics3dExtension::registerElementType(
         CityObject, &scene, std::make_unique<ItemCreator<CityObjectElement, CityObjectItem>>(pointSize));
     CGraphics3dExtension::registerElementType<OrthophotoElement, OrthophotoItem>(Orthophoto, &scene);

@@ -16,6 +16,7 @@
 #include <viewer/window/FenceMenu.h>
 #include <viewer/window/LoadingBar.h>
 #include <viewer/window/MessageDock.h>
+#include <viewer/window/SelectionBoxes.h>
 #include <viewer/window/SelectionMenu.h>
 #include <viewer/window/View3dWidget.h>
 
@@ -194,6 +195,7 @@ void MainWindow::makeToolMenus()
 {
     const auto tell = [this](const QString& text) { statusBar()->showMessage(text); };
     auto* selection = new ElementSelection(*m_project->getModel(), m_scene.get(), this);
+    new SelectionBoxes(*selection, *m_scene, this);
     auto* select = new SelectionMenu(*menuBar()->addMenu(tr("&Select")), *m_view, *selection);
     connect(select, &SelectionMenu::told, this, tell);
     auto* editor = new FenceEditor(*m_view, *m_scene, *m_project, this);
