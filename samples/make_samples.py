@@ -688,6 +688,22 @@ def make_stations():
     return features
 
 
+def make_survey():
+    """What a surveyor adds: control points, one of them checked, a water pipe above the stream, a kerb."""
+    features = []
+    for number, (u, v) in enumerate([(-120.0, -60.0), (-118.0, 62.0), (122.0, -58.0), (118.0, 66.0)]):
+        features.append(feature("Point", rounded([world(u, v, 0.05)])[0], name=f"GCP {number + 1}", control=True))
+    features.append(feature("Point", rounded([world(8.0, 14.0, 0.05)])[0], name="Check 1", check=True, accuracy=1.5))
+    bank = max(land(u, -84.0) for u in (60.0, 84.0)) + 1.2
+    pipe = [world(60.0, -70.0, -0.5), (EAST + 60.0, NORTH - 74.0, HEIGHT + bank),
+            (EAST + 84.0, NORTH - 98.0, HEIGHT + bank), world(87.0, -101.0, -0.5)]
+    features.append(feature("LineString", rounded(pipe), name="Water pipe", radius=0.4, stroke="#5a7fb0"))
+    kerb = [(u, v) for u, v in offset(STREETS[0][2], -STREETS[0][1] / 2 - 0.25) if 60.0 <= u <= 150.0]
+    features.append(feature("LineString", rounded(world(u, v, 0.2) for u, v in kerb), name="Kerb of Main Street",
+                            section=[[-0.2, 0], [-0.2, 0.25], [0.2, 0.3], [0.2, 0]], stroke="#b8b4aa"))
+    return features
+
+
 # --- all of it -----------------------------------------------------------------------------------------------------------
 
 def main():
@@ -707,6 +723,7 @@ def main():
     write_features(folder / "roads.geojson", make_roads())
     write_features(folder / "plots.geojson", make_plots(houses))
     write_features(folder / "stations.geojson", make_stations())
+    write_features(folder / "survey.geojson", make_survey())
     print(f"{len(houses)} buildings, {sum(f.stat().st_size for f in folder.iterdir()) / 1e6:.1f} MB in {folder}")
 
 
