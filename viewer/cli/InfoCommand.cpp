@@ -11,6 +11,7 @@
 #include <framework/model/CModelElementManager.h>
 #include <framework/model/CProject.h>
 #include <framework/model/CProjectModel.h>
+#include <framework/model/CityObjectElement.h>
 #include <framework/model/StationElement.h>
 
 #include <QtCore/QJsonArray>
@@ -58,6 +59,14 @@ QJsonObject cameraJson(const StationElement::Camera& camera)
             {"parameters", parameters}};
 }
 
+QJsonObject attributesJson(const CModelElement& element)
+{
+    QJsonObject object;
+    for (const QString& name : element.getPropertyNames())
+        object[name] = QJsonValue::fromVariant(element.getProperty(name));
+    return object;
+}
+
 QJsonObject elementJson(const CModelElement& element, const ElementSummary& summary)
 {
     QJsonObject object = summaryJson(summary);
@@ -65,6 +74,12 @@ QJsonObject elementJson(const CModelElement& element, const ElementSummary& summ
     object["type"] = element_types::name(element.getType());
     object["name"] = element.getName();
     if (const auto* mesh = dynamic_cast<const MeshElement*>(&element)) object["file"] = mesh->getPath();
+    if (const auto* city = dynamic_cast<const CityObjectElement*>(&element)) {
+        object["objectType"] = city->getObjectType();
+        object["source"] = city->getSourceId();
+        object["parents"] = QJsonArray::fromStringList(city->getParentIds());
+        object["attributes"] = attributesJson(*city);
+    }
     if (const auto* station = dynamic_cast<const StationElement*>(&element)) {
         const StationElement::Pose& pose = station->getPose();
         const glm::dquat& q = pose.rotation;

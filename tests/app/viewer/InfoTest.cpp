@@ -126,6 +126,21 @@ INSTANTIATE_TEST_SUITE_P(Info, OddName,
                                            "Gr\u00fc\u00dfe \u5854.obj", "new\nline.obj", "--dash.obj",
                                            "-o.obj", "quote\"'.obj", "100%1.obj"));
 
+TEST_F(Info, CityObjectsHaveTypesParentsAndAttributes)
+{
+    const QString file = write("a.city.json", R"({"type":"CityJSON","version":"2.0","CityObjects":{
+        "b-1":{"type":"Building","children":["p"],"attributes":{"name":"Mill","year":1898,"old":null}},
+        "p":{"type":"BuildingPart","parents":["b-1"]}},"vertices":[]})");
+    const QJsonObject root = info({file});
+    const QJsonObject mill = root["elements"][0].toObject(), part = root["elements"][1].toObject();
+    EXPECT_EQ(mill["type"], "city object");
+    EXPECT_EQ(mill["objectType"], "Building");
+    EXPECT_EQ(mill["source"], "b-1");
+    EXPECT_EQ(mill["attributes"].toObject(), (QJsonObject{{"name", "Mill"}, {"year", 1898}, {"old", {}}}));
+    EXPECT_EQ(part["name"], "p");
+    EXPECT_EQ(part["parents"].toArray(), QJsonArray{"b-1"});
+}
+
 TEST_F(Info, EmptyNameIsShownInQuotes)
 {
     const ViewerRun run = runViewer({"info", ""});
