@@ -107,6 +107,9 @@ void findPictures(const QString& path, std::vector<QString>& names)
             ksp::Log::warning(QStringLiteral("%1: the texture %2 is missing, plain colours are used")
                                   .arg(path, inQuotes(given.toUtf8().constData())));
     }
+    if (warnings > mostWarnings)
+        ksp::Log::warning(
+            QStringLiteral("%1: %2 more textures are missing").arg(path).arg(warnings - mostWarnings));
 }
 
 } // namespace readers

@@ -12,7 +12,7 @@ namespace readers {
 void readAppearance(const QByteArray& text, CityJsonTables& tables, MemoryBudget& budget);
 
 /// Turns the names of pictures into absolute paths. Those that do not lie beside the file at path become
-/// empty, with a warning in the log each, ten at most.
+/// empty, with a warning in the log each, of ten at most; of the rest one tells the number.
 void findPictures(const QString& path, std::vector<QString>& names);
 
 } // namespace readers

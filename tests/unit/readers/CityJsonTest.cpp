@@ -334,6 +334,18 @@ TEST_F(CityJsonTest, MaterialsAndTexturesOfTheDefaultTheme)
     EXPECT_TRUE(geometry.isSound());
 }
 
+TEST_F(CityJsonTest, OfManyMissingTexturesSomeAreNamedAndTheRestCounted)
+{
+    QByteArray textures = R"({"type":"PNG","image":"0.png"})";
+    for (int i = 1; i < 13; ++i)
+        textures += R"(,{"type":"PNG","image":")" + QByteArray::number(i) + ".png\"}";
+    readFile(city("", ",\"appearance\":{\"textures\":[" + textures + "]}"));
+    const QStringList lines = LogTrap::take();
+    ASSERT_EQ(lines.size(), 11);
+    EXPECT_TRUE(lines[9].contains("\"9.png\" is missing"));
+    EXPECT_TRUE(lines[10].endsWith(": 3 more textures are missing"));
+}
+
 TEST_F(CityJsonTest, InstancesAreMovedByMatrixAndVertex)
 {
     // twice as large, turned a quarter to the left, 3 m up, at the vertex (1 m, 0, 0)
