@@ -25,6 +25,7 @@ from shader_mutations import MUTATIONS
 
 SOURCES = Path(__file__).resolve().parents[2] / "Viewer3dModule" / "resources" / "Viewer3dModule"
 COMPILES = ("unit_shaders", ["--gtest_filter=*KhronosCompilerAcceptsEveryStageUnderEveryDefine"])
+FURTHER_FOLDERS = ["Viewer3dFences"]  # beside the sources, which include them
 SECONDS_TO_RUN = 120
 
 
@@ -48,7 +49,9 @@ def mutate(mutation, sources):
 
 def copy_of(sources, folder):
     """Copies the sources to where the search path "shader" finds them below the folder."""
-    shutil.copytree(sources, folder / "Viewer3dModule")
+    for path in [sources, *(sources.parent / name for name in FURTHER_FOLDERS)]:
+        if path.is_dir():
+            shutil.copytree(path, folder / ("Viewer3dModule" if path == sources else path.name))
 
 
 class Programs:

@@ -134,7 +134,10 @@ class MutationsTest(unittest.TestCase):
                 check.mutate(mutation, check.SOURCES)
 
     def test_every_source_is_changed(self):
-        self.assertEqual({mutation.source for mutation in MUTATIONS}, {path.name for path in check.SOURCES.iterdir()})
+        names = {path.name for path in check.SOURCES.iterdir()}
+        for folder in check.FURTHER_FOLDERS:
+            names |= {f"../{folder}/{path.name}" for path in (check.SOURCES.parent / folder).iterdir()}
+        self.assertEqual({mutation.source for mutation in MUTATIONS}, names)
 
     def test_every_change_is_another(self):
         texts = [(mutation.source, mutation.old, mutation.new) for mutation in MUTATIONS]

@@ -1,6 +1,7 @@
 // Programs alone, with a sphere for a fence: where stages that build their own surfaces say that these lie.
 #include "tests/support/ShaderDrawing.h"
 
+#include <QtGui/QVector2D>
 #include <glm/gtc/matrix_transform.hpp>
 
 #include <cmath>
@@ -260,6 +261,24 @@ TEST_F(FencedProgramsTest, BuiltSurfacesAreCutWhereTheyLie)
                 ASSERT_EQ(cut.count({x, y}), std::size_t(x < 32)) << x << ", " << y;
             }
     }
+}
+
+TEST_F(FencedProgramsTest, SolidsAlongLinesAreCutWhereTheirSectionsLie)
+{
+    useFenced("SolidRegularLines");
+    setColors(glm::vec4(1.0f));
+    const QVector2D section[] = {{-0.5f, 0.0f}, {0.5f, 0.0f}}, normals[] = {{0.0f, 1.0f}, {0.0f, 1.0f}};
+    program->setUniformValueArray("section", section, 2);
+    program->setUniformValueArray("section_normals", normals, 2);
+    set("section_points_count", 2);
+    attribute(0, 3, {-0.8f, 0.0f, 0.0f, -0.8f, 0.0f, 0.0f, 0.8f, 0.0f, 0.0f, 0.8f, 0.0f, 0.0f});
+    setSphere({0.0f, 100.2f, 0.0f}, 100.0f); // its border is nearly y = 0.2
+    draw(GL_LINES_ADJACENCY, 4);
+    const int border = int((1.0f - 0.2f) * 32.0f);
+    for (int y = 0; y < Size; ++y)
+        if (std::abs(y - border) > 1) {
+            EXPECT_EQ(isUntouched(32, y), y < 16 || y > border) << y;
+        }
 }
 
 } // namespace
