@@ -19,7 +19,7 @@ install_missing run
 build_targets viewer3d Viewer3dModule readers
 
 viewer=$build/bin/viewer3d
-sample=("$root"/samples/town/*.{ply,obj,geojson,png} --ground-height 305 --labels street)
+sample=("$root"/samples/town/*.{ply,obj,geojson} --labels street)
 picture=
 if [[ $# -eq 0 ]]; then
     set -- "${sample[@]}"
