@@ -1,7 +1,7 @@
 #pragma once
 
-#include <viewer/cli/ReadingOptions.h>
 #include <viewer/cli/CameraOptions.h>
+#include <viewer/cli/ReadingOptions.h>
 
 #include <QtCore/QStringList>
 
@@ -30,7 +30,7 @@ struct DepthOptions
 
     QStringList files;
     ReadingOptions reading; ///< is set for every command alike
-    QString cameras; ///< a list of them (CameraList.h), or empty
+    QString cameras;        ///< a list of them (CameraList.h), or empty
     /// The one map; with a list the patterns of its files.
     Map map;
     std::optional<float> pointSize; ///< pixels; nothing: as usual

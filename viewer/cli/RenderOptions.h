@@ -17,8 +17,8 @@ struct RenderOptions
 {
     QStringList files;
     ReadingOptions reading; ///< is set for every command alike
-    QString output;  ///< the picture; with a list of cameras the pattern of their names, or nothing
-    QString cameras; ///< the list of cameras, a file; nothing: the one camera
+    QString output;         ///< the picture; with a list of cameras the pattern of their names, or nothing
+    QString cameras;        ///< the list of cameras, a file; nothing: the one camera
     CameraOptions camera;
     QColor background;              ///< invalid: that of the settings
     std::optional<float> pointSize; ///< pixels; nothing: as usual

@@ -12,7 +12,7 @@ class CommandParser;
 struct WindowOptions
 {
     QStringList files;
-    ReadingOptions reading; ///< is set for every command alike
+    ReadingOptions reading;         ///< is set for every command alike
     std::optional<float> pointSize; ///< pixels; nothing: as usual
     std::optional<QString> labels;  ///< the property that labels show; nothing: none are shown at first
     QString fence;                  ///< a file (FenceFile.h), or empty
