@@ -155,24 +155,24 @@ TEST_F(OrthoPicture, LargeOneReducedIsTheSmallOne)
 {
     const QString folder = QStringLiteral(V3D_SOURCE_DIR "/samples/town/");
     const QStringList files = {folder + "terrain.ply", folder + "trees.obj"};
-    const QImage large = render(files + QStringList{"--gsd", "0.1", "--size", "3200x2400"}, "large.png");
-    const QImage small = render(files + QStringList{"--gsd", "0.4", "--size", "800x600"}, "small.png");
-    ASSERT_EQ(large.size(), QSize(3200, 2400));
-    ASSERT_EQ(small.size(), QSize(800, 600));
+    const QImage large = render(files + QStringList{"--gsd", "0.1", "--size", "2200x1400"}, "large.png");
+    const QImage small = render(files + QStringList{"--gsd", "0.4", "--size", "550x350"}, "small.png");
+    ASSERT_EQ(large.size(), QSize(2200, 1400));
+    ASSERT_EQ(small.size(), QSize(550, 350));
     EXPECT_NEAR(mapped({0, 0}, "large.pgw").x - 0.05, mapped({0, 0}, "small.pgw").x - 0.2, 1e-9);
-    const QImage reduced = large.scaled(800, 600, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    const QImage reduced = large.scaled(550, 350, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
     double sum = 0.0;
     int far = 0;
-    for (int y = 0; y < 600; ++y)
-        for (int x = 0; x < 800; ++x) {
+    for (int y = 0; y < 350; ++y)
+        for (int x = 0; x < 550; ++x) {
             const QRgb p = reduced.pixel(x, y), q = small.pixel(x, y);
             const int by = std::max({std::abs(qRed(p) - qRed(q)), std::abs(qGreen(p) - qGreen(q)),
                                      std::abs(qBlue(p) - qBlue(q))});
             sum += by;
             far += by > 48;
         }
-    EXPECT_LT(sum / (800 * 600), 1.0);
-    EXPECT_LT(far, 800 * 600 / 1000); // rims of trees, of which the small picture has four samples a pixel
+    EXPECT_LT(sum / (550 * 350), 1.0);
+    EXPECT_LT(far, 550 * 350 / 1000); // rims of trees, of which the small picture has four samples a pixel
 }
 
 TEST_F(OrthoPicture, BeyondTheLimitIsRefusedInOneLine)

@@ -386,19 +386,19 @@ TEST_F(Depth, TilesHaveNoSeams)
     const glm::dvec3 normal = glm::cross(right, up);
     const QString file = write("slope.obj", square(faraway, 200.0 * right, 200.0 * up));
     const QStringList view = looking(faraway + glm::dvec3(0, -20, 40), faraway, centralView);
-    const Result large = makeMap(file, view + QStringList{"--size", "4500x3000"});
+    const Result large = makeMap(file, view + QStringList{"--size", "2400x1500"});
     Errors errors;
-    for (int row = 0; row < 3000; ++row)
-        for (int column = 0; column < 4500; ++column) {
+    for (int row = 0; row < 1500; ++row)
+        for (int column = 0; column < 2400; ++column) {
             const double distance = large.map.at(column, row);
             ASSERT_FALSE(std::isnan(distance)) << column << ' ' << row;
             errors.add(glm::dot(large.camera.point(column, row, distance) - faraway, normal));
         }
     errors.report("slope in tiles");
     EXPECT_LT(errors.largest, 1e-4);
-    const Result small = makeMap(file, view + QStringList{"--size", "1500x1000"});
-    for (int row = 0; row < 1000; ++row)
-        for (int column = 0; column < 1500; ++column)
+    const Result small = makeMap(file, view + QStringList{"--size", "800x500"});
+    for (int row = 0; row < 500; ++row)
+        for (int column = 0; column < 800; ++column)
             ASSERT_NEAR(small.map.at(column, row), large.map.at(3 * column + 1, 3 * row + 1), 1e-4)
                 << column << ' ' << row;
 }
@@ -673,7 +673,7 @@ TEST_F(Depth, FullDiskLeavesEverythingAsItWas)
 TEST_F(Depth, ControlCEndsWithinASecondAndLeavesNothing)
 {
     const QString file = write("sphere.ply", sphere(faraway, 5.0, 300));
-    for (const int delay : {200, 700, 1200}) {
+    for (const int delay : {100, 400, 800}) {
         QProcess process;
         process.start(viewerProgram(), {"depth", file, "-o", path("map.pfm"), "--preview", path("map.png"),
                                         "--json", path("map.json"), "--size", "20000x20000"});

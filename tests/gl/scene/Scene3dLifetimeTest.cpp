@@ -38,11 +38,11 @@ protected:
     }
 };
 
-TEST_F(Scene3dLifetimeTest, AHundredScenesLeaveNoObjects)
+TEST_F(Scene3dLifetimeTest, TenScenesLeaveNoObjects)
 {
     buildAndDropScene();
     const GlObjects before = GlObjects::count(*gl);
-    for (int i = 0; i < 100; ++i)
+    for (int i = 0; i < 10; ++i)
         buildAndDropScene();
     EXPECT_EQ(GlObjects::count(*gl), before);
 }

@@ -9,11 +9,12 @@
 
 #include <functional>
 
-// Text of 10 MB made to cost far more than its size: read or refused, in a second and a small multiple of it.
+// Text made to cost far more than its size: read or refused, in a tenth of a second a megabyte and a small
+// multiple of its size.
 
 namespace {
 
-constexpr int fileSize = 10'000'000;
+int fileSize = 0; // of the text that is made
 
 struct CostlyText
 {
@@ -22,6 +23,7 @@ struct CostlyText
     /// What the refusal holds; null: the file is read.
     const char* refusal;
     double times = 8.0; ///< of its size that reading may take
+    int megabytes = 2;
 };
 
 std::ostream& operator<<(std::ostream& stream, const CostlyText& sample)
@@ -56,7 +58,7 @@ std::vector<CostlyText> texts(const char* reason)
         {"empty_objects", [] { return filled("[", "{},", "0]"); }, reason},
         {"empty_arrays", [] { return filled("[", "[],", "0]"); }, reason},
         {"empty_strings", [] { return filled("[", "\"\",", "0]"); }, reason},
-        {"members", [] { return "{" + members(900'000, "0") + "}"; }, ": "},
+        {"members", [] { return "{" + members(fileSize / 11, "0") + "}"; }, ": "},
         {"one_key", [] { return filled("{", "\"a\":0,", "\"a\":0}"); }, ": "},
         {"one_string", [] { return filled("[\"", "x", "\"]"); }, reason},
         {"open_string", [] { return filled("[\"", "x", ""); }, notValid},
@@ -98,8 +100,9 @@ QByteArray property(const QByteArray& front, const QByteArray& piece, const QByt
 std::vector<CostlyText> geoJson()
 {
     return {
-        {"positions", [] { return coordinates("MultiPoint", "[0,0],", "[1,1]"); }, "of its size"},
-        {"line", [] { return coordinates("LineString", "[0,0],", "[1,1]"); }, "of its size"},
+        // a file of 2 MB may take so much
+        {"positions", [] { return coordinates("MultiPoint", "[0,0],", "[1,1]"); }, "of its size", 8.0, 10},
+        {"line", [] { return coordinates("LineString", "[0,0],", "[1,1]"); }, "of its size", 8.0, 10},
         {"short_lines", [] { return coordinates("MultiLineString", "[[0,0],[1,1]],", "[[0,0],[1,1]]"); },
          "of its size"},
         {"empty_lines", [] { return coordinates("MultiLineString", "[],", "[[0,0],[1,1]]"); }, nullptr},
@@ -122,7 +125,7 @@ std::vector<CostlyText> geoJson()
          nullptr},
         {"bare_features", [] { return features(R"({"type":"Feature"},)"); }, "of its size"},
         {"no_features", [] { return features("{},"); }, "it is no feature"},
-        {"a_million_properties", [] { return featureWith(members(900'000, "0")); },
+        {"many_properties", [] { return featureWith(members(fileSize / 11, "0")); },
          "more than 65536 properties"},
         {"one_property_again", [] { return filled(featureWith("").chopped(2), "\"a\":0,", "\"a\":0}}"); },
          "more than 65536 properties"},
@@ -158,7 +161,7 @@ std::vector<CostlyText> geoJson()
                  R"([612130.25,5070858.5],[612142,5070858.5],[612142,5070870.75],[612130.25,5070858.5]]]},)"
                  R"("properties":{"name":"Mill Lane 4","floors":2,"roof":"gable","tags":["a","b"]}},)");
          },
-         nullptr},
+         nullptr, 8.0, 10},
         {"points",
          [] {
              return features(R"({"type":"Feature","geometry":{"type":"Point","coordinates":[7.12,46.31]},)"
@@ -183,7 +186,8 @@ std::vector<CostlyText> gltf()
         {"assembly",
          [] {
              const auto list = [](const char* name, const QByteArray& member) {
-                 return ",\"" + QByteArray(name) + "\":[" + (member + ",").repeated(32'000) + member + "]";
+                 return ",\"" + QByteArray(name) + "\":[" + (member + ",").repeated(fileSize / 312) + member +
+                        "]";
              };
              return R"({"asset":{"version":"2.0"},"buffers":[{"byteLength":36,"uri":"data:;base64,)" +
                     QByteArray(36, '\0').toBase64() + "\"}]" +
@@ -209,7 +213,7 @@ std::vector<CostlyText> gltf()
         {"attributes",
          [] {
              return R"({"asset":{"version":"2.0"},"nodes":[{"mesh":0}],"meshes":[{"primitives":[{"attributes":{)" +
-                    members(900'000, "0") + "}}]}]}";
+                    members(fileSize / 11, "0") + "}}]}]}";
          },
          "nothing to draw"},
         {"accessors", [] { return gltfDocument("\"accessors\":[", "{},", "{}]"); }, "of its size"},
@@ -254,7 +258,7 @@ std::vector<CostlyText> cityJson()
         {"bare_objects",
          [] {
              return R"({"type":"CityJSON","version":"2.0","vertices":[],"CityObjects":{)" +
-                    members(500'000, R"({"type":"X"})") + "}}";
+                    members(fileSize / 20, R"({"type":"X"})") + "}}";
          },
          "of its size"},
         {"one_object_again",
@@ -267,7 +271,7 @@ std::vector<CostlyText> cityJson()
                  R"("a":{"type":"Road","geometry":[{"type":"MultiPoint","boundaries":[],"semantics":{"surfaces":[)",
                  "{},", "{}]}}]}");
          },
-         nullptr},
+         nullptr, 8.0, 10},
         {"vertices",
          [] {
              return filled(R"({"type":"CityJSON","version":"2.0","CityObjects":{},"vertices":[)", "[0,0,0],",
@@ -283,6 +287,7 @@ class JsonCost : public ReaderTest, public ::testing::WithParamInterface<CostlyT
 protected:
     void check(const char* extension, const std::function<void(const QString& path)>& read) const
     {
+        fileSize = 1'000'000 * GetParam().megabytes;
         const QString path = write(QString("file.") + extension, GetParam().make());
         const auto size = static_cast<double>(QFileInfo(path).size());
         ASSERT_GT(size, 0.9 * fileSize);
@@ -299,8 +304,12 @@ protected:
         }
         if (!canMeasure()) return;
         EXPECT_GT(cost.memory, 0.5 * size) << "this measures nothing";
-        EXPECT_LT(cost.memory, GetParam().times * size + 16e6) << cost.memory / size << " times";
-        EXPECT_LT(cost.seconds, 1.0);
+        // The program's own pages are 5 MB; a file that is refused for what it would take may take 16 MB in
+        // any case.
+        const bool isTooDear = cost.refusal.contains("of its size");
+        EXPECT_LT(cost.memory, GetParam().times * size + (isTooDear ? 16e6 : 8e6))
+            << cost.memory / size << " times";
+        EXPECT_LT(cost.seconds, 0.1 + 0.1e-6 * size);
     }
 };
 
@@ -329,19 +338,19 @@ INSTANTIATE_TEST_SUITE_P(Files, CityJsonCost, ::testing::ValuesIn(cityJson()), n
 
 } // namespace
 
-TEST_P(GeoJsonCost, IsASecondAndASmallMultipleOfTheSize)
+TEST_P(GeoJsonCost, IsATenthOfASecondAMegabyteAndASmallMultipleOfTheSize)
 {
     check("geojson", [](const QString& path) { readers::readGeoJson(path, ksp::StagedProgress::dummy()); });
 }
 
-TEST_P(GltfCost, IsASecondAndASmallMultipleOfTheSize)
+TEST_P(GltfCost, IsATenthOfASecondAMegabyteAndASmallMultipleOfTheSize)
 {
     check("gltf", [](const QString& path) {
         readers::readMeshFile(path, parserOf("gltf"), ksp::StagedProgress::dummy());
     });
 }
 
-TEST_P(CityJsonCost, IsASecondAndASmallMultipleOfTheSize)
+TEST_P(CityJsonCost, IsATenthOfASecondAMegabyteAndASmallMultipleOfTheSize)
 {
     check("city.json",
           [](const QString& path) { readers::readCityJson(path, {}, ksp::StagedProgress::dummy()); });
