@@ -515,7 +515,7 @@ TEST(WindowScaled, WorksOnScreensOfHighResolution)
         QCoreApplication::applicationFilePath(),
         {"--gtest_filter=Window.ShowsPoints*:Window.Wheel*:Window.LeftDrag*:Window.*DragPan:Window.Picture*:"
          "Window.Resized*"},
-        {{"QT_SCALE_FACTOR", "2"}, {"GTEST_TOTAL_SHARDS", {}}});
+        {{"QT_SCALE_FACTOR", "2"}, {"GTEST_TOTAL_SHARDS", {}}, {"GTEST_SHARD_INDEX", {}}});
     EXPECT_EQ(run.status, 0) << run.out.constData();
     EXPECT_TRUE(run.out.contains("[  PASSED  ] 6 tests")) << run.out.constData();
 }
