@@ -82,6 +82,9 @@ void Scene3d::finishGroupOperation(ksp::StagedProgress)
         m_pending.insert(items.begin(), items.end());
         return;
     }
+    // Addresses differ from run to run, and the order of updates is that in which drawers draw.
+    std::sort(items.begin(), items.end(),
+              [](const Graphics3dItem* a, const Graphics3dItem* b) { return a->getId() < b->getId(); });
     runUpdates(items);
 }
 

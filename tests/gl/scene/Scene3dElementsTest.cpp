@@ -230,6 +230,21 @@ TEST_F(Scene3dElementsTest, AGroupUpdatesInOrderOfDependence)
     EXPECT_EQ(TestGraphicsItem::order, expected);
 }
 
+// Drawers draw in the order in which items came to them: were it that of addresses, pictures would differ
+// from run to run where things shine through.
+TEST_F(Scene3dElementsTest, AGroupUpdatesInOrderOfIdentifiers)
+{
+    std::vector<TestGraphicsItem*> expected;
+    for (int i = 0; i < 50; ++i)
+        expected.push_back(item(add()));
+    std::vector<Graphics3dItem*> backwards(expected.rbegin(), expected.rend());
+    scene->startGroupOperation();
+    scene->updateGraphicsItems(backwards);
+    TestGraphicsItem::order.clear();
+    scene->finishGroupOperation(ksp::StagedProgress::dummy());
+    EXPECT_EQ(TestGraphicsItem::order, expected);
+}
+
 TEST_F(Scene3dElementsTest, SortingIsLinearInTheNumberOfSubjects)
 {
     TestElement* dependent = add();
