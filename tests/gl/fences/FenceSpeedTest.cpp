@@ -1,6 +1,6 @@
-// What a fence costs a frame, beside the same frame without one in the same run. Disabled in the suite. The
-// limits are for a driver that draws on the processor and runs loops once for all fragments, at the worst,
-// squares without light.
+// What a fence costs a frame, beside the same frame without one in the same run: the goal is below 1.3.
+// Disabled in the suite. On a driver that draws on the processor and runs loops once for all fragments,
+// polygons miss it.
 #include "FencedScene.h"
 
 #include "tests/support/VertexItem.h"
@@ -66,21 +66,21 @@ protected:
         const PaintContext context = paintContext(speedWidth, speedHeight);
         const double without = timeOfFrame(context);
         std::printf("%s: %.1f ms without fence\n", what, without);
-        const auto with = [&](const char* kind, double most) {
+        const auto with = [&](const char* kind) {
             const double time = timeOfFrame(context);
             const double again = timeOfFrameWithout(context);
             std::printf("  %s: %.1f ms, %.2f times %.1f\n", kind, time, time / again, again);
-            EXPECT_LT(time / again, most) << what << ", " << kind;
+            EXPECT_LT(time / again, 1.3) << what << ", " << kind;
         };
         fence->set(glm::dvec3(0.0), 10.0);
-        with("sphere", 1.5);
+        with("sphere");
         Frame frame;
         frame.eye = {0.0, 0.0, -10.0};
         fence->set(frustum(frame, square(1.0), 1.0, 30.0, 0.5));
-        with("frustum", 2.2);
+        with("frustum");
         frame.eye = {0.0, 0.0, -5.0};
         fence->set(prism(frame, square(3.0), 10.0));
-        with("prism", 2.2);
+        with("prism");
         Ring ring;
         for (int i = 0; i < 50; ++i)
             ring.emplace_back(4.0 * std::cos(i * 0.12566), 4.0 * std::sin(i * 0.12566));
