@@ -18,7 +18,7 @@
 
 namespace {
 
-const QSize pictureSize(2400, 1500); // two by two tiles: seams before column 2048 and row 1280
+const QSize pictureSize(2176, 1360); // two by two tiles: seams before column 2048 and row 1280
 const QPoint seam(2048, 1280);
 
 /// Wide lines and dashed ones all over a square of 2400 m, one between four points at the height 0.

@@ -265,7 +265,7 @@ TEST_F(Depth, PixelsBecomePointsOfTheModel)
                    coordinates(middle + glm::dvec3(0.5, 0.5, 0.0)), "--up", "0.2,0.1,1"}}) {
                 const Result result =
                     makeMap(write("box.obj", box(middle, half)),
-                            view + QStringList{"--projection", projection, "--size", "640x480"});
+                            view + QStringList{"--projection", projection, "--size", "400x300"});
                 glm::dvec3 low(1e9), high(-1e9);
                 Errors errors;
                 for (int row = 0; row < result.map.height; ++row)
@@ -280,11 +280,11 @@ TEST_F(Depth, PixelsBecomePointsOfTheModel)
                         high = glm::max(high, point);
                     }
                 EXPECT_LT(errors.largest, 1e-4);
-                EXPECT_GT(errors.count, 40'000);
-                // to its farthest corners, but for a pixel, which is some 3 cm
+                EXPECT_GT(errors.count, 15'000);
+                // to its farthest corners, but for a pixel, which is some 5 cm
                 for (int i = 0; i < 3; ++i) {
-                    EXPECT_NEAR(low[i], -half[i], 0.05);
-                    EXPECT_NEAR(high[i], half[i], 0.05);
+                    EXPECT_NEAR(low[i], -half[i], 0.08);
+                    EXPECT_NEAR(high[i], half[i], 0.08);
                 }
                 EXPECT_GT(result.camera.object["far"].toDouble(), result.camera.object["near"].toDouble());
             }
@@ -417,7 +417,7 @@ TEST_F(Depth, PointsReachAcrossTiles)
     const auto expected = covered("601x601");
     EXPECT_GT(expected, 30'000);
     EXPECT_EQ(covered("4097x2561"), expected); // the middle lies where tiles of 2048 x 1280 meet
-    EXPECT_EQ(covered("4301x2761"), expected);
+    EXPECT_EQ(covered("4301x601"), expected);
 }
 
 // --- files

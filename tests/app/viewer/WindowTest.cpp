@@ -265,6 +265,7 @@ TEST_F(Window, ProjectionActionFollowsTheView)
 
 TEST_F(Window, EyeDomeLightingIsChosenInTheMenu)
 {
+    m_window->resize(500, 400);
     openPyramid();
     const QImage plain = grab();
     const auto choose = [this](const char* name) {
@@ -522,6 +523,7 @@ TEST(WindowScaled, WorksOnScreensOfHighResolution)
 
 TEST_F(Window, ProjectComesBackWithElementsViewsAndLight)
 {
+    m_window->resize(500, 400);
     openPyramid();
     auto* light = static_cast<Scene3dViewLightingSettings*>(
         m_window->project().getProjectSettings(TypeIds::LightingSettings));

@@ -107,7 +107,7 @@ std::vector<glm::vec3> cornersOf(Shape shape)
 {
     switch (shape) {
     case Shape::Sphere:
-        return shapes::sphere(5.0, 32, 16);
+        return shapes::sphere(5.0, 20, 10);
     case Shape::Box:
         return shapes::box(glm::vec3(5, 3, 4));
     case Shape::Triangles:
