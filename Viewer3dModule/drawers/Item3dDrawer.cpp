@@ -8,13 +8,15 @@
 #include <Viewer3dModule/host/View3dSettings.h>
 #include <Viewer3dModule/scene/Scene3d.h>
 #include <Viewer3dModule/shaders/DrawMode.h>
-#include <Viewer3dModule/shaders/ShaderProgramBuilder.h>
+#include <Viewer3dModule/shaders/ProgramVariants.h>
 #include <framework/graphics/InteractiveGraphicsItem.h>
 #include <framework/model/CProjectModel.h>
 
 #include <QtGui/QOpenGLShaderProgram>
 #include <glm/gtc/matrix_inverse.hpp>
 #include <glm/gtc/matrix_transform.hpp>
+
+#include <utility>
 
 namespace {
 
@@ -119,6 +121,27 @@ void Item3dDrawer::setParentDrawer(Item3dDrawer* parent)
     m_parent = parent;
 }
 
+bool Item3dDrawer::isFenced() const
+{
+    return m_scene && obeysFence() && m_scene->isFenced();
+}
+
+bool Item3dDrawer::prepareProgram(PaintContext& context)
+{
+    const bool isVaried = context.program && context.program->isLinked() && currentGLFunctions() &&
+                          context.drawMode != DrawMode::GeometryCapture;
+    if (isVaried) {
+        ProgramVariant variant;
+        variant.marksItems = context.drawMode == DrawMode::SelectionBufferDraw;
+        if (isFenced())
+            variant.fence = m_scene->getFence()->getFenceType() == Fence3DObject::SphereFence
+                                ? ProgramFence::Sphere
+                                : ProgramFence::Swept;
+        context.program = &beginProgramVariant(*context.program, variant);
+    }
+    return prepareProgram(std::as_const(context));
+}
+
 bool Item3dDrawer::prepareProgram(const PaintContext& context)
 {
     m_preparedProgram = nullptr;
@@ -126,8 +149,7 @@ bool Item3dDrawer::prepareProgram(const PaintContext& context)
     OpenGLFunctions* gl = currentGLFunctions();
     // bind() would try to link a program that failed to link again, every frame.
     if (!gl || !program || !program->isLinked()) return false;
-    prepareForFence(context); // before anybody asks for locations
-    if (!program->isLinked() || !program->bind()) return false;
+    if (!program->bind()) return false;
 
     uniforms::set(*gl, program->uniformLocation("draw_mode"), context.drawMode);
     uniforms::set(*gl, program->uniformLocation("projection"), context.projection);
@@ -157,19 +179,6 @@ bool Item3dDrawer::prepareProgram(const PaintContext& context)
     joinSelection(context);
     bindFence(*gl, context);
     return true;
-}
-
-// Programs have a fence while the project has one. A drawer that does not obey it takes its program as others
-// left it: they may share it, and would build it anew in every frame.
-void Item3dDrawer::prepareForFence(const PaintContext& context)
-{
-    if (!m_scene || context.drawMode == DrawMode::GeometryCapture) return;
-    if (!m_scene->isFenced())
-        setProgramFence(*context.program, ProgramFence::None);
-    else if (obeysFence())
-        setProgramFence(*context.program, m_scene->getFence()->getFenceType() == Fence3DObject::SphereFence
-                                              ? ProgramFence::Sphere
-                                              : ProgramFence::Swept);
 }
 
 // A program that is not to be limited, or cannot be told by what, is told so: it may have been limited in its

@@ -112,11 +112,14 @@ protected:
     /// Binds the context's program and sets what holds for the whole pass; false when it cannot be drawn
     /// with.
     bool prepareProgram(const PaintContext& context);
+    /// The same with the variant of the program that the pass needs, which the context has afterwards: the
+    /// one that obeys the project's fence, or marks items in the selection buffer. See beginProgramVariant.
+    bool prepareProgram(PaintContext& context);
 
 private:
     const Item3dDrawer* root() const;
     void findLight(const PaintContext& context);
-    void prepareForFence(const PaintContext& context);
+    bool isFenced() const;
     void bindFence(OpenGLFunctions& gl, const PaintContext& context);
     void joinSelection(const PaintContext& context);
     void setSelectionIndex(OpenGLFunctions& gl, const Drawable3dItem& item);

@@ -8,6 +8,7 @@
 #include <Viewer3dModule/scene/Scene3d.h>
 #include <Viewer3dModule/scene/longestTargetSide.h>
 #include <Viewer3dModule/shaders/DrawMode.h>
+#include <Viewer3dModule/shaders/ProgramVariants.h>
 #include <framework/graphics/InteractiveGraphicsItem.h>
 #include <framework/ksp/Log.h>
 
@@ -166,9 +167,10 @@ int ItemSelection::kindsMarkedBy(const Item3dDrawer* drawer)
     const auto [entry, isNew] = m_kinds.emplace(drawer, 0);
     if (!isNew || !drawer || typeid(*drawer) != typeid(SequentialItem3dDrawer)) return entry->second;
     const auto* sequential = static_cast<const SequentialItem3dDrawer*>(drawer);
-    const QOpenGLShaderProgram* program = m_pass.program ? m_pass.program : sequential->getDefaultProgram();
-    if (!program || !program->isLinked() || program->uniformLocation("item_index") < 0 ||
-        program->uniformLocation("selection_rect") < 0)
+    QOpenGLShaderProgram* program = m_pass.program ? m_pass.program : sequential->getDefaultProgram();
+    if (!program || !program->isLinked()) return 0;
+    program = &findProgramVariant(*program, {ProgramFence::None, true});
+    if (program->uniformLocation("item_index") < 0 || program->uniformLocation("selection_rect") < 0)
         return 0;
     const QVariant kinds = program->property("primitives");
     entry->second = kinds.isValid() ? kinds.toInt() : m_pass.primitives;

@@ -93,7 +93,10 @@ QOpenGLShaderProgram* Scene3d::createProgram(const QStringList& files,
 {
     // Without a context there is nothing to compile with; the constructor has said so.
     if (!makeCurrent()) return new QOpenGLShaderProgram(this);
-    return buildShaderProgram(this, files, defines, varyings);
+    // Only passes for the selection buffer mark items in it; they have a variant that does.
+    std::vector<std::string> all = defines;
+    all.emplace_back("RX_NO_SELECTION_BUFFER");
+    return buildShaderProgram(this, files, all, varyings);
 }
 
 // --- elements

@@ -113,7 +113,9 @@ public:
 
     /// Builds a program from shader files ("shader:Viewer3dModule/mono.fragment.glsl"), defines for their
     /// preprocessor and names of outputs to capture. The stage of a file is told by its name. Always returns
-    /// a new program, owned by the scene; what failed is logged, and the program then is not linked.
+    /// a new program, owned by the scene; what failed is logged, and the program then is not linked. It marks
+    /// nothing in the selection buffer and knows no fence: passes that need this take variants of it, see
+    /// beginProgramVariant; drawers' prepareProgram does so.
     QOpenGLShaderProgram* createProgram(const QStringList& files, const std::vector<std::string>& defines,
                                         const std::vector<std::string>& varyings);
     /// A program that leaves the same depths as this one and no colours, for items that are solid

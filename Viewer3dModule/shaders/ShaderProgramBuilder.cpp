@@ -4,7 +4,6 @@
 #include <Viewer3dModule/shaders/OpenGLFunctions.h>
 #include <Viewer3dModule/shaders/ShaderPreprocessor.h>
 #include <Viewer3dModule/shaders/StorageLimits.h>
-#include <Viewer3dModule/shaders/UniformValues.h>
 #include <framework/ksp/Log.h>
 #include <framework/ksp/log_format.h>
 
@@ -126,70 +125,16 @@ bool hasStorage(const QStringList& files, const std::vector<std::string>& define
 // What the program was built from.
 const char* const filesProperty = "shader_files";
 const char* const definesProperty = "shader_defines";
-// Its fence as it is, and as far as is known whether it can have one.
-const char* const fenceProperty = "fence";
-const char* const canHaveFenceProperty = "can_have_fence";
-
-const char* defineOf(ProgramFence fence)
-{
-    return fence == ProgramFence::Sphere ? "RX_USE_SPHERE_FENCE" : "RX_USE_SWEPT_FENCE";
-}
-
-std::vector<std::string> definesOf(const QOpenGLShaderProgram& program, ProgramFence fence)
-{
-    std::vector<std::string> defines;
-    for (const QString& define : program.property(definesProperty).toStringList())
-        defines.push_back(define.toStdString());
-    if (fence != ProgramFence::None) defines.emplace_back(defineOf(fence));
-    return defines;
-}
-
-// A program that only captures or only leaves depths has no stage that could leave anything out.
-bool asksForFence(const QOpenGLShaderProgram& program)
-{
-    for (const QString& file : program.property(filesProperty).toStringList())
-        if (stageOf(file) == QOpenGLShader::Fragment &&
-            preprocessShader(file, {}).contains(QLatin1String(defineOf(ProgramFence::Sphere))))
-            return true;
-    return false;
-}
-
-bool canHaveFence(QOpenGLShaderProgram& program)
-{
-    const QVariant known = program.property(canHaveFenceProperty);
-    if (known.isValid()) return known.toBool();
-    const bool can = asksForFence(program);
-    program.setProperty(canHaveFenceProperty, can);
-    return can;
-}
-
-bool linkWith(QOpenGLShaderProgram& program, ProgramFence fence)
-{
-    const QStringList files = program.property(filesProperty).toStringList();
-    const std::vector<std::string> defines = definesOf(program, fence);
-    if (!hasStorage(files, defines)) return false;
-    program.removeAllShaders();
-    return addStages(program, files, defines) && link(program, files);
-}
 
 } // namespace
 
-bool setProgramFence(QOpenGLShaderProgram& program, ProgramFence fence)
+ProgramSources sourcesOf(const QOpenGLShaderProgram& program)
 {
-    if (program.property(fenceProperty).toInt() == static_cast<int>(fence)) return true;
-    if (!program.isLinked() || !canHaveFence(program)) return fence == ProgramFence::None;
-    const UniformValues values(program);
-    const bool isDone = linkWith(program, fence);
-    if (!isDone) {
-        ksp::log_format(ksp::Log::Error, "%s and others: drawn without the fence",
-                        qUtf8Printable(program.property(filesProperty).toStringList().value(0)));
-        program.setProperty(canHaveFenceProperty, false);
-        fence = ProgramFence::None;
-        linkWith(program, fence);
-    }
-    program.setProperty(fenceProperty, static_cast<int>(fence));
-    values.restore(program);
-    return isDone;
+    ProgramSources sources;
+    sources.files = program.property(filesProperty).toStringList();
+    for (const QString& define : program.property(definesProperty).toStringList())
+        sources.defines.push_back(define.toStdString());
+    return sources;
 }
 
 QOpenGLShaderProgram* buildShaderProgram(QObject* parent, const QStringList& files,

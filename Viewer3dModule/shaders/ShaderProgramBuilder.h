@@ -28,22 +28,10 @@ VIEWER3DMODULE_EXPORT QOpenGLShaderProgram* buildShaderProgram(QObject* parent, 
                                                                const std::vector<std::string>& defines,
                                                                const std::vector<std::string>& varyings);
 
-/// What a program can leave out; see the shader sources Viewer3dFences/*.glsl.
-enum class ProgramFence {
-    None,
-    Sphere, ///< compiled with RX_USE_SPHERE_FENCE
-    Swept   ///< a polygon swept into depth, compiled with RX_USE_SWEPT_FENCE
+/// What a program of buildShaderProgram was built from; empty for any other.
+struct ProgramSources
+{
+    QStringList files;
+    std::vector<std::string> defines;
 };
-
-/// Compiles and links a program of buildShaderProgram again as one with such a fence, or as one that knows
-/// nothing of fences, which it is at first. It stays the same program, and its uniforms keep their values;
-/// their locations may be others. Does nothing to a program that is so already, and to one whose fragment
-/// stages do not ask for these defines.
-///
-/// There are variants because a fence costs every fragment some time on drivers that run both sides of a
-/// condition; switching costs the time of a build, and happens when a fence comes, goes or becomes another
-/// kind.
-///
-/// The program's context must be current. False when the program cannot have the fence. One that cannot be
-/// built with it is logged, once, and is one without fence from then on.
-VIEWER3DMODULE_EXPORT bool setProgramFence(QOpenGLShaderProgram& program, ProgramFence fence);
+ProgramSources sourcesOf(const QOpenGLShaderProgram& program);

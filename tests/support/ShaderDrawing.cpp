@@ -34,7 +34,9 @@ void ShaderDrawing::TearDown()
 
 void ShaderDrawing::use(const ProgramRecipe& wanted, const std::vector<std::string>& varyings)
 {
-    program.reset(buildShaderProgram(nullptr, wanted.files, wanted.defines, varyings));
+    std::vector<std::string> defines = wanted.defines;
+    defines.insert(defines.end(), furtherDefines.begin(), furtherDefines.end());
+    program.reset(buildShaderProgram(nullptr, wanted.files, defines, varyings));
     ASSERT_TRUE(program->isLinked()) << wanted.name;
     ASSERT_TRUE(program->bind());
     const float half = Size / 2.0f;

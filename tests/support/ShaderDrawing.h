@@ -96,6 +96,7 @@ protected:
     std::vector<std::uint32_t> selectedWords();
 
     std::unique_ptr<QOpenGLShaderProgram> program;
+    std::vector<std::string> furtherDefines; ///< of what `use` builds, besides its recipe's
     std::unique_ptr<RenderTarget> target;
     std::vector<QImage> images; ///< the attachments after draw
     std::vector<float> depths;  ///< the depth buffer after draw, top row first

@@ -9,6 +9,10 @@ layout(location = 3) out vec4 coords_w;
 
 uniform int draw_mode = ordinal_draw;
 
+// Programs that are not for passes of the selection buffer go without it, with RX_NO_SELECTION_BUFFER: drivers that run
+// both sides of a condition would make every fragment pay for it. In such a pass they draw nothing.
+#ifndef RX_NO_SELECTION_BUFFER
+
 // Changes with every item, but only in passes that draw the selection buffer: other passes never set it.
 uniform int item_index = 0;
 // Left, bottom, right, top in pixels, inclusive, origin at the lower left. Compared with pixel centres, as the mask is.
@@ -48,6 +52,12 @@ void set_item_index(int offset)
     if (index < 0 || index / 32 >= items_selection_data.length()) return;
     atomicOr(items_selection_data[index / 32], 1 << (index % 32));
 }
+
+#else
+
+void set_item_index(int offset) {}
+
+#endif
 
 vec4 bytesOf(uint word)
 {

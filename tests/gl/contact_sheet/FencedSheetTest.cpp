@@ -24,10 +24,14 @@ protected:
         if (GetParam() == "GlyphCaption") return -0.95f;
         return GetParam() == "Caption" ? -0.7f : 0.0f;
     }
+    void selectWith(const char* define)
+    {
+        furtherDefines = {define};
+        select(GetParam());
+    }
     void giveSphere(float radius)
     {
-        ASSERT_TRUE(setProgramFence(*program, ProgramFence::Sphere));
-        ASSERT_TRUE(program->bind());
+        selectWith("RX_USE_SPHERE_FENCE");
         set("fence_to_use", 2);
         set("sphere_fence_center", (border() - std::abs(radius)) * right());
         set("sphere_fence_radius", radius);
@@ -35,8 +39,7 @@ protected:
     /// A polygon without edges nearby, swept to the left from the plane on without end.
     void givePrism(const glm::vec4& polygonBox)
     {
-        ASSERT_TRUE(setProgramFence(*program, ProgramFence::Swept));
-        ASSERT_TRUE(program->bind());
+        selectWith("RX_USE_SWEPT_FENCE");
         set("fence_to_use", 3);
         set("fence_inner_box", polygonBox);
         set("fence_outer_box", polygonBox);

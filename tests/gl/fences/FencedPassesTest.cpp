@@ -6,7 +6,7 @@
 #include "tests/support/ProgramList.h"
 
 #include <Viewer3dModule/scene/SceneDepthMapGenerator.h>
-#include <Viewer3dModule/shaders/ShaderProgramBuilder.h>
+#include <Viewer3dModule/shaders/ProgramVariants.h>
 
 #include <QtGui/QOpenGLShaderProgram>
 
@@ -209,13 +209,12 @@ TEST_F(FencedPassesTest, LocalForegroundObeysNoFence)
     EXPECT_EQ(frame().pixelColor(30, 30), ownColor);
 }
 
-TEST_F(FencedPassesTest, UniformsKeepTheirValues)
+TEST_F(FencedPassesTest, UniformsKeepTheirValuesInAllVariants)
 {
     QOpenGLShaderProgram* program =
         scene->createProgram({shaderPath("common.vertex"), shaderPath("mono.fragment")},
                              {"RX_USE_PER_VERTEX_COLOR", "RX_USE_ELEVATION_COLOR"}, {});
     ASSERT_TRUE(program->isLinked());
-    const unsigned id = program->programId();
     std::vector<std::pair<double, QColor>> levels;
     for (int i = 0; i < 100; ++i)
         levels.emplace_back(0.5 * i, QColor(i, 2 * i, 255 - i));
@@ -225,40 +224,67 @@ TEST_F(FencedPassesTest, UniformsKeepTheirValues)
     gl->glUniform2uiv(program->uniformLocation("item_id"), 1, wanted);
     program->setUniformValue("item_flags", -2);
     program->setUniformValue("model", QMatrix4x4(1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16));
-    const auto values = [&] {
+    const auto values = [&](const QOpenGLShaderProgram& shown) {
+        const unsigned id = shown.programId();
         std::vector<float> all(16 + 4 + 1024 * 2);
-        gl->glGetUniformfv(id, program->uniformLocation("model"), all.data());
-        gl->glGetUniformfv(id, program->uniformLocation("item_color"), all.data() + 16);
+        gl->glGetUniformfv(id, shown.uniformLocation("model"), all.data());
+        gl->glGetUniformfv(id, shown.uniformLocation("item_color"), all.data() + 16);
         for (int i = 0; i < 100; ++i)
-            gl->glGetUniformfv(id, program->uniformLocation(QStringLiteral("elevLevels[%1]").arg(i / 4)),
+            gl->glGetUniformfv(id, shown.uniformLocation(QStringLiteral("elevLevels[%1]").arg(i / 4)),
                                all.data() + 20 + 4 * i);
         GLuint read[2] = {0, 0};
-        gl->glGetUniformuiv(id, program->uniformLocation("item_id"), read);
+        gl->glGetUniformuiv(id, shown.uniformLocation("item_id"), read);
         EXPECT_EQ(read[0], wanted[0]);
         EXPECT_EQ(read[1], wanted[1]);
         GLuint colors[4] = {0, 0, 0, 0};
-        gl->glGetUniformuiv(id, program->uniformLocation("colorLevels[7]"), colors);
+        gl->glGetUniformuiv(id, shown.uniformLocation("colorLevels[7]"), colors);
         EXPECT_NE(colors[0], 0u);
         GLint integers[2] = {0, 0};
-        gl->glGetUniformiv(id, program->uniformLocation("item_flags"), integers);
-        gl->glGetUniformiv(id, program->uniformLocation("levelCount"), integers + 1);
+        gl->glGetUniformiv(id, shown.uniformLocation("item_flags"), integers);
+        gl->glGetUniformiv(id, shown.uniformLocation("levelCount"), integers + 1);
         EXPECT_EQ(integers[0], -2);
         EXPECT_EQ(integers[1], 100);
         return all;
     };
-    const std::vector<float> before = values();
+    const std::vector<float> before = values(*program);
     EXPECT_NE(before, std::vector<float>(before.size()));
     EXPECT_EQ(program->uniformLocation("fence_to_use"), -1);
     for (const ProgramFence kind : {ProgramFence::Sphere, ProgramFence::Swept}) {
-        EXPECT_TRUE(setProgramFence(*program, kind));
-        EXPECT_EQ(program->programId(), id);
-        EXPECT_GE(program->uniformLocation("fence_to_use"), 0);
-        EXPECT_EQ(program->uniformLocation("sphere_fence_radius") >= 0, kind == ProgramFence::Sphere);
-        EXPECT_EQ(values(), before);
+        for (const bool marks : {false, true}) {
+            QOpenGLShaderProgram& variant = beginProgramVariant(*program, {kind, marks});
+            EXPECT_NE(&variant, program);
+            EXPECT_EQ(&beginProgramVariant(*program, {kind, marks}), &variant) << "built anew";
+            EXPECT_EQ(&beginProgramVariant(variant, {kind, marks}), &variant) << "has it already";
+            EXPECT_GE(variant.uniformLocation("fence_to_use"), 0);
+            EXPECT_EQ(variant.uniformLocation("sphere_fence_radius") >= 0, kind == ProgramFence::Sphere);
+            EXPECT_EQ(variant.uniformLocation("item_index") >= 0, marks);
+            EXPECT_EQ(values(variant), before);
+        }
     }
-    EXPECT_TRUE(setProgramFence(*program, ProgramFence::None));
+    EXPECT_EQ(&beginProgramVariant(*program, {}), program);
     EXPECT_EQ(program->uniformLocation("fence_to_use"), -1);
-    EXPECT_EQ(values(), before);
+    EXPECT_EQ(program->uniformLocation("item_index"), -1);
+    EXPECT_EQ(values(*program), before);
+}
+
+TEST_F(FencedPassesTest, VariantsFollowTheirProgram)
+{
+    QOpenGLShaderProgram* program =
+        scene->createProgram({shaderPath("common.vertex"), shaderPath("mono.fragment")}, {}, {});
+    const auto colorOf = [&](QOpenGLShaderProgram& shown) {
+        glm::vec4 color(-1.0f);
+        gl->glGetUniformfv(shown.programId(), shown.uniformLocation("item_color"), &color.x);
+        return color;
+    };
+    for (const float red : {0.25f, 0.5f}) {
+        ASSERT_TRUE(program->bind());
+        program->setUniformValue("item_color", red, 1.0f, 0.5f, 0.75f);
+        QOpenGLShaderProgram& variant = beginProgramVariant(*program, {ProgramFence::None, true});
+        EXPECT_EQ(colorOf(variant), glm::vec4(red, 1.0f, 0.5f, 0.75f));
+        variant.setUniformValue("item_color", 0.0f, 0.0f, 0.0f, 0.0f); // what a pass leaves does not stay
+        EXPECT_EQ(colorOf(beginProgramVariant(*program, {ProgramFence::None, true})),
+                  glm::vec4(red, 1.0f, 0.5f, 0.75f));
+    }
 }
 
 TEST_F(FencedPassesTest, ProgramsThatDoNotAskForItStayAsTheyAre)
@@ -269,10 +295,9 @@ TEST_F(FencedPassesTest, ProgramsThatDoNotAskForItStayAsTheyAre)
     plain.addShaderFromSourceCode(QOpenGLShader::Fragment,
                                   "#version 430 core\nout vec4 c;\nvoid main() { c = vec4(1.0); }");
     ASSERT_TRUE(plain.link());
-    EXPECT_FALSE(setProgramFence(plain, ProgramFence::Sphere));
-    EXPECT_TRUE(setProgramFence(plain, ProgramFence::None));
+    EXPECT_EQ(&beginProgramVariant(plain, {ProgramFence::Sphere, true}), &plain);
     QOpenGLShaderProgram* depths = scene->createProgram({shaderPath("common.vertex")}, {}, {});
-    EXPECT_FALSE(setProgramFence(*depths, ProgramFence::Swept));
+    EXPECT_EQ(&beginProgramVariant(*depths, {ProgramFence::Swept, true}), depths);
     EXPECT_TRUE(depths->isLinked());
 }
 

@@ -5,6 +5,7 @@
 #include <Viewer3dModule/drawers/SequentialItem3dDrawer.h>
 #include <Viewer3dModule/fences/SphereFence.h>
 #include <Viewer3dModule/host/Fence3dItem.h>
+#include <Viewer3dModule/shaders/ProgramVariants.h>
 #include <framework/model/COrdinaryItemCreator.h>
 #include <framework/model/CProject.h>
 
@@ -168,7 +169,9 @@ TEST_F(DepthProgramTest, WhatIsFencedIsDrawnByAProgramThatCuts)
         ->setFence({0, 0, -10}, 3.0);
     fence->notifyObservers();
     mapOf(item, DrawerType::Mesh);
-    EXPECT_EQ(item.lastProgram, programOf(DrawerType::Mesh));
+    EXPECT_NE(item.lastProgram, programOf(DrawerType::Mesh));
+    EXPECT_EQ(item.lastProgram,
+              &findProgramVariant(*programOf(DrawerType::Mesh), {ProgramFence::Sphere, false}));
     fence->reset();
     mapOf(item, DrawerType::Mesh);
     EXPECT_EQ(item.lastProgram, scene->getDepthProgram(programOf(DrawerType::Mesh)));

@@ -1,24 +1,19 @@
-#include <Viewer3dModule/shaders/UniformValues.h>
+#include <Viewer3dModule/shaders/UniformCopy.h>
 
 #include <QtGui/QOpenGLShaderProgram>
 
-#include <utility>
+#include <array>
+#include <map>
+#include <string>
 
 namespace {
 
-/// Any uniform of OpenGL 4.3 fits: at most a 4 x 4 matrix of doubles.
-constexpr std::size_t mostBytes = 128;
-
-struct Active
-{
-    std::string name;
-    GLenum type;
-};
+using Types = std::map<std::string, GLenum>;
 
 /// The uniforms outside of blocks, those in arrays one by one.
-std::vector<Active> activeUniforms(OpenGLFunctions& gl, GLuint program)
+Types activeUniforms(OpenGLFunctions& gl, GLuint program)
 {
-    std::vector<Active> all;
+    Types all;
     GLint count = 0, longest = 0;
     gl.glGetProgramiv(program, GL_ACTIVE_UNIFORMS, &count);
     gl.glGetProgramiv(program, GL_ACTIVE_UNIFORM_MAX_LENGTH, &longest);
@@ -29,11 +24,11 @@ std::vector<Active> activeUniforms(OpenGLFunctions& gl, GLuint program)
         gl.glGetActiveUniform(program, static_cast<GLuint>(i), longest, nullptr, &size, &type, buffer.data());
         const std::string name = buffer.data();
         if (gl.glGetUniformLocation(program, name.c_str()) < 0) continue;
-        all.push_back({name, type});
+        all.emplace(name, type);
         const std::size_t bracket = name.rfind("[0]");
         if (bracket == std::string::npos || bracket + 3 != name.size()) continue;
         for (GLint k = 1; k < size; ++k)
-            all.push_back({name.substr(0, bracket) + '[' + std::to_string(k) + ']', type});
+            all.emplace(name.substr(0, bracket) + '[' + std::to_string(k) + ']', type);
     }
     return all;
 }
@@ -108,39 +103,46 @@ Setter setterOf(GLenum type)
 #undef V3D_VECTOR
 #undef V3D_MATRIX
 
-} // namespace
-
-UniformValues::UniformValues(QOpenGLShaderProgram& program)
+void read(OpenGLFunctions& gl, GLuint program, GLint location, Setter::Kind kind, void* bytes)
 {
-    OpenGLFunctions* gl = currentGLFunctions();
-    if (!gl) return;
-    const GLuint id = program.programId();
-    for (const Active& uniform : activeUniforms(*gl, id)) {
-        const GLint location = gl->glGetUniformLocation(id, uniform.name.c_str());
-        Value value{uniform.name, uniform.type, std::vector<char>(mostBytes)};
-        void* bytes = value.bytes.data();
-        switch (setterOf(uniform.type).kind) {
-        case Setter::Float:
-            gl->glGetUniformfv(id, location, static_cast<GLfloat*>(bytes));
-            break;
-        case Setter::Int:
-            gl->glGetUniformiv(id, location, static_cast<GLint*>(bytes));
-            break;
-        case Setter::Uint:
-            gl->glGetUniformuiv(id, location, static_cast<GLuint*>(bytes));
-            break;
-        }
-        m_values.push_back(std::move(value));
+    switch (kind) {
+    case Setter::Float:
+        gl.glGetUniformfv(program, location, static_cast<GLfloat*>(bytes));
+        break;
+    case Setter::Int:
+        gl.glGetUniformiv(program, location, static_cast<GLint*>(bytes));
+        break;
+    case Setter::Uint:
+        gl.glGetUniformuiv(program, location, static_cast<GLuint*>(bytes));
+        break;
     }
 }
 
-void UniformValues::restore(QOpenGLShaderProgram& program) const
+} // namespace
+
+UniformCopy::UniformCopy(QOpenGLShaderProgram& from, QOpenGLShaderProgram& to)
 {
     OpenGLFunctions* gl = currentGLFunctions();
-    if (!gl || !program.isLinked() || !program.bind()) return;
-    const GLuint id = program.programId();
-    for (const Value& value : m_values) {
-        const GLint location = gl->glGetUniformLocation(id, value.name.c_str());
-        if (location >= 0) setterOf(value.type).set(*gl, location, value.bytes.data());
+    if (!gl) return;
+    const Types theirs = activeUniforms(*gl, to.programId());
+    for (const auto& [name, type] : activeUniforms(*gl, from.programId())) {
+        const auto same = theirs.find(name);
+        if (same == theirs.end() || same->second != type) continue;
+        Pair pair;
+        pair.type = type;
+        pair.from = gl->glGetUniformLocation(from.programId(), name.c_str());
+        pair.to = gl->glGetUniformLocation(to.programId(), name.c_str());
+        m_pairs.push_back(pair);
+    }
+}
+
+void UniformCopy::run(OpenGLFunctions& gl, const QOpenGLShaderProgram& from) const
+{
+    const GLuint program = from.programId();
+    alignas(GLfloat) std::array<char, 16 * sizeof(GLfloat)> value; // a 4 x 4 matrix is the largest
+    for (const Pair& pair : m_pairs) {
+        const Setter setter = setterOf(pair.type);
+        read(gl, program, pair.from, setter.kind, value.data());
+        setter.set(gl, pair.to, value.data());
     }
 }

@@ -1,0 +1,141 @@
+#include <Viewer3dModule/shaders/ProgramVariants.h>
+
+#include <Viewer3dModule/shaders/ShaderPreprocessor.h>
+#include <Viewer3dModule/shaders/ShaderProgramBuilder.h>
+#include <Viewer3dModule/shaders/UniformCopy.h>
+#include <framework/ksp/Log.h>
+#include <framework/ksp/log_format.h>
+
+#include <QtCore/QVariant>
+#include <QtGui/QOpenGLShaderProgram>
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <utility>
+
+namespace {
+
+const char* const withoutMarks = "RX_NO_SELECTION_BUFFER";
+
+const char* defineOf(ProgramFence fence)
+{
+    return fence == ProgramFence::Sphere ? "RX_USE_SPHERE_FENCE" : "RX_USE_SWEPT_FENCE";
+}
+
+/// The variants of one program, whose child this is.
+class Variants : public QObject
+{
+public:
+    explicit Variants(QOpenGLShaderProgram& program)
+        : QObject(&program)
+        , m_program(program)
+        , m_sources(sourcesOf(program))
+        , m_canHaveFence(asksFor(defineOf(ProgramFence::Sphere)) && !has(defineOf(ProgramFence::Sphere)) &&
+                         !has(defineOf(ProgramFence::Swept)))
+        , m_canMark(has(withoutMarks) && asksFor(withoutMarks))
+    {
+    }
+
+    /// The one of the program; made when there is none.
+    static Variants& of(QOpenGLShaderProgram& program)
+    {
+        const char* const property = "variants";
+        auto* variants = static_cast<Variants*>(program.property(property).value<void*>());
+        if (!variants) {
+            variants = new Variants(program);
+            program.setProperty(property, QVariant::fromValue<void*>(variants));
+        }
+        return *variants;
+    }
+
+    QOpenGLShaderProgram& find(ProgramVariant wanted)
+    {
+        const Variant* variant = findOther(wanted);
+        return variant ? *variant->program : m_program;
+    }
+
+    QOpenGLShaderProgram& begin(ProgramVariant wanted)
+    {
+        const Variant* variant = findOther(wanted);
+        if (!variant) return m_program;
+        OpenGLFunctions* gl = currentGLFunctions();
+        if (gl && variant->program->bind()) variant->uniforms->run(*gl, m_program);
+        return *variant->program;
+    }
+
+private:
+    struct Variant
+    {
+        QOpenGLShaderProgram* program = nullptr; ///< null when it cannot be built
+        std::unique_ptr<UniformCopy> uniforms;
+    };
+
+    // Null where the program itself is to draw.
+    const Variant* findOther(ProgramVariant wanted)
+    {
+        if (!m_canHaveFence) wanted.fence = ProgramFence::None;
+        if (!m_canMark) wanted.marksItems = false;
+        if (wanted.fence == ProgramFence::None && !wanted.marksItems) return nullptr;
+        std::optional<Variant>& variant = m_built[static_cast<int>(wanted.fence)][wanted.marksItems];
+        if (!variant) variant.emplace(build(wanted));
+        if (variant->program) return &*variant;
+        if (wanted.fence == ProgramFence::None) return nullptr;
+        wanted.fence = ProgramFence::None;
+        return findOther(wanted);
+    }
+
+    bool has(const std::string& define) const
+    {
+        const std::vector<std::string>& defines = m_sources.defines;
+        return std::find(defines.begin(), defines.end(), define) != defines.end();
+    }
+
+    // What only captures or only leaves depths has no stage that could mark or leave out anything.
+    bool asksFor(const char* define) const
+    {
+        return std::any_of(m_sources.files.begin(), m_sources.files.end(), [define](const QString& file) {
+            return file.contains(QLatin1String("fragment")) &&
+                   preprocessShader(file, {}).contains(QLatin1String(define));
+        });
+    }
+
+    Variant build(ProgramVariant wanted)
+    {
+        std::vector<std::string> defines = m_sources.defines;
+        if (wanted.marksItems)
+            defines.erase(std::remove(defines.begin(), defines.end(), withoutMarks), defines.end());
+        if (wanted.fence != ProgramFence::None) defines.emplace_back(defineOf(wanted.fence));
+        Variant variant;
+        variant.program = buildShaderProgram(this, m_sources.files, defines, {});
+        if (variant.program->isLinked()) {
+            variant.uniforms = std::make_unique<UniformCopy>(m_program, *variant.program);
+            return variant;
+        }
+        ksp::log_format(ksp::Log::Error, "%s and others: drawn without %s",
+                        qUtf8Printable(m_sources.files.value(0)),
+                        wanted.fence == ProgramFence::None ? "marking what is selected" : "the fence");
+        delete std::exchange(variant.program, nullptr);
+        return variant;
+    }
+
+    QOpenGLShaderProgram& m_program;
+    ProgramSources m_sources;
+    bool m_canHaveFence;
+    bool m_canMark;
+    std::optional<Variant> m_built[3][2]; ///< by fence and marksItems
+};
+
+} // namespace
+
+QOpenGLShaderProgram& findProgramVariant(QOpenGLShaderProgram& program, ProgramVariant variant)
+{
+    if (variant.fence == ProgramFence::None && !variant.marksItems) return program;
+    return Variants::of(program).find(variant);
+}
+
+QOpenGLShaderProgram& beginProgramVariant(QOpenGLShaderProgram& program, ProgramVariant variant)
+{
+    if (variant.fence == ProgramFence::None && !variant.marksItems) return program;
+    return Variants::of(program).begin(variant);
+}

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <Viewer3dModule/Viewer3dModule_export.h>
+
+class QOpenGLShaderProgram;
+
+/// What a program can leave out; see the shader sources Viewer3dFences/*.glsl.
+enum class ProgramFence {
+    None,
+    Sphere, ///< compiled with RX_USE_SPHERE_FENCE
+    Swept   ///< a polygon swept into depth, compiled with RX_USE_SWEPT_FENCE
+};
+
+/// What a pass needs of a program beyond what it is by itself.
+struct ProgramVariant
+{
+    ProgramFence fence = ProgramFence::None;
+    /// Whether items are marked in the selection buffer: compiled without RX_NO_SELECTION_BUFFER.
+    bool marksItems = false;
+};
+
+/// The program that draws as this one does, and what the variant says as well: the program itself where it
+/// does so already, or where its stages know nothing of it. Another one is built when it is first asked for,
+/// belongs to the program and has its primitives.
+///
+/// There are variants because drivers that run both sides of a condition make every fragment pay for what its
+/// pass does not need: writing to the selection buffer costs a frame of markers half its time.
+///
+/// The program must be linked and its context current. A variant that cannot be built is logged, once; the
+/// pass is drawn with what can be: without the fence, or without marking anything.
+VIEWER3DMODULE_EXPORT QOpenGLShaderProgram& findProgramVariant(QOpenGLShaderProgram& program,
+                                                               ProgramVariant variant);
+/// The same at the beginning of a pass: where it is another program, that one is in use and has the values of
+/// the program's uniforms. What a pass sets in it afterwards does not stay for the next one.
+VIEWER3DMODULE_EXPORT QOpenGLShaderProgram& beginProgramVariant(QOpenGLShaderProgram& program,
+                                                                ProgramVariant variant);
