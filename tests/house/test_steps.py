@@ -125,7 +125,7 @@ class ListTest(unittest.TestCase):
                  if line and not line.startswith("#")]
         for fields in lines:
             self.assertEqual(len(fields), 3, fields)
-            self.assertIn(fields[0], ("run", "tests"))
+            self.assertIn(fields[0], ("run", "tests", "benchmarks"))
         packages = [fields[1] for fields in lines]
         self.assertEqual(len(packages), len(set(packages)))
         readme = (root / "README.md").read_text(encoding="utf-8")

@@ -30,12 +30,13 @@ TEST(Documents, ReadmeListsThePackagesOfTheOneList)
         if (line.startsWith('#')) continue;
         const QString package = line.section(' ', 1, 1, QString::SectionSkipEmpty);
         const QString purpose = line.section(' ', 2, -1, QString::SectionSkipEmpty);
-        const QString use = line.startsWith("run") ? "build and run" : "tests";
+        const QString kind = line.section(' ', 0, 0);
+        const QString use = kind == "run" ? QStringLiteral("build and run") : kind;
         const QString row = QStringLiteral("| `%1` | %2 | %3 |\n").arg(package, use, purpose);
         EXPECT_TRUE(readme.contains(row)) << qPrintable(row);
         ++packages;
     }
-    EXPECT_EQ(readme.count(QRegularExpression("^\\| `[a-z0-9+.-]+` \\| (build and run|tests) \\|",
+    EXPECT_EQ(readme.count(QRegularExpression("^\\| `[a-z0-9+.-]+` \\| (build and run|tests|benchmarks) \\|",
                                               QRegularExpression::MultilineOption)),
               packages);
 }

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <functional>
+#include <vector>
+
+/// Numbers of one kind (milliseconds of a clock) from runs in turns.
+struct Comparison
+{
+    double ours = 0.0;  ///< median
+    double plain = 0.0; ///< median; 0 where there is nothing beside ours
+    double ratio = 0.0; ///< of the medians
+    double low = 0.0;   ///< the quartiles of the ratios of the pairs
+    double high = 0.0;
+};
+
+/// Runs two ways of doing the same work in turns, the first of a pair being the second of the next, and takes
+/// the time of each by two clocks: that of the wall, and the processor time of all threads, which other
+/// programs on the machine disturb less.
+class PairedRuns
+{
+public:
+    using Run = std::function<void()>;
+    struct Side
+    {
+        Run prepare; ///< not timed; may be empty
+        Run run;     ///< waits for the end of its work
+    };
+    /// How long to go on: until the seconds are over, but with no fewer and no more pairs than these.
+    struct Effort
+    {
+        int warmUps;
+        int leastPairs;
+        int mostPairs;
+        double seconds;
+    };
+
+    PairedRuns(const Side& ours, const Side& plain, const Effort& effort);
+    /// One way alone.
+    PairedRuns(const Side& ours, const Effort& effort);
+
+    Comparison wall() const;
+    Comparison processor() const;
+    int pairs() const { return static_cast<int>(m_ours.wall.size()); }
+
+private:
+    struct Times
+    {
+        std::vector<double> wall;
+        std::vector<double> processor;
+    };
+    static void time(const Side& side, Times& times);
+    static Comparison compare(const std::vector<double>& ours, const std::vector<double>& plain);
+    void runAll(const Side& ours, const Side* plain, const Effort& effort);
+
+    Times m_ours;
+    Times m_plain;
+};

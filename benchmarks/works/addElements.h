@@ -1,0 +1,10 @@
+#pragma once
+
+#include <benchmarks/data/BoxSet.h>
+#include <benchmarks/data/LineSet.h>
+#include <benchmarks/scene/BenchScene.h>
+
+/// Adds an element for each polyline, with a pen of this width (pixels). The set must outlive the scene.
+std::vector<CModelElement*> addLines(BenchScene& scene, const LineSet& set, float width);
+/// Adds a mesh for each box.
+void addBoxes(BenchScene& scene, const BoxSet& set);

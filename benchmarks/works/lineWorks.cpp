@@ -1,0 +1,70 @@
+#include <benchmarks/works/lineWorks.h>
+
+#include <benchmarks/plain/PlainLines.h>
+#include <benchmarks/works/addElements.h>
+#include <benchmarks/works/compareFrames.h>
+
+namespace {
+
+struct Pen
+{
+    float width; ///< pixels
+    PlainLines::Technique technique;
+    double allowed; ///< share of pixels that may differ
+};
+
+std::vector<Result> compareLines(qint64 size, const PairedRuns::Effort& effort, const Pen& pen)
+{
+    const LineSet set(size);
+    BenchScene scene(View::whole());
+    addLines(scene, set, pen.width);
+    PlainContext context(View::whole().size);
+    PlainLines plain(context, set, View::whole(), pen.technique, pen.width);
+    return compareFrames(
+        scene, context, [&] { plain.draw(); }, effort, pen.allowed);
+}
+
+Work drawing(const QString& key, const QString& title, const Pen& pen)
+{
+    return {
+        key,           title,
+        1.10,          {1000, 10000, 100000},
+        {1000, 10000}, [pen](qint64 size, const auto& effort) {
+                return compareLines(size, effort, pen); }};
+}
+
+std::vector<Result> compareZoomed(qint64 size, const PairedRuns::Effort& effort)
+{
+    const View zoomed = View::ofShare(0.04);
+    const LineSet set(size);
+    BenchScene scene(zoomed);
+    addLines(scene, set, 1.0f);
+    PlainContext context(zoomed.size);
+    PlainLines plain(context, set, zoomed, PlainLines::Thin, 1.0f);
+    return compareFrames(
+        scene, context, [&] { plain.drawVisible(); }, effort, 0.005);
+}
+
+} // namespace
+
+std::vector<Work> lineWorks()
+{
+    return {
+        drawing(QStringLiteral("B1"), QStringLiteral("polylines, 1 px, beside one draw an item"),
+                {1.0f, PlainLines::Thin, 0.005}),
+        drawing(QStringLiteral("B2"), QStringLiteral("polylines, 5 px, beside a geometry stage"),
+                {5.0f, PlainLines::Stage, 0.005}),
+        drawing(QStringLiteral("B2q"), QStringLiteral("polylines, 5 px, beside pulled quads"),
+                {5.0f, PlainLines::Quads, 0.005}),
+    };
+}
+
+std::vector<Work> zoomWorks()
+{
+    return {{QStringLiteral("B11"),
+             QStringLiteral("polylines, 4 % of them in view"),
+             1.15,
+             {1000, 10000, 100000},
+             {10000},
+             compareZoomed}};
+}
