@@ -65,6 +65,7 @@ void PipeItem::updateDataImpl()
     m_color = FeatureStyle::of(*element).pen.color();
     m_segments.clear();
     m_joints.clear();
+    if (!(radius > 0.0)) return;
     for (const FeatureElement::Part& part : element->getParts())
         for (std::size_t i = 1; i < part.points.size(); ++i) {
             const glm::dvec3& from = part.points[i - 1];
@@ -76,9 +77,11 @@ void PipeItem::updateDataImpl()
         }
 }
 
+// One whose radius has been taken away is its lines.
 int PipeItem::getDefaultDrawerType() const
 {
-    return Type;
+    const auto* element = static_cast<const FeatureElement*>(getModelElement());
+    return element && radiusOf(*element) > 0.0 ? Type : FeatureItem::getDefaultDrawerType();
 }
 
 gmx::BoundingBox PipeItem::sceneBoundingBox() const
@@ -90,11 +93,11 @@ void PipeItem::draw(const PaintContext& context)
 {
     OpenGLFunctions* gl = currentGLFunctions();
     if (!gl || !context.drawer) return;
-    const bool isOfBalls = context.stage == Balls;
-    if (context.drawMode == DrawMode::GeometryCapture) {
-        if (!isOfBalls) FeatureItem::draw(context);
+    if (context.drawMode == DrawMode::GeometryCapture || !(m_radius > 0.0)) {
+        FeatureItem::draw(context);
         return;
     }
+    const bool isOfBalls = context.stage == Balls;
     const ItemUniforms locations = Item3dDrawer::itemUniforms(context);
     uniforms::set(*gl, locations.itemColor, m_color);
     uniforms::set(*gl, locations.colorMode, ColorMode::Item);

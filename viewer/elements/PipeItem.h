@@ -1,5 +1,6 @@
 #pragma once
 
+#include <viewer/elements/FeatureDrawers.h>
 #include <viewer/elements/FeatureItem.h>
 
 #include <Viewer3dModule/drawables/DrawableShaderCylinder.h>
@@ -30,7 +31,8 @@ protected:
     void draw(const PaintContext& context) override;
 
 private:
-    enum Stage { Cylinders = 1, Balls = 2 };
+    // As features count them: what is captured are the lines, once.
+    enum Stage { Cylinders = feature_drawers::LineStage, Balls = feature_drawers::PointStage };
 
     QColor m_color;
     double m_radius = 0.0;             // scene units

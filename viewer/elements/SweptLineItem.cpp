@@ -62,9 +62,12 @@ void SweptLineItem::updateDataImpl()
     m_positionBuffer = GlBuffer();
 }
 
+// One whose section has been taken away is its lines.
 int SweptLineItem::getDefaultDrawerType() const
 {
-    return DrawerType::SolidRegularLines;
+    const auto* element = static_cast<const FeatureElement*>(getModelElement());
+    return element && !sectionOf(*element).isEmpty() ? DrawerType::SolidRegularLines
+                                                     : FeatureItem::getDefaultDrawerType();
 }
 
 gmx::BoundingBox SweptLineItem::sceneBoundingBox() const

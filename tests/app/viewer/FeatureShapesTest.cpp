@@ -1,6 +1,9 @@
 #include "../../support/GlCalls.h"
 #include "../../support/ImageCheck.h"
+#include "../../support/LogTrap.h"
+#include "../../support/ProgramList.h"
 #include "../../support/SceneTest.h"
+#include "../../support/TestItems.h"
 
 #include <viewer/elements/ElementTypes.h>
 #include <viewer/elements/MarkDrawer.h>
@@ -14,6 +17,9 @@
 #include <framework/model/CProject.h>
 #include <framework/model/CProjectModel.h>
 #include <framework/model/FeatureElement.h>
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QDir>
 
 #include <cmath>
 
@@ -162,6 +168,25 @@ TEST_F(FeatureShapesTest, MarksAreCapturedWhereTheyAre)
     EXPECT_LT(glm::distance(scene->mapToModel(glm::dvec3(captured)), glm::dvec3(60, 20, 7)), 1e-4);
 }
 
+// Its points are squares then, and as good as marks in everything else.
+TEST_F(FeatureShapesTest, AHostWithoutTheShaderOfMarksReadsOfItOnce)
+{
+    QDir::setSearchPaths("shader", {V3D_SOURCE_DIR "/Viewer3dModule/resources"});
+    add(ShapePart::Point, {{30, 40, 0}});
+    const QStringList messages = LogTrap::take();
+    debug->take(); // the driver's own of the empty source
+    EXPECT_TRUE(messages.join(' ').contains("ExtraPoint.fragment.glsl")) << qPrintable(messages.join('\n'));
+    const FeatureElement& second = add(ShapePart::Point, {{60, 40, 0}});
+    GlCalls calls(*gl);
+    EXPECT_EQ(countPixels(picture(), markColor), 2 * 36);
+    picture();
+    EXPECT_EQ(selected({58, 38, 4, 4}), std::vector<LONGID>{second.getId()});
+    EXPECT_EQ(LogTrap::take(), QStringList());
+    for (const GlCalls::Draw& draw : calls.draws)
+        EXPECT_EQ(draw.instances, 1) << "no marks";
+    mapShaderPrefix();
+}
+
 TEST_F(FeatureShapesTest, ControlPointsHaveABallOfPixels)
 {
     FeatureElement& point = add(ShapePart::Point, {{30, 40, 0}}, {{"control", true}});
@@ -232,6 +257,61 @@ TEST_F(FeatureShapesTest, LinesWithASectionAreSwept)
     EXPECT_TRUE(box.contains(scene->mapFromModel({40, 40, 6})));
 }
 
+/// For programs of swept lines that show textures, which the scene's own does not.
+TEST_F(FeatureShapesTest, SweptLinesTellHowFarAlongTheirPointsLie)
+{
+    auto element = std::make_unique<FeatureElement>();
+    element->setProperties({{"section", "[[-2, 0], [0, 3], [2, 0]]"}});
+    element->setParts({{ShapePart::Line, false, {{20, 50, 0}, {60, 50, 0}, {60, 80, 0}}},
+                       {ShapePart::Line, false, {{10, 10, 0}, {13, 14, 12}}}});
+    manager().addItem(std::move(element));
+    scene->flushBounds();
+    PaintContext context = view();
+    context.program = scene->createProgram({"shader:Viewer3dModule/dummy.vertex.glsl",
+                                            "shader:Viewer3dModule/SolidRegularLines.geom.glsl",
+                                            "shader:Viewer3dModule/mesh.fragment.glsl"},
+                                           {"RX_USE_PER_VERTEX_NORMAL", "RX_USE_PER_VERTEX_TEX_COORDS"}, {});
+    EXPECT_GT(countPixels(drawFrame(context), &isCovered), 200);
+    const double scale = glm::length(glm::dvec3(scene->modelToSceneTransform()[0]));
+    float period = 0.0f;
+    gl->glGetUniformfv(context.program->programId(), context.program->uniformLocation("section_period"),
+                       &period);
+    EXPECT_FLOAT_EQ(period, float(scale));
+    GLint buffer = 0, bytes = 0;
+    gl->glGetIntegeri_v(GL_SHADER_STORAGE_BUFFER_BINDING, 11, &buffer);
+    gl->glBindBuffer(GL_ARRAY_BUFFER, GLuint(buffer));
+    gl->glGetBufferParameteriv(GL_ARRAY_BUFFER, GL_BUFFER_SIZE, &bytes);
+    const std::vector<double> expected = {0, 40, 70, 0, 13}; // 3, 4, 12 and 13
+    std::vector<float> positions(expected.size());
+    ASSERT_EQ(bytes, GLint(positions.size() * sizeof(float)));
+    gl->glGetBufferSubData(GL_ARRAY_BUFFER, 0, bytes, positions.data());
+    gl->glBindBuffer(GL_ARRAY_BUFFER, 0);
+    for (std::size_t i = 0; i < expected.size(); ++i)
+        EXPECT_NEAR(double(positions[i]), expected[i] * scale, 1e-5 * scale) << i;
+}
+
+TEST_F(FeatureShapesTest, WhatLosesItsRadiusOrSectionIsItsLinesAgain)
+{
+    FeatureElement& pipe = add(ShapePart::Line, {{20, 30, 0}, {60, 30, 0}}, {{"radius", 8}});
+    FeatureElement& kerb =
+        add(ShapePart::Line, {{20, 60, 0}, {60, 60, 0}}, {{"section", "[[0, 0], [0, 5], [6, 5]]"}});
+    // whose section a line without one must not take over
+    add(ShapePart::Line, {{20, 80, 0}, {60, 80, 0}}, {{"section", "[[-9, 0], [9, 0]]"}});
+    EXPECT_GT(coveredRect(picture().copy(0, 0, 100, 45)).height(), 10);
+    pipe.setProperty("radius", {});
+    kerb.setProperty("section", {});
+    const QImage image = picture();
+    EXPECT_EQ(coveredRect(image.copy(0, 0, 100, 45)).height(), 1);
+    EXPECT_EQ(coveredRect(image.copy(0, 45, 100, 24)).height(), 1);
+    EXPECT_EQ(item(pipe).getDefaultDrawerType(), DrawerType::Mono);
+    EXPECT_EQ(item(kerb).getDefaultDrawerType(), DrawerType::Mono);
+    pipe.setParts({{ShapePart::Ring, false, {{20, 20, 0}, {60, 20, 0}, {60, 40, 0}}}});
+    EXPECT_GT(countPixels(picture().copy(0, 0, 100, 45), &isCovered), 300) << "an area like any other";
+    pipe.setParts({{ShapePart::Line, false, {{20, 30, 0}, {60, 30, 0}}}});
+    pipe.setProperty("radius", 8);
+    EXPECT_EQ(coveredRect(picture().copy(0, 0, 100, 45)), QRect(20, 22, 40, 16));
+}
+
 TEST_F(FeatureShapesTest, WhatIsNoRadiusAndNoSectionIsALine)
 {
     const FeatureElement& one = add(ShapePart::Line, {{0, 0, 0}, {60, 50, 0}}, {{"radius", -3}});
@@ -260,4 +340,79 @@ TEST_F(FeatureShapesTest, BoxesStandAroundWhatIsChosen)
     selection.change({line.getId()}, ElementSelection::Replace);
     manager().removeItem(line.getId());
     EXPECT_EQ(countPixels(picture(), outlineColor), 0) << "a box goes with its element";
+}
+
+TEST_F(FeatureShapesTest, BoxesFollowWhatChanges)
+{
+    FeatureElement& line = add(ShapePart::Line, {{20, 30, 0}, {40, 50, 0}, {40, 30, 0}});
+    FeatureElement& point = add(ShapePart::Point, {{80, 80, 0}});
+    ElementSelection selection(*project->getModel(), scene.get());
+    const SelectionBoxes boxes(selection, *scene);
+    const auto outline = [this] {
+        QCoreApplication::processEvents(); // the scene tells of changes then
+        QRect box;
+        const QImage image = picture();
+        for (int y = 0; y < Side; ++y)
+            for (int x = 0; x < Side; ++x)
+                if (image.pixelColor(x, y) == QColor(255, 140, 0)) box |= QRect(x, y, 1, 1);
+        return box;
+    };
+    selection.change({line.getId(), point.getId()}, ElementSelection::Replace);
+    const QRect before = outline();
+    EXPECT_FALSE(before.isNull());
+    line.setParts({{ShapePart::Line, false, {{60, 40, 0}, {80, 60, 0}, {80, 40, 0}}}});
+    EXPECT_EQ(outline(), before.translated(40, 10));
+    line.setVisible(false);
+    EXPECT_TRUE(outline().isNull()) << "nothing to see there";
+    line.setVisible(true);
+    EXPECT_EQ(outline(), before.translated(40, 10));
+    scene->startGroupOperation();
+    line.setParts({{ShapePart::Line, false, {{20, 30, 0}, {40, 50, 0}, {40, 30, 0}}}});
+    EXPECT_EQ(outline(), before.translated(40, 10)) << "as its item";
+    scene->finishGroupOperation(ksp::StagedProgress::dummy());
+    EXPECT_EQ(outline(), before);
+    line.setParts({{ShapePart::Point, false, {{20, 30, 0}}}});
+    EXPECT_TRUE(outline().isNull()) << "without size";
+    point.setParts({{ShapePart::Line, false, {{60, 40, 0}, {80, 60, 0}, {80, 40, 0}}}});
+    EXPECT_EQ(outline(), before.translated(40, 10));
+    selection.change({}, ElementSelection::Replace);
+    point.setParts({{ShapePart::Line, false, {{20, 30, 0}, {40, 50, 0}, {40, 30, 0}}}});
+    EXPECT_TRUE(outline().isNull());
+}
+
+// What an element looks like may be told by another one, which is all that changes then.
+TEST_F(FeatureShapesTest, BoxesFollowWhatTheirElementsDependOn)
+{
+    FeatureElement& base = add(ShapePart::Line, {{20, 30, 0}, {40, 50, 0}});
+    auto owned = std::make_unique<TestElement>();
+    TestElement& element = *owned;
+    project->getModel()->getCreateItemManager(TestElement::Type)->addItem(std::move(owned));
+    base.addObserver(&element);
+    struct Shadow : TestGraphicsItem
+    {
+        Shadow(TestElement* own, const FeatureElement& of)
+            : TestGraphicsItem(own)
+            , source(of)
+        {
+        }
+        void updateDataImpl() override
+        {
+            vertices.clear();
+            for (const glm::dvec3& point : source.getParts()[0].points)
+                vertices.emplace_back(scene()->mapFromModel(point));
+        }
+        const FeatureElement& source;
+    };
+    auto* shadow = new Shadow(&element, base);
+    scene->addElement(shadow);
+    ElementSelection selection(*project->getModel(), scene.get());
+    const SelectionBoxes boxes(selection, *scene);
+    const QColor outlineColor(255, 140, 0);
+    selection.change({element.getId()}, ElementSelection::Replace);
+    EXPECT_GT(countPixels(picture().copy(18, 28, 24, 24), outlineColor), 20);
+    base.setParts({{ShapePart::Line, false, {{60, 30, 0}, {80, 50, 0}}}});
+    QCoreApplication::processEvents();
+    const QImage image = picture();
+    EXPECT_EQ(countPixels(image.copy(18, 28, 24, 24), outlineColor), 0);
+    EXPECT_GT(countPixels(image.copy(58, 28, 24, 24), outlineColor), 20);
 }
