@@ -43,8 +43,13 @@ std::size_t slotOf(std::int32_t index)
 } // namespace
 
 MultiGlyphItem3dDrawer::MultiGlyphItem3dDrawer(Scene3d* scene)
+    : MultiGlyphItem3dDrawer(scene, createProgram(scene))
+{
+}
+
+MultiGlyphItem3dDrawer::MultiGlyphItem3dDrawer(Scene3d* scene, QOpenGLShaderProgram* program)
     : Item3dDrawer(scene)
-    , m_program(createProgram(scene))
+    , m_program(program)
 {
 }
 

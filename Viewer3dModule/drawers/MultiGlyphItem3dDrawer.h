@@ -85,6 +85,10 @@ public:
     /// Records that no item uses any more.
     int getStaleGlyphs() const { return m_staleGlyphs; }
 
+protected:
+    /// With the program of another drawer of this kind, as clones may have it; null draws nothing.
+    MultiGlyphItem3dDrawer(Scene3d* scene, QOpenGLShaderProgram* program);
+
 private:
     /// A stretch of the ordered indices with one texture.
     struct Run
@@ -107,7 +111,7 @@ private:
     void drawRuns(OpenGLFunctions& gl, const PaintContext& context);
     void reportIds(const PaintContext& context);
 
-    QOpenGLShaderProgram* m_program = nullptr;
+    QOpenGLShaderProgram* m_program;
     QColor m_color = Qt::black;
     GlBuffer m_glyphBuffer;
     GlBuffer m_flagBuffer;

@@ -17,7 +17,7 @@ public:
     virtual glm::dvec3 scenePlace() = 0;
     /// The pixels that it takes where its place lies at this one, y down.
     virtual QRect rectAt(const glm::dvec2& pixel) = 0;
-    /// Has the next draw put its lower left corner there, pixels of the pass, y down. Nothing for labels that
-    /// find their pixels by themselves.
-    virtual void setCorner(const glm::dvec2&) {}
+    /// It is written by the next draw, which puts its lower left corner there, pixels of the pass, y down;
+    /// labels that find their pixels by themselves do not look at that.
+    virtual void setCorner(const glm::dvec2& pixel) = 0;
 };

@@ -3,6 +3,7 @@
 #include <viewer/elements/ILabel.h>
 #include <viewer/elements/NameDrawer.h>
 
+#include <Viewer3dModule/drawables/TextureFactory.h>
 #include <Viewer3dModule/drawers/DrawerType.h>
 #include <Viewer3dModule/host/Fence3dItem.h>
 #include <Viewer3dModule/host/Graphics3dItem.h>
@@ -101,6 +102,14 @@ NameDrawer& LabelDrawer::names()
 {
     if (!m_names) m_names = std::make_unique<NameDrawer>(scene());
     return *m_names;
+}
+
+// The drawer holds the letters of names that are gone until others take their room; its clone has none.
+void LabelDrawer::freeUnused()
+{
+    if (m_names && m_names->getItems().empty())
+        m_names.reset(static_cast<NameDrawer*>(m_names->clone().release()));
+    TextureFactory::instance().removeUnused();
 }
 
 void LabelDrawer::draw(const PaintContext&, Filter) {}

@@ -42,6 +42,9 @@ public:
     /// Draws the names of points, which are labels like all others, by their glyphs. Made at the first
     /// request, with the scene's context current.
     NameDrawer& names();
+    /// Gives up the pictures of letters that no name has any more, once there are no names; with the scene's
+    /// context current.
+    void freeUnused();
 
     /// Nothing: labels wait for write.
     void draw(const PaintContext& context, Filter filter) override;

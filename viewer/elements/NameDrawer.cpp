@@ -18,12 +18,15 @@ NameItem& nameOf(Graphics3dItem* item)
 class NameDrawer::Rims : public MultiGlyphItem3dDrawer
 {
 public:
-    explicit Rims(Scene3d* scene)
-        : MultiGlyphItem3dDrawer(scene)
+    Rims(Scene3d* scene, QOpenGLShaderProgram* program)
+        : MultiGlyphItem3dDrawer(scene, program)
     {
         setColor(rimColor);
     }
-    std::unique_ptr<Item3dDrawer> clone() const override { return std::make_unique<Rims>(scene()); }
+    std::unique_ptr<Item3dDrawer> clone() const override
+    {
+        return std::make_unique<Rims>(scene(), getProgram());
+    }
 
     glm::vec3 getAnchor(Graphics3dItem* item) override { return glm::vec3(nameOf(item).place()); }
     float getGlyphHeight(Graphics3dItem*) override { return 0.0f; }
@@ -33,9 +36,20 @@ public:
 
 NameDrawer::NameDrawer(Scene3d* scene)
     : MultiGlyphItem3dDrawer(scene)
-    , m_rims(std::make_unique<Rims>(scene))
+{
+    addRims();
+}
+
+NameDrawer::NameDrawer(const NameDrawer& other)
+    : MultiGlyphItem3dDrawer(other.scene(), other.getProgram())
+{
+    addRims();
+}
+
+void NameDrawer::addRims()
 {
     setColor(letterColor);
+    m_rims = std::make_unique<Rims>(scene(), getProgram());
     addChildDrawer(m_rims.get());
 }
 
@@ -55,7 +69,7 @@ void NameDrawer::updateItem(int index)
 
 std::unique_ptr<Item3dDrawer> NameDrawer::clone() const
 {
-    return std::make_unique<NameDrawer>(scene());
+    return std::unique_ptr<Item3dDrawer>(new NameDrawer(*this));
 }
 
 glm::vec3 NameDrawer::getAnchor(Graphics3dItem* item)

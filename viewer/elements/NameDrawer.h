@@ -15,6 +15,7 @@ public:
     void draw(const PaintContext& context, Filter filter) override;
     using MultiGlyphItem3dDrawer::updateItem;
     void updateItem(int index) override;
+    /// With the same program.
     std::unique_ptr<Item3dDrawer> clone() const override;
 
     glm::vec3 getAnchor(Graphics3dItem* item) override;
@@ -25,6 +26,8 @@ public:
 
 private:
     class Rims;
+    NameDrawer(const NameDrawer& other);
+    void addRims();
 
     std::unique_ptr<Rims> m_rims; // of the same items
 };

@@ -54,7 +54,9 @@ void NameItem::setText(const QString& text, float lift)
     if (text == m_text && lift == m_lift) return;
     m_text = text;
     m_lift = lift;
-    m_layout.reset();
+    m_rect = QRect();
+    if (!m_isLaidOut) return;
+    layOut();
     if (Item3dDrawer* drawer = getDrawer()) drawer->updateItem(this);
 }
 
@@ -65,34 +67,38 @@ void NameItem::setPlace(const glm::dvec3& place)
     if (Item3dDrawer* drawer = getDrawer()) drawer->updateItem(this);
 }
 
-const NameItem::Layout& NameItem::layout()
+const QRect& NameItem::rect()
 {
-    if (m_layout) return *m_layout;
-    const QFont font = nameFont();
-    const QFontMetrics metrics(font);
+    if (!m_rect.isNull()) return m_rect;
+    const QFontMetrics metrics(nameFont());
     const QSize size(metrics.horizontalAdvance(m_text) + 2 * rim, metrics.height() + 2 * rim);
     const int bottom = rim - static_cast<int>(std::lround(m_lift));
-    const QPoint origin(rim - size.width() / 2, bottom - rim - metrics.descent());
-    m_layout = Layout{placed(FontGlyphTextureFactory::get(m_text, font, margin), origin),
-                      placed(FontGlyphTextureFactory::getRims(m_text, font, margin, rim), origin),
-                      QRect(QPoint(-size.width() / 2, bottom - size.height()), size)};
-    return *m_layout;
+    m_rect = QRect(QPoint(-size.width() / 2, bottom - size.height()), size);
+    return m_rect;
+}
+
+void NameItem::layOut()
+{
+    const QFont font = nameFont();
+    // of the baseline, within the rectangle
+    const QPoint origin(rect().left() + rim,
+                        rect().top() + rect().height() - rim - QFontMetrics(font).descent());
+    m_letters = placed(FontGlyphTextureFactory::get(m_text, font, margin), origin);
+    m_rims = placed(FontGlyphTextureFactory::getRims(m_text, font, margin, rim), origin);
+    m_isLaidOut = true;
 }
 
 // Glyphs stand on the corner of pixels that is next to the point, as their program finds it.
 QRect NameItem::rectAt(const glm::dvec2& pixel)
 {
     constexpr double nearlyHalf = 0.5 - 1.0 / 64.0;
-    return layout().rect.translated(static_cast<int>(std::floor(pixel.x + nearlyHalf)),
-                                    static_cast<int>(std::floor(pixel.y + nearlyHalf)));
+    return rect().translated(static_cast<int>(std::floor(pixel.x + nearlyHalf)),
+                             static_cast<int>(std::floor(pixel.y + nearlyHalf)));
 }
 
-const MultiGlyphItem3dDrawer::GlyphList& NameItem::letters()
+void NameItem::setCorner(const glm::dvec2&)
 {
-    return layout().letters;
-}
-
-const MultiGlyphItem3dDrawer::GlyphList& NameItem::rims()
-{
-    return layout().rims;
+    if (m_isLaidOut) return;
+    layOut();
+    if (Item3dDrawer* drawer = getDrawer()) drawer->updateItem(this);
 }

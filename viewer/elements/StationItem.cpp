@@ -1,7 +1,8 @@
 #include <viewer/elements/StationItem.h>
 
-#include <viewer/elements/ElementLabel.h>
 #include <viewer/elements/LabelDrawer.h>
+#include <viewer/elements/NameDrawer.h>
+#include <viewer/elements/NameItem.h>
 #include <viewer/elements/labelText.h>
 
 #include <Viewer3dModule/drawables/GlBuffer.h>
@@ -92,26 +93,29 @@ void StationItem::updateDataImpl()
     if (!element || !scene()) return;
     if (!m_sign) m_sign = sharedSign();
     setTransform(glm::mat4(glm::translate(scene()->modelToSceneTransform(), element->getCenter())), false);
-    renewLabel(*element);
+    renewName(*element);
 }
 
-void StationItem::renewLabel(const StationElement& element)
+void StationItem::renewName(const StationElement& element)
 {
     LabelDrawer* labels = LabelDrawer::find(*scene());
     const QString text = labels ? labelText(element, {}, labels->property()) : QString();
-    m_label.reset();
-    if (text.isEmpty()) return;
     const float aboveSign = static_cast<float>(lens.y()) + 1.0f;
-    m_label = std::make_unique<ElementLabel>(
-        *this, *labels, text, [] { return glm::dvec3(0.0); }, aboveSign);
-    m_label->setTransform(Drawable3dItem::getTransform(), false);
-    m_label->setVisible(Drawable3dItem::isVisible());
+    if (text.isEmpty())
+        m_name.reset();
+    else if (m_name)
+        m_name->setText(text, aboveSign);
+    else
+        m_name = std::make_unique<NameItem>(getModelElement(), labels->names(), text, aboveSign);
+    if (!m_name) return;
+    m_name->setPlace(scene()->mapFromModel(element.getCenter()));
+    m_name->setVisible(Drawable3dItem::isVisible());
 }
 
 void StationItem::updateVisibility()
 {
     Graphics3dItem::updateVisibility();
-    if (m_label) m_label->setVisible(Drawable3dItem::isVisible());
+    if (m_name) m_name->setVisible(Drawable3dItem::isVisible());
 }
 
 int StationItem::getDefaultDrawerType() const

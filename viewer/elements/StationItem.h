@@ -4,12 +4,11 @@
 
 #include <memory>
 
-class ElementLabel;
-class LabelDrawer;
+class NameItem;
 class StationElement;
 
 /// Shows a station: a small camera that faces the viewer, in the size of a picture in a text, at its centre
-/// of projection; and its label, where the scene has labels.
+/// of projection; and its name, where the scene has labels.
 class StationItem : public Graphics3dItem
 {
 public:
@@ -33,8 +32,8 @@ protected:
 private:
     class Sign;
     static std::shared_ptr<Sign> sharedSign();
-    void renewLabel(const StationElement& element);
+    void renewName(const StationElement& element);
 
-    std::shared_ptr<Sign> m_sign;          // null before the first update
-    std::unique_ptr<ElementLabel> m_label; // null without
+    std::shared_ptr<Sign> m_sign;     // null before the first update
+    std::unique_ptr<NameItem> m_name; // null without
 };

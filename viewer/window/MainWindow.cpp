@@ -295,6 +295,7 @@ void MainWindow::newProject()
 {
     m_scene->makeCurrent();
     m_project->clear();
+    LabelDrawer::find(*m_scene)->freeUnused();
     Host::setOwnLight(*m_project);
     setProjectPath({});
     m_view->showFrom(StandardView::Iso);

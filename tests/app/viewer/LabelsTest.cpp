@@ -18,6 +18,7 @@
 #include <viewer/window/MainWindow.h>
 #include <viewer/window/View3dWidget.h>
 
+#include <Viewer3dModule/drawables/TextureFactory.h>
 #include <Viewer3dModule/fences/SphereFence.h>
 #include <Viewer3dModule/host/Fence3dItem.h>
 #include <Viewer3dModule/host/Graphics3dItem.h>
@@ -239,6 +240,50 @@ TEST_F(LabelsTest, ThoseOfPointsAreADrawCallAGlyph)
     frame();
 }
 
+// A file with very many names opens as quickly as one without.
+TEST_F(LabelsTest, NamesOfPointsAreLaidOutWhenTheyAreWritten)
+{
+    addCorners();
+    LabelDrawer& labels = *LabelDrawer::find(*scene);
+    labels.setShown(false);
+    FeatureElement& element = add("WWWW", {part(Part::Point, {{0, 0, 0}})});
+    add("MM", {part(Part::Point, {{5, 3, 0}})}); // there is no room for it
+    frame();
+    EXPECT_TRUE(labels.names().getGlyphs().empty());
+    element.setProperty("name", "VVV");
+    EXPECT_TRUE(labels.names().getGlyphs().empty());
+    labels.setShown(true);
+    frame();
+    EXPECT_EQ(labels.names().getGlyphs().size(), 3u);
+    element.setProperty("name", "XX");
+    EXPECT_EQ(labels.names().getRanges()[0].first, 0) << "a shorter one has room where it was";
+    EXPECT_EQ(labels.names().getRanges()[0].count, 2);
+    element.setParts({part(Part::Point, {{0, 40, 0}})});
+    frame();
+    EXPECT_EQ(labels.names().getRanges()[1].count, 2) << "now there is room";
+}
+
+TEST_F(LabelsTest, LettersThatNoNameHasCanBeGivenUp)
+{
+    addCorners();
+    LabelDrawer& labels = *LabelDrawer::find(*scene);
+    const auto round = [&](const QString& name) {
+        const LONGID id = add(name, {part(Part::Point, {{0, 0, 0}})}).getId();
+        EXPECT_GT(countPixels(frame(), isDark), 10);
+        labels.freeUnused();
+        EXPECT_GE(TextureFactory::instance().getSize(), 2u * 3u) << "in use";
+        manager().removeItem(id);
+        scene->makeCurrent();
+        labels.freeUnused();
+        EXPECT_EQ(TextureFactory::instance().getSize(), 0u);
+    };
+    round("abc");
+    const GlObjects before = GlObjects::count(*gl);
+    for (int i = 0; i < 20; ++i)
+        round(QString("xyz%1").arg(i));
+    EXPECT_EQ(GlObjects::count(*gl), before);
+}
+
 TEST_F(LabelsTest, OfTwoThatWouldMeetTheFirstIsWritten)
 {
     addCorners();
@@ -444,4 +489,21 @@ TEST_F(LabelsOfTheProgram, TheWindowHasASwitch)
     window.showLabels("name");
     EXPECT_TRUE(action->isChecked());
     EXPECT_GT(dark(), 50);
+}
+
+TEST_F(LabelsOfTheProgram, ANewProjectKeepsNoLetters)
+{
+    Host host(Host::Settings::InMemory);
+    MainWindow window(host);
+    window.resize(300, 200);
+    window.show();
+    window.showLabels("name");
+    window.openFiles({write("mill.geojson", R"({"type": "Feature", "properties": {"name": "Old Mill"},
+         "geometry": {"type": "Point", "coordinates": [3, 4]}})")});
+    QCoreApplication::processEvents();
+    EXPECT_GT(countPixels(window.view().grabFramebuffer(), isDark), 20);
+    EXPECT_GT(TextureFactory::instance().getSize(), 6u);
+    for (QAction* action : window.findChildren<QAction*>())
+        if (action->shortcut() == QKeySequence(QKeySequence::New)) action->trigger();
+    EXPECT_EQ(TextureFactory::instance().getSize(), 0u);
 }

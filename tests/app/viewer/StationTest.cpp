@@ -9,6 +9,9 @@
 #include <viewer/InputFiles.h>
 #include <viewer/ModelFolder.h>
 #include <viewer/elements/ElementTypes.h>
+#include <viewer/elements/LabelDrawer.h>
+#include <viewer/elements/NameDrawer.h>
+#include <viewer/elements/NameItem.h>
 
 #include <Viewer3dModule/host/Graphics3dItem.h>
 #include <Viewer3dModule/scene/SelectionOptions.h>
@@ -131,6 +134,39 @@ TEST_F(StationItemTest, DepthMapsDoNotSeeIt)
     PaintContext context = paintContext(Side, Side);
     context.depthOnly = true;
     EXPECT_TRUE(coveredBy(drawFrame(context)).isEmpty());
+}
+
+TEST_F(StationItemTest, HasItsNameAboveIt)
+{
+    LabelDrawer::addTo(*scene, "name");
+    LabelDrawer& labels = *LabelDrawer::find(*scene);
+    StationElement& station = add(30, 50, "gg");
+    add(10, 20, {});
+    ASSERT_EQ(labels.names().getItems().size(), 1u) << "one has no name";
+    const auto& name = static_cast<const NameItem&>(*labels.names().getItems()[0]);
+    EXPECT_EQ(name.text(), "gg");
+    const auto written = [&] {
+        RenderTarget target(*gl, QSize(Side, Side));
+        target.bind();
+        target.clear(QColor(0, 0, 0));
+        labels.write(paintContext(Side, Side), glm::dmat4(1.0), QSize(Side, Side), {});
+        return coveredBy(target.image());
+    };
+    // the sign's top row is 8 pixels above the lens; one row is free between it and the rim of the letters
+    const QRect rect = written();
+    EXPECT_EQ(rect.bottom(), 50 - 8 - 2);
+    EXPECT_NEAR(rect.left() + rect.width() / 2.0, 30.5, 1.5);
+    station.setName("gggg");
+    EXPECT_NEAR(written().width(), 2 * rect.width(), 4);
+    StationElement::Pose pose = station.getPose();
+    pose.translation.y -= 20 * 2.0 / Side; // the centre moves up
+    station.setPose(pose);
+    EXPECT_EQ(written().bottom(), rect.bottom() - 20);
+    station.setVisible(false);
+    EXPECT_TRUE(written().isNull());
+    station.setVisible(true);
+    station.setName({});
+    EXPECT_TRUE(labels.names().getItems().empty());
 }
 
 TEST_F(StationItemTest, AllShareOneTextureThatTheLastOneFrees)
