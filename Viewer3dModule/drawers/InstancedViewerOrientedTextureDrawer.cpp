@@ -56,8 +56,9 @@ void InstancedViewerOrientedTextureDrawer::draw(const PaintContext& context, Fil
 
 glm::vec3 InstancedViewerOrientedTextureDrawer::getItemParams(int index)
 {
-    Drawable3dItem& item = *getItems()[static_cast<std::size_t>(index)];
-    if (item.hostItem()) return item.getVertex(0);
+    const auto slot = static_cast<std::size_t>(index);
+    Drawable3dItem* item = index >= 0 && slot < getItems().size() ? getItems()[slot] : nullptr;
+    if (item && item->hostItem()) return item->getVertex(0);
     return glm::vec3(std::numeric_limits<float>::quiet_NaN());
 }
 

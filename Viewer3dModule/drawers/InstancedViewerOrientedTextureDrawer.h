@@ -27,7 +27,7 @@ public:
     std::unique_ptr<Item3dDrawer> clone() const override;
     using InstancedItem3dDrawer<glm::vec3>::getItemParams;
     /// Vertex 0 of the item, which its own transform does not move; NaN, which is nowhere, for an item that
-    /// stands for no element or has no vertex.
+    /// stands for no element or has no vertex, and for an index that no item has.
     glm::vec3 getItemParams(int index) override;
     void drawItems(const PaintContext& context) override;
 

@@ -102,6 +102,16 @@ TEST_F(MarksTest, ItemsWithoutElementOrVertexAreNowhere)
     bare.setDrawer(nullptr);
 }
 
+TEST_F(MarksTest, AnIndexThatNoItemHasIsNowhere)
+{
+    MarkDrawer drawer(scene.get());
+    const Items items = itemsAt(drawer, {atPixel(10, 20)});
+    EXPECT_EQ(drawer.getItemParams(0), atPixel(10, 20));
+    for (const int index : {-1, 1, 1000})
+        for (int i = 0; i < 3; ++i)
+            EXPECT_TRUE(std::isnan(drawer.getItemParams(index)[i])) << index;
+}
+
 // The record of what stands for no element is not that of the item whose slot it came into.
 TEST_F(MarksTest, AnItemWithoutElementTakesASlotOverAndStaysNowhere)
 {

@@ -4,6 +4,12 @@
 
 #include <Viewer3dModule/drawables/Node3dItem.h>
 #include <Viewer3dModule/drawables/OrientedBox3dItem.h>
+#include <Viewer3dModule/enums/TypeIds.h>
+#include <Viewer3dModule/host/View3dSettings.h>
+#include <framework/app/Application.h>
+#include <framework/app/CSettingsManager.h>
+#include <framework/app/XmlSerializer.h>
+#include <framework/app/XmlSettingsStorage.h>
 
 #include <algorithm>
 #include <cmath>
@@ -186,6 +192,23 @@ TEST_F(Node3dItemTest, IsTranslucentInTheColourOfNodes)
     const QColor opaque = drawFrame(shapeView()).pixelColor(Width / 2, Height / 2);
     EXPECT_EQ(opaque.red(), 0);
     EXPECT_GT(opaque.green(), middle.red());
+}
+
+TEST_F(Node3dItemTest, HasTheColourOfTheSettings)
+{
+    Application application;
+    auto storage = std::make_unique<XmlSettingsStorage>(QString());
+    XmlSerializer::writeColor(storage->getCreateElement("node3DColor"), QColor(0, 0, 200));
+    CSettingsManager* manager =
+        application.addSettingsManager(Application::SettingsManagerId, std::move(storage));
+    application.registerSettings(Application::SettingsManagerId, TypeIds::ViewSettings,
+                                 new View3dSettings(manager->getStorage(), nullptr));
+    manager->load();
+    const auto item = node(30.0);
+    EXPECT_TRUE(item->hasTransparency());
+    drawFrame(shapeView());
+    const auto color = uniformOf<glm::vec4>(item->getDrawer(), "item_color");
+    EXPECT_LT(glm::distance(color, glm::vec4(0.0f, 0.0f, 200.0f / 255.0f, 0.5f)), 1e-4f);
 }
 
 TEST_F(Node3dItemTest, BelongsToTheDrawerOfSpheresOfItsType)

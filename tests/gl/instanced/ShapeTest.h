@@ -87,8 +87,8 @@ protected:
         const int location = program.uniformLocation(name);
         EXPECT_GE(location, 0) << name;
         Value value{};
-        if constexpr (std::is_same_v<Value, float>)
-            gl->glGetUniformfv(program.programId(), location, &value);
+        if constexpr (std::is_same_v<Value, float> || std::is_same_v<Value, glm::vec4>)
+            gl->glGetUniformfv(program.programId(), location, reinterpret_cast<float*>(&value));
         else
             gl->glGetUniformiv(program.programId(), location, &value);
         return value;
