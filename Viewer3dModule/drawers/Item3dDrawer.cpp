@@ -121,9 +121,14 @@ void Item3dDrawer::setParentDrawer(Item3dDrawer* parent)
     m_parent = parent;
 }
 
+int Item3dDrawer::indexOf(const Drawable3dItem& item)
+{
+    return item.m_drawerIndex;
+}
+
 bool Item3dDrawer::isFenced() const
 {
-    return m_scene && obeysFence() && m_scene->isFenced();
+    return m_scene && !m_insideFence && obeysFence() && m_scene->isFenced();
 }
 
 bool Item3dDrawer::prepareProgram(PaintContext& context)
@@ -185,7 +190,7 @@ bool Item3dDrawer::prepareProgram(const PaintContext& context)
 // last pass.
 void Item3dDrawer::bindFence(OpenGLFunctions& gl, const PaintContext& context)
 {
-    Fence3dItem* fence = m_scene && obeysFence() ? m_scene->getFence() : nullptr;
+    Fence3dItem* fence = isFenced() ? m_scene->getFence() : nullptr;
     if (!fence || !fence->bind(context))
         uniforms::set(gl, context.program->uniformLocation("fence_to_use"), 0);
 }

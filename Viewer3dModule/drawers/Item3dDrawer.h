@@ -109,6 +109,14 @@ protected:
     void addChildDrawer(Item3dDrawer* child);
     void setParentDrawer(Item3dDrawer* parent);
 
+    /// Of a registered item, among getItems().
+    static int indexOf(const Drawable3dItem& item);
+
+    /// Whether the project's fence is to leave out anything of what is drawn now.
+    bool isFenced() const;
+    /// Says of the items that are drawn next that they lie inside of the fence as a whole.
+    void setInsideFence(bool inside) { m_insideFence = inside; }
+
     /// Binds the context's program and sets what holds for the whole pass; false when it cannot be drawn
     /// with.
     bool prepareProgram(const PaintContext& context);
@@ -119,7 +127,6 @@ protected:
 private:
     const Item3dDrawer* root() const;
     void findLight(const PaintContext& context);
-    bool isFenced() const;
     void bindFence(OpenGLFunctions& gl, const PaintContext& context);
     void joinSelection(const PaintContext& context);
     void setSelectionIndex(OpenGLFunctions& gl, const Drawable3dItem& item);
@@ -138,6 +145,7 @@ private:
     int m_glueMaskLocation = -1;
     bool m_lightMode = true;
     bool m_obeysFence = true;
+    bool m_insideFence = false;
     bool m_isForeground = false;
 
     bool m_lightModeChanged = false;

@@ -2,13 +2,16 @@
 
 #include <Viewer3dModule/drawables/Drawable3dItem.h>
 #include <Viewer3dModule/drawers/Item3dDrawerSaver.h>
+#include <Viewer3dModule/host/Fence3dItem.h>
 #include <Viewer3dModule/scene/CurrentContextGuard.h>
 #include <Viewer3dModule/scene/Scene3d.h>
 #include <Viewer3dModule/shaders/DrawMode.h>
+#include <framework/graphics/InteractiveGraphicsItem.h>
 
 #include <QtCore/QVariant>
 #include <QtGui/QOpenGLShaderProgram>
 
+#include <algorithm>
 #include <optional>
 
 namespace {
@@ -110,6 +113,49 @@ std::unique_ptr<Item3dDrawer> SequentialItem3dDrawer::clone() const
 void SequentialItem3dDrawer::draw(const PaintContext& context, Filter filter)
 {
     if (getItems().empty()) return;
+    if (!findSides(context)) {
+        drawAll(context, filter);
+        return;
+    }
+    // What lies inside as a whole is drawn as if there were no fence, what lies outside not at all.
+    const auto lying = [&](FenceSide side) {
+        return [this, side, &filter](Drawable3dItem* item) {
+            return sideOf(*item) == side && (!filter || filter(item));
+        };
+    };
+    setInsideFence(true);
+    if (hasItems(FenceSide::Inside)) drawAll(context, lying(FenceSide::Inside));
+    setInsideFence(false);
+    if (hasItems(FenceSide::Across)) drawAll(context, lying(FenceSide::Across));
+}
+
+// While the user is at work on the fence, what lies outside is shown as well.
+bool SequentialItem3dDrawer::findSides(const PaintContext& context)
+{
+    if (context.drawMode == DrawMode::GeometryCapture || !isFenced()) return false;
+    Fence3dItem* fence = scene()->getFence();
+    if (fence->isInteractionMode()) return false;
+    const std::optional<FenceSides> sides = fence->getSides(scene()->sceneToModelTransform());
+    m_sides.clear();
+    for (const Drawable3dItem* item : getItems()) {
+        const InteractiveGraphicsItem* hostItem = sides && item->isVisible() ? item->hostItem() : nullptr;
+        m_sides.push_back(hostItem ? sides->sideOf(hostItem->sceneBoundingBox()) : FenceSide::Across);
+    }
+    return true;
+}
+
+FenceSide SequentialItem3dDrawer::sideOf(const Drawable3dItem& item) const
+{
+    return m_sides[static_cast<std::size_t>(indexOf(item))];
+}
+
+bool SequentialItem3dDrawer::hasItems(FenceSide side) const
+{
+    return std::find(m_sides.begin(), m_sides.end(), side) != m_sides.end();
+}
+
+void SequentialItem3dDrawer::drawAll(const PaintContext& context, const Filter& filter)
+{
     QOpenGLShaderProgram* simpler = depthProgram(context);
     if (!simpler) {
         drawItems(context, filter);
@@ -128,7 +174,7 @@ QOpenGLShaderProgram* SequentialItem3dDrawer::depthProgram(const PaintContext& c
     const bool isPossible =
         context.depthOnly && context.drawMode == DrawMode::OrdinalDraw && !context.program && scene();
     // What a fence leaves out is told in the fragment stage.
-    if (!isPossible || (obeysFence() && scene()->isFenced())) return nullptr;
+    if (!isPossible || isFenced()) return nullptr;
     return scene()->getDepthProgram(m_defaultProgram);
 }
 

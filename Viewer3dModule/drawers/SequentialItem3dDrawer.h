@@ -1,11 +1,15 @@
 #pragma once
 
 #include <Viewer3dModule/drawers/Item3dDrawer.h>
+#include <Viewer3dModule/fences/FenceSides.h>
+
+#include <vector>
 
 /// Draws its items one after another with one program, each with its own model matrix and per-item uniforms.
 /// In geometry capture the vertices, transformed to scene coordinates, go to the transform-feedback buffer
-/// that the caller bound. A pass for depths alone draws solid items first, with the scene's depth program
-/// where that stands for the default one.
+/// that the caller bound. Of a fence only those items are aware whose boxes it cuts: the others are left out,
+/// or drawn before these as if there were none. A pass for depths alone draws solid items first, with the
+/// scene's depth program where that stands for the default one.
 class VIEWER3DMODULE_EXPORT SequentialItem3dDrawer : public Item3dDrawer
 {
 public:
@@ -27,6 +31,10 @@ public:
     virtual void drawItem(Drawable3dItem* item, const PaintContext& context);
 
 private:
+    bool findSides(const PaintContext& context);
+    FenceSide sideOf(const Drawable3dItem& item) const;
+    bool hasItems(FenceSide side) const;
+    void drawAll(const PaintContext& context, const Filter& filter);
     void drawItems(const PaintContext& context, const Filter& filter);
     QOpenGLShaderProgram* depthProgram(const PaintContext& context) const;
     bool beginPass(PaintContext& context);
@@ -34,4 +42,5 @@ private:
 
     QOpenGLShaderProgram* m_defaultProgram;
     QOpenGLShaderProgram* m_geometryProgram = nullptr;
+    std::vector<FenceSide> m_sides; ///< of the items, in a pass with a fence
 };

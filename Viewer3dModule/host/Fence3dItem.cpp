@@ -169,37 +169,29 @@ std::vector<char> Fence3dItem::makeRecord(const glm::dmat4& modelToScene) const
     return {};
 }
 
-/// The matrix to where the shaders look at a place.
-glm::dmat4 Fence3dItem::fenceFromModel() const
+void Fence3dItem::updateBoxes(const std::vector<glm::vec2>& polygon)
 {
-    if (const auto* prism = dynamic_cast<const PrismFence*>(m_fence.get())) return prism->prism().matrix();
-    const auto* frustum = dynamic_cast<const Frustum3D*>(m_fence.get());
-    if (!frustum) return glm::dmat4(1.0);
-    const double scale = 1.0 / frustum->tanHalfFovy();
-    return glm::scale(glm::dmat4(1.0), glm::dvec3(scale, scale, 1.0)) * frustum->fromWorldMatrix();
+    if (polygon == m_boxed) return;
+    m_boxed = polygon;
+    m_innerBox = fenceInnerBox(m_boxed);
+    m_outerBox = fenceOuterBox(m_boxed);
 }
 
-/// Empty for a fence of another kind.
-const std::vector<glm::vec2>& Fence3dItem::polygon() const
+std::optional<FenceSides> Fence3dItem::getSides(const glm::dmat4& sceneToModel)
 {
-    static const std::vector<glm::vec2> none;
-    if (const auto* prism = dynamic_cast<const PrismFence*>(m_fence.get())) return prism->prism().fence();
-    const auto* frustum = dynamic_cast<const Frustum3D*>(m_fence.get());
-    return frustum ? frustum->fence() : none;
+    if (empty()) return std::nullopt;
+    if (const std::optional<SweptFence> swept = sweptFence(*m_fence)) updateBoxes(*swept->polygon);
+    return FenceSides(*m_fence, m_innerBox, m_outerBox, sceneToModel);
 }
 
-void Fence3dItem::setSweptUniforms(OpenGLFunctions& gl, const PaintContext& context)
+void Fence3dItem::setSweptUniforms(OpenGLFunctions& gl, const PaintContext& context, const SweptFence& swept)
 {
-    if (polygon() != m_boxed) {
-        m_boxed = polygon();
-        m_innerBox = fenceInnerBox(m_boxed);
-        m_outerBox = fenceOuterBox(m_boxed);
-    }
+    updateBoxes(*swept.polygon);
     QOpenGLShaderProgram& program = *context.program;
     const auto vectorOf = [](const FenceBox& box) { return glm::vec4(box.low, box.high); };
     uniforms::set(gl, program.uniformLocation("fence_inner_box"), vectorOf(m_innerBox));
     uniforms::set(gl, program.uniformLocation("fence_outer_box"), vectorOf(m_outerBox));
-    const glm::dmat4 fromScene = fenceFromModel() * context.scene->sceneToModelTransform();
+    const glm::dmat4 fromScene = swept.fromModel * context.scene->sceneToModelTransform();
     uniforms::set(gl, program.uniformLocation("fence_from_scene"), glm::mat4(fromScene));
 }
 
@@ -211,7 +203,7 @@ bool Fence3dItem::bindFrustumPrism(const PaintContext& context)
     std::vector<char> bytes = makeRecord(context.scene->modelToSceneTransform());
     OpenGLFunctions* gl = currentGLFunctions();
     if (bytes.empty() || !gl) return false;
-    setSweptUniforms(*gl, context);
+    setSweptUniforms(*gl, context, *sweptFence(*m_fence));
     if (bytes != m_written) {
         m_written.clear();
         if (!m_buffer.resize(bytes.size())) return false;

@@ -2,6 +2,7 @@
 
 #include <Viewer3dModule/Viewer3dModule_export.h>
 #include <Viewer3dModule/fences/Fence3DObject.h>
+#include <Viewer3dModule/fences/FenceSides.h>
 #include <Viewer3dModule/fences/fence_inner_box.h>
 #include <Viewer3dModule/shaders/ShaderStorageBufferObject.h>
 
@@ -49,6 +50,10 @@ public:
     /// view. See Fence3DObject::getIFence3D.
     std::shared_ptr<gmx::IFence3D> getIFence3D(const glm::dmat4& modelToScene) const;
 
+    /// What tells of boxes on which side of the fence they lie, as it is now; no value when nothing limits
+    /// the view.
+    std::optional<FenceSides> getSides(const glm::dmat4& sceneToModel);
+
     /// While the user is at work on the fence, what lies outside is shown in grey and not cut away; passes
     /// for depths alone leave it out all the same. False at first; not stored. Notifies when it changes.
     void setInteractionMode(bool on);
@@ -92,9 +97,8 @@ public:
 private:
     void serializeFields(CQtArchive& archive);
     std::vector<char> makeRecord(const glm::dmat4& modelToScene) const;
-    glm::dmat4 fenceFromModel() const;
-    const std::vector<glm::vec2>& polygon() const;
-    void setSweptUniforms(OpenGLFunctions& gl, const PaintContext& context);
+    void updateBoxes(const std::vector<glm::vec2>& polygon);
+    void setSweptUniforms(OpenGLFunctions& gl, const PaintContext& context, const SweptFence& swept);
 
     std::shared_ptr<Fence3DObject> m_fence;
     ShaderStorageBufferObject m_buffer;
