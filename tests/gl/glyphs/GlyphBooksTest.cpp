@@ -353,20 +353,21 @@ TEST_F(GlyphBooksTest, ALabelThatMovedInMemoryStays)
 
 TEST_F(GlyphBooksTest, BuildingAndDroppingLeavesNoObjects)
 {
-    const auto round = [&] {
-        LabelledItemDrawer other(scene.get());
+    const auto round = [&](LabelledItemDrawer other) {
         LabelledItem item(1);
         item.glyphs = {{{0, 0}, opaqueTexture(3, 3)}};
         item.setDrawer(&other);
-        other.draw(view(), {});
-        delete other.getProgram(); // the scene's own until it goes
+        other.draw(paintContext(8, 8), {});
+        return other.getProgram();
     };
-    RenderTarget target(*gl, {Size, Size});
+    RenderTarget target(*gl, {8, 8});
     target.bind();
-    round();
+    delete round(LabelledItemDrawer(scene.get()));
     const GlObjects before = GlObjects::count(*gl);
     for (int i = 0; i < 10; ++i)
-        round();
+        delete round(LabelledItemDrawer(scene.get())); // the scene's own until it goes
+    for (int i = 0; i < 1000; ++i)
+        round(LabelledItemDrawer(*drawer)); // with the program of another one, as clones have it
     EXPECT_EQ(GlObjects::count(*gl), before);
 }
 

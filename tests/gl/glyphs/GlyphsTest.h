@@ -49,6 +49,11 @@ public:
     using Item3dDrawer::removeItem;
     using MultiGlyphItem3dDrawer::getGlyphs;
     using MultiGlyphItem3dDrawer::MultiGlyphItem3dDrawer;
+    /// An empty one with the same program.
+    LabelledItemDrawer(const LabelledItemDrawer& other)
+        : MultiGlyphItem3dDrawer(other.scene(), other.getProgram())
+    {
+    }
 
     glm::vec3 getAnchor(Graphics3dItem* item) override { return of(item).anchor; }
     float getGlyphHeight(Graphics3dItem* item) override { return of(item).height; }

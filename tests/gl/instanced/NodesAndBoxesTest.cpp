@@ -377,4 +377,23 @@ TEST_F(OrientedBox3dItemTest, DrawsItsEdges)
     EXPECT_NE(drawFrame(context), image) << "a change is drawn";
 }
 
+TEST_F(OrientedBox3dItemTest, LeavesNoObjectsBehind)
+{
+    const PaintContext context = paintContext(8, 8);
+    RenderTarget target(*gl, QSize(8, 8));
+    target.bind();
+    const auto round = [&] {
+        auto box = std::make_unique<OrientedBox3dItem>(glm::dvec3(0.0), skewed(), usualExtent);
+        const OrientedBox3dItem* item = box.get();
+        scene->addLocalItem(std::move(box));
+        scene->drawFrame(context, nullptr, {});
+        scene->deleteLocalItem(item);
+    };
+    round();
+    const GlObjects before = GlObjects::count(*gl);
+    for (int i = 0; i < 1000; ++i)
+        round();
+    EXPECT_EQ(GlObjects::count(*gl), before);
+}
+
 } // namespace
