@@ -191,6 +191,8 @@ void Fence3dItem::setSweptUniforms(OpenGLFunctions& gl, const PaintContext& cont
     const auto vectorOf = [](const FenceBox& box) { return glm::vec4(box.low, box.high); };
     uniforms::set(gl, program.uniformLocation("fence_inner_box"), vectorOf(m_innerBox));
     uniforms::set(gl, program.uniformLocation("fence_outer_box"), vectorOf(m_outerBox));
+    uniforms::set(gl, program.uniformLocation("fence_ends"), glm::vec2(glm::dvec2(swept.zNear, swept.zFar)));
+    uniforms::set(gl, program.uniformLocation("fence_count"), static_cast<int>(swept.polygon->size()));
     const glm::dmat4 fromScene = swept.fromModel * context.scene->sceneToModelTransform();
     uniforms::set(gl, program.uniformLocation("fence_from_scene"), glm::mat4(fromScene));
 }

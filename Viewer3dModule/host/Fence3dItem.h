@@ -87,7 +87,8 @@ public:
     ///
     /// Both set "fence_from_scene" too, which takes places in the scene to where the fence is looked at: for
     /// a sphere the identity, else the matrix of the record, for a frustum with x and y divided by
-    /// tanHalfFovy. A polygon comes with "fence_inner_box" and "fence_outer_box", see fence_inner_box.h.
+    /// tanHalfFovy. A polygon comes with "fence_inner_box" and "fence_outer_box", see fence_inner_box.h, and,
+    /// as in the record, "fence_ends" (zNear and zFar) and "fence_count" (n).
     bool bindSphere(const PaintContext& context);
 
     /// Reads or writes the element with its fence; a read one is new, and the fence that was there stays as

@@ -31,6 +31,9 @@ uniform bool fence_gray_preview = false; // as above
 // second does not: only what is between them is held against the edges.
 uniform vec4 fence_inner_box = vec4(1.0, 1.0, -1.0, -1.0);
 uniform vec4 fence_outer_box = vec4(1.0, 1.0, -1.0, -1.0);
+// Near and far, and the number of points, as the block has them: drivers read uniforms faster.
+uniform vec2 fence_ends = vec2(0.0);
+uniform int fence_count = 0;
 
 // A polygon swept along z: for a prism in parallel, for a frustum along lines of sight from the origin. Places are those
 // of the fence's own frame, in a frustum with x and y divided by fence_tan_half_fovy: its polygon lies at depth 1. There
@@ -56,13 +59,13 @@ bool isInFenceBox(vec2 point, vec4 box)
 // left of so many of those that have one end above the point and one that is not.
 bool isInFencePolygon(vec2 point)
 {
-    if (isInFenceBox(point, fence_inner_box)) return true;
-    if (!isInFenceBox(point, fence_outer_box)) return false;
-    uint count = min(fence_point_count, uint(fence_points.length()));
-    bool is_inside = false;
-    vec2 previous = fence_points[0] - point;
-    for (uint i = 1u; i < count; ++i) {
+    bool is_inside = isInFenceBox(point, fence_inner_box);
+    // where the boxes tell there are no edges to look at
+    int count = is_inside || !isInFenceBox(point, fence_outer_box) ? 0 : fence_count;
+    vec2 previous = vec2(0.0);
+    for (int i = 0; i < count; ++i) {
         vec2 current = fence_points[i] - point;
+        if (i == 0) previous = current;
         bool rises = current.y > 0.0;
         // above 0 where the point lies left of the edge as it rises
         float side = previous.x * current.y - current.x * previous.y;
@@ -76,7 +79,8 @@ bool isInFence(vec4 place)
 {
     bool is_prism = fence_to_use == prism_fence;
     if (!is_prism && fence_to_use != frustum_fence) return true;
-    bool is_between = place.z >= fence_near * place.w && (fence_far <= fence_near || place.z <= fence_far * place.w);
+    bool is_between = place.z >= fence_ends.x * place.w &&
+                      (fence_ends.y <= fence_ends.x || place.z <= fence_ends.y * place.w);
     // nothing is seen at the eye itself, where depth is 0
     float depth = is_prism ? place.w : place.z;
     return is_between && depth > 0.0 && isInFencePolygon(place.xy / depth);

@@ -181,6 +181,8 @@ TEST_F(AllProgramsTest, UniformsStartWithTheirValues)
         {"fence_from_scene", identity4},
         {"fence_inner_box", {1, 1, -1, -1}},
         {"fence_outer_box", {1, 1, -1, -1}},
+        {"fence_ends", {0, 0}},
+        {"fence_count", {0}},
         {"uTexLeft", {0}},
         {"uTexRight", {1}},
         {"uTexTop", {0}},
