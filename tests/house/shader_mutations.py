@@ -503,7 +503,7 @@ MUTATIONS = [
         ("sphere's radius", "<= sphere_fence_radius", "<= 1.1 * sphere_fence_radius"),
         ("near end", "place.z >= fence_ends.x", "place.z > fence_ends.x"),
         ("near end of a place", "fence_ends.x * place.w", "fence_ends.x"),
-        ("far end", "place.z <= fence_far", "place.z < fence_far"),
+        ("far end", "place.z <= fence_ends.y", "place.z < fence_ends.y"),
         ("far end of a place", "fence_ends.y * place.w", "fence_ends.y"),
         ("no far end", "fence_ends.y <= fence_ends.x", "fence_ends.y < fence_ends.x"),
         ("lines of sight", "is_prism ? place.w : place.z", "is_prism ? place.z : place.w"),
