@@ -153,7 +153,7 @@ void FeatureItem::renewLabel(const FeatureElement& element)
 // Of points there may be many, so their names are drawn glyph by glyph, and kept where they stay.
 void FeatureItem::writeName(LabelDrawer& labels, const QString& text)
 {
-    const float aboveMarker = m_style.pointSize / 2.0f + 2.0f;
+    const float aboveMarker = markReach() + 2.0f;
     if (m_name) {
         m_name->setText(text, aboveMarker);
         return;

@@ -37,6 +37,8 @@ public:
 protected:
     using Graphics3dItem::draw;
     void draw(const PaintContext& context) override;
+    /// Pixels from the place of a point upwards that its name leaves free.
+    virtual float markReach() const { return m_style.pointSize / 2.0f; }
 
 private:
     void rebuild(const FeatureElement& element);

@@ -5,11 +5,14 @@
 #include <Viewer3dModule/drawables/Node3dItem.h>
 #include <Viewer3dModule/drawers/PaintContext.h>
 
+#include <algorithm>
 #include <cmath>
 
 namespace {
 
 constexpr double nodeRadius = 9.0; // pixels
+// Of drawers: balls are drawn after all elements, which show through them.
+constexpr int afterElements = 0x36FFDF00;
 
 double accuracyOf(const FeatureElement& element)
 {
@@ -25,7 +28,7 @@ class PointFeatureItem::Ball : public Node3dItem
 {
 public:
     explicit Ball(Scene3d* scene)
-        : Node3dItem(scene, 0)
+        : Node3dItem(scene, afterElements)
     {
     }
 
@@ -65,6 +68,21 @@ bool PointFeatureItem::isPlain(const FeatureElement& element) const
     return fits(element) && own.pointColor == plain.pointColor && own.pointSize == plain.pointSize;
 }
 
+PointFeatureItem::Kind PointFeatureItem::kindOf(const FeatureElement& element)
+{
+    if (!fits(element)) return Kind::Plain;
+    if (element.getProperty(QStringLiteral("check")).toBool()) return Kind::Checked;
+    return element.getProperty(QStringLiteral("control")).toBool() ? Kind::Control : Kind::Plain;
+}
+
+// A ball in model units may have any size on the screen, its point is marked as others are.
+float PointFeatureItem::markReach() const
+{
+    const auto* element = static_cast<const FeatureElement*>(getModelElement());
+    const bool hasBall = element && kindOf(*element) == Kind::Control;
+    return std::max(FeatureItem::markReach(), hasBall ? static_cast<float>(nodeRadius) : 0.0f);
+}
+
 void PointFeatureItem::updateDataImpl()
 {
     FeatureItem::updateDataImpl();
@@ -77,12 +95,11 @@ void PointFeatureItem::updateDataImpl()
 void PointFeatureItem::renewNode(const FeatureElement& element)
 {
     m_node.reset();
-    const bool isChecked = element.getProperty(QStringLiteral("check")).toBool();
-    const bool isControl = isChecked || element.getProperty(QStringLiteral("control")).toBool();
-    if (!isControl || !fits(element)) return;
+    const Kind kind = kindOf(element);
+    if (kind == Kind::Plain) return;
     m_node = std::make_unique<Ball>(scene());
     m_node->setModelPos(element.getParts().front().points.front());
-    if (isChecked)
+    if (kind == Kind::Checked)
         m_node->setModelRadius(accuracyOf(element));
     else
         m_node->setPixelRadius(nodeRadius);

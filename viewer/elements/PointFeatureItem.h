@@ -21,8 +21,13 @@ public:
     void updateVisibility() override;
     int getDefaultDrawerType() const override;
 
+protected:
+    float markReach() const override;
+
 private:
     class Ball;
+    enum class Kind { Plain, Control, Checked };
+    static Kind kindOf(const FeatureElement& element);
     void renewNode(const FeatureElement& element);
     bool isPlain(const FeatureElement& element) const;
 

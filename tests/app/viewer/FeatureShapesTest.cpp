@@ -194,6 +194,8 @@ TEST_F(FeatureShapesTest, ControlPointsHaveABallOfPixels)
     EXPECT_NEAR(ball.width(), 18, 1);
     EXPECT_NEAR(ball.height(), 18, 1);
     EXPECT_NEAR(ball.left(), 21, 1);
+    EXPECT_GT(picture().pixelColor(30, 40).green(), 5) << "its mark shows through";
+    EXPECT_EQ(picture().pixelColor(36, 40).green(), 0);
     point.setVisible(false);
     EXPECT_TRUE(coveredRect(picture()).isNull());
 }

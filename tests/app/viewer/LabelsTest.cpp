@@ -211,6 +211,20 @@ TEST_F(LabelsTest, ThoseOfPointsAreAsSharpToo)
     }
 }
 
+TEST_F(LabelsTest, ThoseOfControlPointsLeaveTheBallFree)
+{
+    addCorners();
+    FeatureElement& element = add("gj", {part(Part::Point, {{0, 0, 0}})});
+    const int plain = lettersOf(frame()).bottom();
+    element.setProperty("control", true);
+    EXPECT_EQ(lettersOf(frame()).bottom(), plain - 6) << "9 pixels where there were 3";
+    element.setProperty("marker-size", 30);
+    EXPECT_EQ(lettersOf(frame()).bottom(), plain - 12);
+    element.setProperty("check", true);
+    element.setProperty("marker-size", 6);
+    EXPECT_EQ(lettersOf(frame()).bottom(), plain);
+}
+
 TEST_F(LabelsTest, ThoseOfPointsAreADrawCallAGlyph)
 {
     addCorners();
