@@ -38,6 +38,10 @@ void requireReadable(const QString& path)
 {
     const QFileInfo file(path);
     if (!file.exists()) throw fileError(path, QStringLiteral("there is no such file"));
+    if (file.isDir() && QFileInfo(QDir(path), QStringLiteral("images.bin")).exists())
+        throw fileError(path,
+                        QStringLiteral("is a folder with a binary COLMAP model; readable are those that "
+                                       "are exported as text"));
     if (file.isDir())
         throw fileError(path,
                         QStringLiteral("is a folder, but not with cameras.txt, images.txt and points3D.txt"));

@@ -205,6 +205,17 @@ TEST_F(ColmapModelTest, ModelWithoutPointsHasItsStations)
     EXPECT_EQ(ModelFolder::inputs({folder}), QStringList(folder + "/images.txt"));
 }
 
+TEST_F(ColmapModelTest, OtherFoldersAreRefusedWithTheReason)
+{
+    const QString folder = writeModel();
+    const auto errorOf = [](const QString& of) { return QString::fromUtf8(runViewer({"info", of}).error); };
+    QFile::remove(folder + "/cameras.txt");
+    EXPECT_TRUE(
+        errorOf(folder).contains("is a folder, but not with cameras.txt, images.txt and points3D.txt"));
+    write("block/images.bin", "x");
+    EXPECT_TRUE(errorOf(folder).contains("readable are those that are exported as text"));
+}
+
 TEST_F(ColmapModelTest, NothingIsWrittenOverItsFiles)
 {
     const QString folder = writeModel();
