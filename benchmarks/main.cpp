@@ -3,6 +3,7 @@
 #include <benchmarks/harness/Options.h>
 #include <benchmarks/harness/ResultTable.h>
 #include <benchmarks/harness/Work.h>
+#include <benchmarks/works/childRuns.h>
 
 #include <Viewer3dModule/Viewer3dModule.h>
 #include <framework/app/Application.h>
@@ -181,6 +182,7 @@ int main(int argc, char** argv)
     Viewer3dModule module;
     application.addExtension(&module);
     try {
+        if (!options.child.isEmpty()) return runChild(options.child);
         return Measurement(options).run(argv[0]);
     } catch (const std::exception& failure) {
         std::fprintf(stderr, "viewer3d_benchmarks: %s\n", failure.what());

@@ -1,7 +1,8 @@
 #include <benchmarks/harness/PairedRuns.h>
 
-#include <benchmarks/harness/Stopwatch.h>
 #include <benchmarks/harness/quantileOf.h>
+
+#include <utility>
 
 PairedRuns::PairedRuns(const Side& ours, const Side& plain, const Effort& effort)
 {
@@ -31,11 +32,19 @@ void PairedRuns::runAll(const Side& ours, const Side* plain, const Effort& effor
 
 void PairedRuns::time(const Side& side, Times& times)
 {
-    if (side.prepare) side.prepare();
-    const Stopwatch stopwatch;
-    side.run();
-    times.wall.push_back(stopwatch.wall());
-    times.processor.push_back(stopwatch.processor());
+    const Lap lap = side();
+    times.wall.push_back(lap.wall);
+    times.processor.push_back(lap.processor);
+}
+
+PairedRuns::Side PairedRuns::timed(Run prepare, Run run)
+{
+    return [prepare = std::move(prepare), run = std::move(run)] {
+        prepare();
+        const Stopwatch stopwatch;
+        run();
+        return stopwatch.lap();
+    };
 }
 
 Comparison PairedRuns::compare(const std::vector<double>& ours, const std::vector<double>& plain)

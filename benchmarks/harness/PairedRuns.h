@@ -1,5 +1,7 @@
 #pragma once
 
+#include <benchmarks/harness/Stopwatch.h>
+
 #include <functional>
 #include <vector>
 
@@ -20,11 +22,10 @@ class PairedRuns
 {
 public:
     using Run = std::function<void()>;
-    struct Side
-    {
-        Run prepare; ///< not timed; may be empty
-        Run run;     ///< waits for the end of its work
-    };
+    /// One run: returns its own times.
+    using Side = std::function<Lap()>;
+    /// A side of these; prepare is not timed, and run waits for the end of its work.
+    static Side timed(Run prepare, Run run);
     /// How long to go on: until the seconds are over, but with no fewer and no more pairs than these.
     struct Effort
     {

@@ -21,6 +21,7 @@ struct Result
     Comparison processor;
     Comparison wall;
     int pairs = 0;
+    QString remark;  ///< instead of a verdict
     QString problem; ///< what is wrong with the result, and not with its speed; empty: nothing
 
     /// The times of the runs.

@@ -39,6 +39,7 @@ QString goalText(const Result& result)
 QString verdict(const Result& result)
 {
     if (!result.problem.isEmpty()) return result.problem;
+    if (!result.remark.isEmpty()) return result.remark;
     if (result.goal <= 0.0) return none;
     return result.isMet() ? QStringLiteral("met") : QStringLiteral("missed");
 }
@@ -122,8 +123,8 @@ QString growthTable(const std::vector<Result>& results)
             if (found == growth.bySize.end())
                 texts << none;
             else
-                texts << (found->second->problem.isEmpty() ? numberText(found->second->processor.ours)
-                                                           : found->second->problem);
+                texts << (found->second->processor.ours > 0.0 ? numberText(found->second->processor.ours)
+                                                              : verdict(*found->second));
         }
         text += row(texts << powerText(growth));
     }

@@ -3,6 +3,13 @@
 #include <chrono>
 #include <ctime>
 
+/// Milliseconds of a run.
+struct Lap
+{
+    double wall;
+    double processor; ///< of all threads
+};
+
 /// Milliseconds since it was made, by two clocks.
 class Stopwatch
 {
@@ -13,6 +20,8 @@ public:
     }
     /// Of all threads of this process.
     double processor() const { return processorTime() - m_processorBegin; }
+
+    Lap lap() const { return {wall(), processor()}; }
 
     static double processorTime()
     {

@@ -2,8 +2,6 @@
 
 #include <benchmarks/plain/ItemSources.h>
 
-#include <algorithm>
-
 namespace {
 
 const char* const thinVertex = R"(#version 430 core
@@ -121,41 +119,70 @@ GLuint makeProgram(PlainContext& context, PlainLines::Technique technique)
 
 } // namespace
 
-PlainLines::PlainLines(PlainContext& context, const LineSet& set, const View& view, Technique technique,
-                       float width)
+PlainLines::PlainLines(PlainContext& context, const View& view, Technique technique, float width)
     : m_context(context)
     , m_view(view)
     , m_technique(technique)
+    , m_width(width)
     , m_program(makeProgram(context, technique))
     , m_uniforms(context.gl(), m_program)
     , m_viewProjection(context.gl().glGetUniformLocation(m_program, "viewProjection"))
     , m_pixels(context.gl().glGetUniformLocation(m_program, "pixels"))
     , m_chosenColor(context.gl().glGetUniformLocation(m_program, "chosenColor"))
 {
+    context.gl().glGenVertexArrays(1, &m_vertexArray);
+}
+
+PlainLines::~PlainLines()
+{
+    m_context.makeCurrent();
+    clear();
+    m_context.gl().glDeleteVertexArrays(1, &m_vertexArray);
+    m_context.gl().glDeleteProgram(m_program);
+}
+
+void PlainLines::clear()
+{
+    m_items = {};
+    m_spheres = {};
+    m_indices = {};
+    m_context.gl().glDeleteBuffers(1, &m_buffer);
+    m_buffer = 0;
+}
+
+void PlainLines::load(const LineSet& set)
+{
+    clear();
     m_items.reserve(set.lines.size());
     m_spheres.reserve(set.lines.size());
+    m_indices.reserve(set.lines.size());
     for (std::size_t i = 0; i < set.lines.size(); ++i) {
+        const auto id = static_cast<std::uint32_t>(i + 1);
         const LineSet::Line& line = set.lines[i];
-        m_items.push_back(
-            {line.matrix, plainColor(line.color), {static_cast<std::uint32_t>(i + 1), 0u}, 0, width});
-        glm::vec3 low = *set.verticesOf(i), high = low;
-        for (int k = 1; k < LineSet::VerticesPerLine; ++k) {
-            low = glm::min(low, set.verticesOf(i)[k]);
-            high = glm::max(high, set.verticesOf(i)[k]);
-        }
-        m_spheres.push_back(
-            {glm::vec3(line.matrix * glm::vec4(0.5f * (low + high), 1.0f)), 0.5f * glm::length(high - low)});
+        m_items.push_back({line.matrix, plainColor(line.color), {id, 0u}, 0, m_width});
+        m_spheres.push_back(sphereOf(line.matrix, set.verticesOf(i), LineSet::VerticesPerLine));
+        m_indices.emplace(id, i);
     }
-    PlainContext::Functions& gl = context.gl();
-    gl.glGenVertexArrays(1, &m_vertexArray);
+    PlainContext::Functions& gl = m_context.gl();
     gl.glBindVertexArray(m_vertexArray);
-    context.buffer(GL_ARRAY_BUFFER, set.vertices);
-    for (GLuint end = 0; end < (technique == Quads ? 2u : 1u); ++end) {
+    m_buffer = m_context.buffer(GL_ARRAY_BUFFER, set.vertices);
+    for (GLuint end = 0; end < (m_technique == Quads ? 2u : 1u); ++end) {
         gl.glEnableVertexAttribArray(end);
         gl.glVertexAttribPointer(end, 3, GL_FLOAT, GL_FALSE, sizeof(glm::vec3),
                                  reinterpret_cast<const void*>(end * sizeof(glm::vec3)));
-        if (technique == Quads) gl.glVertexAttribDivisor(end, 1);
+        if (m_technique == Quads) gl.glVertexAttribDivisor(end, 1);
     }
+}
+
+void PlainLines::edit(std::uint32_t id, const QColor& color, const std::vector<glm::vec3>& vertices)
+{
+    constexpr std::size_t bytes = LineSet::VerticesPerLine * sizeof(glm::vec3);
+    const std::size_t index = m_indices.at(id);
+    m_items[index].color = plainColor(color);
+    m_spheres[index] = sphereOf(m_items[index].matrix, vertices.data(), LineSet::VerticesPerLine);
+    m_context.gl().glBindBuffer(GL_ARRAY_BUFFER, m_buffer);
+    m_context.gl().glBufferSubData(GL_ARRAY_BUFFER, static_cast<GLintptr>(index * bytes), bytes,
+                                   vertices.data());
 }
 
 void PlainLines::beginPass()
@@ -189,20 +216,10 @@ void PlainLines::draw()
         drawLine(i);
 }
 
-bool PlainLines::isVisible(const Sphere& sphere, const glm::vec4 (&planes)[4]) const
-{
-    return std::all_of(std::begin(planes), std::end(planes), [&](const glm::vec4& plane) {
-        return glm::dot(glm::vec3(plane), sphere.center) + plane.w >= -sphere.radius;
-    });
-}
-
 void PlainLines::drawVisible()
 {
-    const glm::mat4 rows = glm::transpose(m_view.projection * m_view.view);
-    glm::vec4 planes[4] = {rows[3] + rows[0], rows[3] - rows[0], rows[3] + rows[1], rows[3] - rows[1]};
-    for (glm::vec4& plane : planes)
-        plane /= glm::length(glm::vec3(plane));
+    const auto planes = sidePlanes(m_view.projection * m_view.view, {-1.0f, -1.0f}, {1.0f, 1.0f});
     beginPass();
     for (std::size_t i = 0; i < m_items.size(); ++i)
-        if (isVisible(m_spheres[i], planes)) drawLine(i);
+        if (leastDistance(m_spheres[i], planes) >= -m_spheres[i].radius) drawLine(i);
 }

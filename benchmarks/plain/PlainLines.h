@@ -2,9 +2,11 @@
 
 #include <benchmarks/data/LineSet.h>
 #include <benchmarks/plain/ItemUniforms.h>
+#include <benchmarks/plain/Sphere.h>
 #include <benchmarks/scene/View.h>
 
-#include <functional>
+#include <unordered_map>
+#include <vector>
 
 /// Polylines, one draw call each: slices of one shared buffer, five uniforms an item.
 class PlainLines
@@ -16,33 +18,38 @@ public:
         Quads  ///< the vertex stage does, six vertices an instance, the segment's ends being its attributes
     };
 
-    PlainLines(PlainContext& context, const LineSet& set, const View& view, Technique technique, float width);
+    /// width: of the pens, pixels
+    PlainLines(PlainContext& context, const View& view, Technique technique, float width);
+    ~PlainLines();
+    PlainLines(const PlainLines&) = delete;
+    PlainLines& operator=(const PlainLines&) = delete;
+
+    /// Takes the polylines of the set in place of those that it has; their identifiers begin at 1.
+    void load(const LineSet& set);
+    void clear();
 
     /// All of them, to the bound target.
     void draw();
     /// Only those that a sphere around each tells to be in view.
     void drawVisible();
 
-    /// Changes the colour of one.
-    void setColor(std::size_t line, const QColor& color) { m_items[line].color = plainColor(color); }
+    /// Changes the colour and the vertices of one.
+    void edit(std::uint32_t id, const QColor& color, const std::vector<glm::vec3>& vertices);
 
 private:
-    struct Sphere
-    {
-        glm::vec3 center;
-        float radius;
-    };
     void beginPass();
     void drawLine(std::size_t line);
-    bool isVisible(const Sphere& sphere, const glm::vec4 (&planes)[4]) const;
 
     PlainContext& m_context;
     View m_view;
     Technique m_technique;
     std::vector<PlainItem> m_items;
     std::vector<Sphere> m_spheres;
+    std::unordered_map<std::uint32_t, std::size_t> m_indices; // of items, by identifier
+    float m_width;
     GLuint m_program = 0;
     GLuint m_vertexArray = 0;
+    GLuint m_buffer = 0;
     PlainItemUniforms m_uniforms;
     GLint m_viewProjection, m_pixels, m_chosenColor;
 };

@@ -63,6 +63,12 @@ std::vector<CModelElement*> BenchScene::add(std::vector<std::unique_ptr<CModelEl
     return added;
 }
 
+void BenchScene::removeAll(int type)
+{
+    model().getCreateItemManager(type)->removeAll();
+    prepare();
+}
+
 void BenchScene::prepare()
 {
     QCoreApplication::processEvents();

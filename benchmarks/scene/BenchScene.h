@@ -29,6 +29,8 @@ public:
 
     /// Adds elements of one type in one batch and lets the scene settle; returns them, owned by the model.
     std::vector<CModelElement*> add(std::vector<std::unique_ptr<CModelElement>> elements);
+    /// Removes and destroys all elements of the type.
+    void removeAll(int type);
     /// Makes the context current and runs what the scene has queued, so that nothing of it is in a frame's
     /// time.
     void prepare();

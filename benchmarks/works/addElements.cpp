@@ -3,6 +3,8 @@
 #include <benchmarks/scene/LineElement.h>
 #include <benchmarks/scene/MeshElement.h>
 
+#include <numeric>
+
 namespace {
 
 MeshData meshOf(const BoxSet::Box& box)
@@ -19,6 +21,13 @@ MeshData meshOf(const BoxSet::Box& box)
     part.color = box.color;
     data.parts.push_back(part);
     return data;
+}
+
+CModelElement* addOne(BenchScene& scene, MeshData data)
+{
+    std::vector<std::unique_ptr<CModelElement>> elements;
+    elements.push_back(std::make_unique<MeshElement>(std::move(data)));
+    return scene.add(std::move(elements)).front();
 }
 
 } // namespace
@@ -39,4 +48,32 @@ void addBoxes(BenchScene& scene, const BoxSet& set)
     for (const BoxSet::Box& box : set.boxes)
         elements.push_back(std::make_unique<MeshElement>(meshOf(box), box.matrix));
     scene.add(std::move(elements));
+}
+
+CModelElement* addMesh(BenchScene& scene, const GroundMesh& mesh, const QColor& color)
+{
+    MeshData data;
+    data.positions = mesh.positions;
+    data.normals = mesh.normals;
+    data.indices = mesh.indices;
+    MeshData::Part part;
+    part.indexCount = static_cast<std::uint32_t>(mesh.indices.size());
+    part.color = color;
+    data.parts.push_back(part);
+    return addOne(scene, std::move(data));
+}
+
+CModelElement* addPoints(BenchScene& scene, const PointSet& set)
+{
+    MeshData data;
+    data.positions = set.positions;
+    data.colors = set.colors;
+    data.indices.resize(set.positions.size());
+    std::iota(data.indices.begin(), data.indices.end(), 0u);
+    MeshData::Part part;
+    part.kind = MeshData::Part::Points;
+    part.indexCount = static_cast<std::uint32_t>(data.indices.size());
+    part.pointSize = 2.0f;
+    data.parts.push_back(part);
+    return addOne(scene, std::move(data));
 }

@@ -19,7 +19,8 @@ std::vector<Result> compareLines(qint64 size, const PairedRuns::Effort& effort, 
     BenchScene scene(View::whole());
     addLines(scene, set, pen.width);
     PlainContext context(View::whole().size);
-    PlainLines plain(context, set, View::whole(), pen.technique, pen.width);
+    PlainLines plain(context, View::whole(), pen.technique, pen.width);
+    plain.load(set);
     return compareFrames(
         scene, context, [&] { plain.draw(); }, effort, pen.allowed);
 }
@@ -40,7 +41,8 @@ std::vector<Result> compareZoomed(qint64 size, const PairedRuns::Effort& effort)
     BenchScene scene(zoomed);
     addLines(scene, set, 1.0f);
     PlainContext context(zoomed.size);
-    PlainLines plain(context, set, zoomed, PlainLines::Thin, 1.0f);
+    PlainLines plain(context, zoomed, PlainLines::Thin, 1.0f);
+    plain.load(set);
     return compareFrames(
         scene, context, [&] { plain.drawVisible(); }, effort, 0.005);
 }

@@ -1,0 +1,83 @@
+#include <benchmarks/works/childRuns.h>
+
+#include <benchmarks/harness/Stopwatch.h>
+#include <benchmarks/harness/residentBytes.h>
+#include <benchmarks/plain/PlainLines.h>
+#include <benchmarks/works/addElements.h>
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QProcess>
+
+#include <cstdio>
+#include <stdexcept>
+
+namespace {
+
+constexpr qint64 startCount = 100;
+
+void tellStart(const Lap& lap, const QImage& picture, const QString& path)
+{
+    if (!picture.save(path)) throw std::runtime_error("cannot write " + path.toStdString());
+    std::printf("%.6f %.6f\n", lap.wall, lap.processor);
+}
+
+void startOurs(const QString& path)
+{
+    const LineSet set(startCount);
+    const Stopwatch stopwatch;
+    BenchScene scene(View::whole());
+    addLines(scene, set, 1.0f);
+    scene.drawFrame();
+    tellStart(stopwatch.lap(), scene.picture(), path);
+}
+
+void startPlain(const QString& path)
+{
+    const LineSet set(startCount);
+    const Stopwatch stopwatch;
+    PlainContext context(View::whole().size);
+    PlainLines lines(context, View::whole(), PlainLines::Thin, 1.0f);
+    lines.load(set);
+    context.beginFrame();
+    lines.draw();
+    context.endFrame();
+    tellStart(stopwatch.lap(), context.picture(), path);
+}
+
+void tellMemory(qint64 count)
+{
+    const LineSet set(count);
+    BenchScene scene(View::whole());
+    addLines(scene, set, 1.0f);
+    scene.drawFrame();
+    scene.prepare();
+    std::printf("%lld\n", residentBytes());
+}
+
+} // namespace
+
+int runChild(const QStringList& arguments)
+{
+    const QString what = arguments.value(0), value = arguments.value(1);
+    if (what == "start-ours")
+        startOurs(value);
+    else if (what == "start-plain")
+        startPlain(value);
+    else if (what == "memory")
+        tellMemory(value.toLongLong());
+    else
+        throw std::runtime_error("a child knows nothing of '" + what.toStdString() + "'");
+    return 0;
+}
+
+QStringList askChild(const QStringList& arguments)
+{
+    QProcess process;
+    process.setProcessChannelMode(QProcess::SeparateChannels);
+    process.start(QCoreApplication::applicationFilePath(), QStringList("--child") + arguments);
+    const bool isDone = process.waitForFinished(300000);
+    if (!isDone || process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0)
+        throw std::runtime_error("a process of its own has failed: " +
+                                 process.readAllStandardError().trimmed().toStdString());
+    return QString::fromLatin1(process.readAllStandardOutput()).split(' ', Qt::SkipEmptyParts);
+}
