@@ -518,7 +518,6 @@ MUTATIONS = [
          "previous.x * current.y + current.x * previous.y"),
         ("odd-even", "is_inside = !is_inside", "is_inside = true"),
         ("last edge", "i < count", "i + 1 < count"),
-        ("first edge", "if (i == 0) previous = current;", ""),
         ("colour outside", "0.25 + 0.5 * brightness", "0.25 + 0.4 * brightness"),
         ("brightness", "0.299, 0.587, 0.114", "0.587, 0.299, 0.114"),
     ),

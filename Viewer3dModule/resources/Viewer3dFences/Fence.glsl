@@ -62,10 +62,9 @@ bool isInFencePolygon(vec2 point)
     bool is_inside = isInFenceBox(point, fence_inner_box);
     // where the boxes tell there are no edges to look at
     int count = is_inside || !isInFenceBox(point, fence_outer_box) ? 0 : fence_count;
-    vec2 previous = vec2(0.0);
+    vec2 previous = vec2(0.0); // the first way is from the point itself, to the left of which it does not lie
     for (int i = 0; i < count; ++i) {
         vec2 current = fence_points[i] - point;
-        if (i == 0) previous = current;
         bool rises = current.y > 0.0;
         // above 0 where the point lies left of the edge as it rises
         float side = previous.x * current.y - current.x * previous.y;
