@@ -2,6 +2,7 @@
 
 #include <Viewer3dModule/drawers/DrawerType.h>
 #include <Viewer3dModule/drawers/Item3dDrawer.h>
+#include <Viewer3dModule/scene/ItemIndex.h>
 #include <Viewer3dModule/scene/Scene3d.h>
 #include <framework/graphics/InteractiveGraphicsItem.h>
 
@@ -65,6 +66,7 @@ void Drawable3dItem::setDrawer(Item3dDrawer* drawer)
 {
     if (m_drawer) m_drawer->removeItem(this);
     m_drawer = drawer;
+    boundsChanged(); // some drawers' items are never left out
     if (!drawer) return;
     m_scene = drawer->scene();
     drawer->addItem(this);
@@ -73,6 +75,26 @@ void Drawable3dItem::setDrawer(Item3dDrawer* drawer)
 void Drawable3dItem::setTransform(const glm::mat4& matrix, bool combine)
 {
     m_transform = combine ? matrix * m_transform : matrix;
+    boundsChanged();
+}
+
+void Drawable3dItem::setVisible(bool visible)
+{
+    if (visible == m_visible) return;
+    m_visible = visible;
+    boundsChanged();
+}
+
+void Drawable3dItem::setPixelReach(float pixels)
+{
+    if (!(pixels < m_pixelReach || pixels > m_pixelReach)) return;
+    m_pixelReach = pixels;
+    boundsChanged();
+}
+
+void Drawable3dItem::boundsChanged()
+{
+    if (m_indexPlace != NoIndexPlace && m_scene) m_scene->itemIndex().change(*this);
 }
 
 // The casts work only once the object is complete; drawing comes later.

@@ -6,6 +6,7 @@
 #include <QtCore/QPointer>
 
 #include <functional>
+#include <limits>
 
 class InteractiveGraphicsItem;
 class Item3dDrawer;
@@ -53,7 +54,7 @@ public:
 
     bool isVisible() const { return m_visible; }
     /// Triggers nothing by itself.
-    void setVisible(bool visible) { m_visible = visible; }
+    void setVisible(bool visible);
 
     /// The host's side of an item that stands for a model element, else null. Not to be asked before the item
     /// is complete (in constructors).
@@ -62,7 +63,11 @@ public:
     /// Whoever needs a part of the picture only leaves out items that are farther away from it. Infinity: the
     /// item is never left out, which holds in any case for items of drawer type DrawerType::Caption.
     float pixelReach() const { return m_pixelReach; }
-    void setPixelReach(float pixels) { m_pixelReach = pixels; }
+    void setPixelReach(float pixels);
+    /// Says that the box that hostItem() tells is another one now. Called by updates of the scene
+    /// (Scene3d::updateGraphicsItems), setTransform, setVisible and setPixelReach; an item calls it that
+    /// changes its box otherwise, or views would leave it out by its old one. Cheap.
+    void boundsChanged();
     /// Whether the item promises that it draws what getGeometryInfo tells, all of it with an alpha of at
     /// least 0.5 unless it is highlighted. A selection need not draw such an item to know that it lies in an
     /// area that holds its box. False at first.
@@ -85,6 +90,9 @@ protected:
 
 private:
     friend class Item3dDrawer;
+    friend class ItemIndex;
+    static constexpr int NoIndexPlace = std::numeric_limits<int>::min();
+
     /// What tells the item from others in masks: the LONGID of an item that stands for a model element, else
     /// its address.
     std::uint64_t drawId() const;
@@ -93,6 +101,8 @@ private:
     QPointer<Scene3d> m_scene;
     glm::mat4 m_transform = glm::mat4(1.0f);
     int m_drawerIndex = -1;
+    int m_indexPlace = NoIndexPlace; // where the scene's ItemIndex has it
+    int m_indexWaiting = -1;         // and among those that changed
     bool m_visible = true;
     bool m_drawsOpaque = false;
     bool m_isSolid = false;

@@ -13,6 +13,8 @@ public:
     void addStage(int stage, std::unique_ptr<Item3dDrawer> drawer);
     /// Appends a stage drawn by a clone of the scene's drawer under (drawerType, drawerType).
     void addStage(int stage, int drawerType);
+    /// The stages' numbers and drawers, in order.
+    const std::vector<std::pair<int, std::unique_ptr<Item3dDrawer>>>& getStages() const { return m_stages; }
 
     void draw(const PaintContext& context, Filter filter) override;
     void updateItem(int index) override;

@@ -1,9 +1,7 @@
 #include <Viewer3dModule/scene/ItemSelection.h>
 
 #include <Viewer3dModule/drawables/Drawable3dItem.h>
-#include <Viewer3dModule/drawers/DrawerType.h>
 #include <Viewer3dModule/drawers/Item3dSelectionProvider.h>
-#include <Viewer3dModule/drawers/MultiGlyphItem3dDrawer.h>
 #include <Viewer3dModule/drawers/SequentialItem3dDrawer.h>
 #include <Viewer3dModule/scene/Scene3d.h>
 #include <Viewer3dModule/scene/longestTargetSide.h>
@@ -17,7 +15,6 @@
 #include <glm/gtc/matrix_transform.hpp>
 
 #include <algorithm>
-#include <limits>
 #include <typeinfo>
 
 namespace {
@@ -125,18 +122,6 @@ bool ItemSelection::isAllInArea(const QRect& pixels) const
     return m_area.pixels().contains(pixels) && (m_areaIsRectangle || m_area.containsAll(pixels));
 }
 
-/// Captions and labels of glyphs are as long as their texts are, of which their items know nothing.
-double ItemSelection::reachOf(const Drawable3dItem& item)
-{
-    const Item3dDrawer* drawer = item.getDrawer();
-    if (drawer != m_lastDrawer) { // items come drawer by drawer
-        m_lastDrawer = drawer;
-        m_drawsLabels = dynamic_cast<const MultiGlyphItem3dDrawer*>(drawer) != nullptr;
-    }
-    const bool isText = m_drawsLabels || item.getDefaultDrawerType() == DrawerType::Caption;
-    return isText ? std::numeric_limits<double>::infinity() : static_cast<double>(item.pixelReach());
-}
-
 bool ItemSelection::reachesArea(const gmx::BoundingBox& box, double reach) const
 {
     if (!m_areaVolume.reaches(box, reach)) return false;
@@ -148,12 +133,13 @@ bool ItemSelection::reachesArea(const gmx::BoundingBox& box, double reach) const
 // What stands for no element has no box to be left out by. It reports nothing, but hides what is behind it.
 ItemSelection::Filter ItemSelection::candidates()
 {
+    m_inArea = m_scene.itemIndex().find(m_areaVolume);
     return [this](Drawable3dItem* item) {
-        if (!item) return false;
+        if (!item || !m_inArea.isSeen(*item)) return false;
         const InteractiveGraphicsItem* hostItem = item->hostItem();
         if (!hostItem) return m_options.mode == SelectionMode::Visible && isChosen(item);
         const gmx::BoundingBox box = hostItem->sceneBoundingBox();
-        if (!reachesArea(box, reachOf(*item)) || !isChosen(item)) return false;
+        if (!reachesArea(box, m_reach.of(*item)) || !isChosen(item)) return false;
         if (m_options.rule == SelectionRule::Inside) m_items.emplace(hostItem->getId(), item);
         if (!isSelectedByBox(*item, box)) return true;
         m_selectedByBox.push_back(hostItem->getId());
@@ -282,14 +268,14 @@ bool ItemSelection::isInsideByBox(LONGID id)
 {
     const Drawable3dItem& item = *m_items.at(id);
     return isInPictureByBox(id) &&
-           isAllInArea(m_picture.pixelsOf(item.hostItem()->sceneBoundingBox(), reachOf(item)));
+           isAllInArea(m_picture.pixelsOf(item.hostItem()->sceneBoundingBox(), m_reach.of(item)));
 }
 
 bool ItemSelection::isInPictureByBox(LONGID id)
 {
     const Drawable3dItem& item = *m_items.at(id);
     const gmx::BoundingBox box = item.hostItem()->sceneBoundingBox();
-    const QRect pixels = m_picture.pixelsOf(box, reachOf(item));
+    const QRect pixels = m_picture.pixelsOf(box, m_reach.of(item));
     return !pixels.isEmpty() && m_pass.viewportRect.contains(pixels) && m_picture.holds(box);
 }
 

@@ -2,6 +2,8 @@
 
 #include <Viewer3dModule/drawers/PaintContext.h>
 #include <Viewer3dModule/drawers/SelectionMask.h>
+#include <Viewer3dModule/scene/ItemIndex.h>
+#include <Viewer3dModule/scene/ItemReach.h>
 #include <Viewer3dModule/scene/PictureVolume.h>
 #include <Viewer3dModule/scene/SelectionOptions.h>
 #include <Viewer3dModule/scene/SelectionTarget.h>
@@ -46,11 +48,10 @@ private:
     bool isAllInArea(const QRect& pixels) const;
     bool reachesArea(const gmx::BoundingBox& box, double reach) const;
     bool isChosen(Drawable3dItem* item) const;
-    /// How far beyond its box the item may draw, pixels.
-    double reachOf(const Drawable3dItem& item);
     /// The kinds of primitives (PrimitiveBit) of which drawing by the drawer sets the item's bit.
     int kindsMarkedBy(const Item3dDrawer* drawer);
     bool isSelectedByBox(Drawable3dItem& item, const gmx::BoundingBox& box);
+    /// Those that the area and its box do not decide about. Made right before the pass that it is for.
     Filter candidates();
 
     std::vector<LONGID> touched(OpenGLFunctions& gl);
@@ -78,8 +79,8 @@ private:
     PictureVolume m_areaVolume;
     PictureVolume m_picture;
     bool m_isFenced;
-    const Item3dDrawer* m_lastDrawer = nullptr; // that an item was of
-    bool m_drawsLabels = false;                 // that one
+    ItemReach m_reach;
+    ItemIndex::Seen m_inArea; // of the last candidates()
     std::vector<LONGID> m_selectedByBox;
     std::unordered_map<const Item3dDrawer*, int> m_kinds;
     std::unordered_map<LONGID, Drawable3dItem*> m_items; // those found or drawn; only for the rule Inside

@@ -50,11 +50,19 @@ PictureVolume::PictureVolume(const glm::dmat4& viewProjection, const QSize& pict
 bool PictureVolume::reaches(const gmx::BoundingBox& box, double reach) const
 {
     if (!std::isfinite(reach) || !box.isValid()) return true;
-    const glm::dvec3 center = box.getCenter(), half = box.getSize() / 2.0;
-    return std::all_of(m_planes.begin(), m_planes.end(), [&](const Plane& plane) {
+    return partOf(box.getCenter(), box.getSize() / 2.0, reach) != Part::None;
+}
+
+PictureVolume::Part PictureVolume::partOf(const glm::dvec3& center, const glm::dvec3& half,
+                                          double reach) const
+{
+    bool isHeld = true;
+    for (const Plane& plane : m_planes) {
         const Range range(plane.side + reach * plane.outwards, center, half);
-        return range.high >= -range.tolerance;
-    });
+        if (!(range.high >= -range.tolerance)) return Part::None;
+        isHeld = isHeld && Range(plane.side, center, half).low >= 0.0;
+    }
+    return isHeld ? Part::All : Part::Some;
 }
 
 bool PictureVolume::holds(const gmx::BoundingBox& box) const

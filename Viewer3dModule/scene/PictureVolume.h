@@ -20,8 +20,14 @@ public:
     PictureVolume(const glm::dmat4& viewProjection, const QSize& picture, const QRect& pixels);
 
     /// False only when nothing of the box, nor of what is drawn up to `reach` pixels around it, can be seen
-    /// in the pixels. A box that is null or invalid tells nothing: true.
+    /// in the pixels. A box that is null or invalid tells nothing, and neither does an infinite reach: true.
     bool reaches(const gmx::BoundingBox& box, double reach) const;
+    /// What of a box can be seen in the pixels: nothing, also not of what is drawn up to `reach` pixels
+    /// around it; all of it and of every box in it; or there is no telling.
+    enum class Part { None, Some, All };
+    /// @param half   of the box's size
+    /// @param reach  pixels, finite
+    Part partOf(const glm::dvec3& center, const glm::dvec3& half, double reach) const;
     /// Whether the whole box is seen in the pixels; false for one that is null or invalid.
     bool holds(const gmx::BoundingBox& box) const;
     /// The pixels that the box may cover, with `reach` pixels around it, in the picture or beyond it; an

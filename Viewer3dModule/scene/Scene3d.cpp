@@ -6,6 +6,7 @@
 #include <Viewer3dModule/drawers/SequentialItem3dDrawer.h>
 #include <Viewer3dModule/host/Graphics3dItem.h>
 #include <Viewer3dModule/scene/CurrentContextGuard.h>
+#include <Viewer3dModule/scene/ItemIndex.h>
 #include <Viewer3dModule/scene/Scene3dFenceObserver.h>
 #include <Viewer3dModule/shaders/DrawMode.h>
 #include <Viewer3dModule/shaders/ShaderProgramBuilder.h>
@@ -19,6 +20,7 @@
 Scene3d::Scene3d(CProjectModel* model, QObject* parent)
     : QObject(parent)
     , m_model(model)
+    , m_itemIndex(std::make_unique<ItemIndex>())
     , m_surface(std::make_unique<QOffscreenSurface>())
     , m_fenceObserver(std::make_unique<FenceObserver>(*this))
 {
@@ -93,8 +95,9 @@ QOpenGLShaderProgram* Scene3d::createProgram(const QStringList& files,
 {
     // Without a context there is nothing to compile with; the constructor has said so.
     if (!makeCurrent()) return new QOpenGLShaderProgram(this);
-    // Only passes for the selection buffer mark items in it; they have a variant that does.
+    // Passes that draw masks, or mark items in the selection buffer, have variants that do.
     std::vector<std::string> all = defines;
+    all.emplace_back("RX_COLORS_ONLY");
     all.emplace_back("RX_NO_SELECTION_BUFFER");
     return buildShaderProgram(this, files, all, varyings);
 }
@@ -112,6 +115,7 @@ void Scene3d::addElement(Graphics3dItem* item)
         if (entry->second != item) delete item;
         return;
     }
+    m_itemIndex->add(*item);
     if (!item->getDrawer()) {
         const int visibilityType = item->getVisibilityType();
         const int drawerType = item->getDefaultDrawerType();
@@ -126,6 +130,7 @@ void Scene3d::addElement(Graphics3dItem* item)
     item->updateVisibility();
     item->updateDataImpl();
     item->updateData(nullptr);
+    item->boundsChanged();
     if (item->isVisible()) setBounds(item->sceneBoundingBox());
 }
 
@@ -133,11 +138,15 @@ void Scene3d::removeElement(LONGID id)
 {
     makeCurrent();
     const auto entry = m_items.find(id);
+    if (entry == m_items.end()) {
+        setBoundsDirty();
+        return;
+    }
     m_boundsDirty = true;
-    if (entry == m_items.end()) return;
     Graphics3dItem* item = entry->second;
     forgetUpdate(item);
     m_items.erase(entry);
+    m_itemIndex->remove(*item);
     delete item;
     Q_EMIT elementRemoved(id);
 }
@@ -156,6 +165,7 @@ void Scene3d::clear()
     m_pending.clear();
     for (const auto& entry : items) {
         if (m_updateRun) forgetUpdate(entry.second);
+        m_itemIndex->remove(*entry.second);
         delete entry.second;
     }
     m_boundsDirty = true;

@@ -33,6 +33,7 @@ class IItem3dSelectionProvider;
 class InteractiveGraphicsItem;
 class Item3dDrawer;
 class Item3dSelectionProvider;
+class ItemIndex;
 class QImage;
 class QOpenGLShaderProgram;
 class QPolygonF;
@@ -291,12 +292,13 @@ public:
     glm::dvec3 getMin() const { return m_bounds.getMin(); }
     glm::dvec3 getMax() const { return m_bounds.getMax(); }
     glm::dvec3 getCenter() const { return m_bounds.getCenter(); }
-    /// Recomputes the bounds from the visible items and corrects the transform.
+    /// Recomputes the bounds from the visible items, asking all of them, and corrects the transform.
     void resetBounds();
-    void setBoundsDirty() { m_boundsDirty = true; }
-    /// resetBounds when the bounds are dirty; nothing inside a group operation. A view calls it before it
-    /// computes its matrices, so that they and the transform belong together. Leaves the caller's context
-    /// current.
+    /// Says that boxes of items may have changed that were not updated, see Drawable3dItem::boundsChanged.
+    void setBoundsDirty();
+    /// resetBounds when the bounds are dirty, asking those items only whose boxes may have changed; nothing
+    /// inside a group operation. A view calls it before it computes its matrices, so that they and the
+    /// transform belong together. Leaves the caller's context current.
     void flushBounds();
     /// The box of the visible items that reach the plane z = 0 of the frame that planeTransform maps to,
     /// within the tolerance; null when none does.
@@ -338,11 +340,17 @@ public Q_SLOTS:
     void sceneChanged();
 
 private:
+    friend class Drawable3dItem;
+    friend class ItemSelection;
+    friend class ViewCulling;
+
+    ItemIndex& itemIndex() { return *m_itemIndex; }
     void addDefaultDrawers();
     Item3dSelectionProvider& selectionProvider();
     void drawLocalItems(const PaintContext& context, ItemFilter itemFilter);
     void drawWith(Item3dDrawer& drawer, const PaintContext& context, const ItemFilter& itemFilter);
     void setBounds(const gmx::BoundingBox& bounds);
+    void takeBounds();
     void correctTransform();
     void applyCorrection(const glm::dmat4& correction);
     void runUpdates(std::vector<Graphics3dItem*>& items);
@@ -368,6 +376,7 @@ private:
     std::unordered_map<int, std::unique_ptr<Item3dDrawer>> m_localForegroundDrawers;
     CProjectModel* m_model;
     std::unordered_map<LONGID, Graphics3dItem*> m_items;
+    std::unique_ptr<ItemIndex> m_itemIndex;
     std::map<std::pair<int, int>, std::unique_ptr<Item3dDrawer>> m_drawers;
     std::unordered_set<int> m_alwaysVisible;
     std::unordered_set<int> m_foreground;

@@ -5,6 +5,7 @@
 #include <Viewer3dModule/host/Graphics3dItem.h>
 #include <Viewer3dModule/scene/CurrentContextGuard.h>
 #include <Viewer3dModule/scene/Scene3d.h>
+#include <Viewer3dModule/scene/ViewCulling.h>
 #include <Viewer3dModule/scene/longestTargetSide.h>
 #include <framework/ksp/Log.h>
 
@@ -191,10 +192,12 @@ QImage Scene3d::createItemsImage(const std::vector<Graphics3dItem*>& items, cons
     pass.scene = this;
     pass.vertexArray = m_defaultVao; // one of another context would be no name here
     const std::unordered_set<const Drawable3dItem*> chosen(items.begin(), items.end());
+    const ViewCulling culling(*this);
     const auto drawChosen = [&](bool highlighted) {
-        drawElements(pass, nullptr, [&chosen, highlighted](Drawable3dItem* item) {
+        const auto isWanted = [&chosen, highlighted](Drawable3dItem* item) {
             return item && chosen.count(item) != 0 && item->isHighlighted() == highlighted;
-        });
+        };
+        drawElements(pass, nullptr, culling.filter(pass, isWanted));
     };
     const auto draw = [&] {
         drawChosen(false);

@@ -3,6 +3,7 @@
 #include <Viewer3dModule/drawables/Drawable3dItem.h>
 #include <Viewer3dModule/host/Graphics3dItem.h>
 #include <Viewer3dModule/scene/CurrentContextGuard.h>
+#include <Viewer3dModule/scene/ItemIndex.h>
 #include <Viewer3dModule/scene/Scene3d.h>
 #include <framework/ksp/Log.h>
 
@@ -72,11 +73,21 @@ void Scene3d::setBounds(const gmx::BoundingBox& bounds)
     correctTransform();
 }
 
+void Scene3d::setBoundsDirty()
+{
+    m_itemIndex->changeAll();
+    m_boundsDirty = true;
+}
+
 void Scene3d::resetBounds()
 {
-    gmx::BoundingBox bounds;
-    for (const auto& entry : m_items)
-        if (entry.second->isVisible()) bounds.unite(entry.second->sceneBoundingBox());
+    m_itemIndex->changeAll();
+    takeBounds();
+}
+
+void Scene3d::takeBounds()
+{
+    gmx::BoundingBox bounds = m_itemIndex->visibleBounds();
     m_boundsDirty = false;
     if (!bounds.isValid()) bounds = unitBoxAroundOrigin;
     const glm::dvec3 center = bounds.getCenter();
@@ -90,10 +101,10 @@ void Scene3d::flushBounds()
     // Inside a group the boxes of items do not belong to the transform: their updates are yet to come.
     if (!m_boundsDirty || isInGroupOperation()) return;
     const CurrentContextGuard callers;
-    resetBounds();
+    takeBounds();
     // A correction updates the items, which makes the bounds dirty again. Once more, so that nobody finds
     // them dirty between a view's matrices and its frame.
-    if (m_boundsDirty) resetBounds();
+    if (m_boundsDirty) takeBounds();
     m_boundsDirty = false;
 }
 

@@ -64,9 +64,12 @@ void Scene3d::runUpdates(std::vector<Graphics3dItem*>& items)
         if (items[i]) items[i]->updateVisibility();
         if (items[i]) items[i]->updateDataImpl();
         if (items[i]) items[i]->updateDrawer();
+        if (items[i]) items[i]->boundsChanged();
     }
-    for (std::size_t i = 0; i < items.size(); ++i)
+    for (std::size_t i = 0; i < items.size(); ++i) {
         if (items[i]) items[i]->updateDataFinished();
+        if (items[i]) items[i]->boundsChanged();
+    }
     m_boundsDirty = true;
     QMetaObject::invokeMethod(this, "sceneChanged", Qt::QueuedConnection);
 }

@@ -4,6 +4,7 @@
 #include <Viewer3dModule/drawers/PaintContext.h>
 #include <Viewer3dModule/scene/CurrentContextGuard.h>
 #include <Viewer3dModule/scene/Scene3d.h>
+#include <Viewer3dModule/scene/ViewCulling.h>
 #include <Viewer3dModule/scene/depthsToDistances.h>
 #include <Viewer3dModule/scene/longestTargetSide.h>
 #include <framework/ksp/CTranslater.h>
@@ -134,7 +135,7 @@ void SceneDepthMapGenerator::Private::draw(OpenGLFunctions& gl, Scene3d& scene, 
     gl.glEnable(GL_DEPTH_TEST);
     // The offset, which lets edges win over their faces, would move the faces of a map away from the eye.
     gl.glDisable(GL_POLYGON_OFFSET_FILL);
-    scene.drawElements(pass, nullptr, std::move(filter));
+    scene.drawElements(pass, nullptr, ViewCulling(scene).filter(pass, std::move(filter)));
     gl.glEnable(GL_POLYGON_OFFSET_FILL);
     gl.glBindFramebuffer(GL_FRAMEBUFFER, 0);
 }

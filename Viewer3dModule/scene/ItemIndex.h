@@ -1,0 +1,63 @@
+#pragma once
+
+#include <Viewer3dModule/drawables/Drawable3dItem.h>
+#include <Viewer3dModule/scene/BoxTree.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+class Graphics3dItem;
+class PictureVolume;
+
+/// The items of a scene's elements by where they lie, for whoever asks which of them a picture shows. It
+/// takes an item's box when it is next asked after the item was added or has changed, so that an item that
+/// does not change costs nothing.
+class ItemIndex
+{
+public:
+    /// Which items may be seen, as of the moment it was made.
+    class Seen
+    {
+    public:
+        /// False only for an item that lies wholly out of sight. Items that are never left out are seen:
+        /// those that stand for no element, that have no box or an infinite reach, captions and labels, and
+        /// those that are not drawn by themselves (ItemReach); and so are all once the index has changed.
+        bool isSeen(const Drawable3dItem& item) const
+        {
+            const int place = item.m_indexPlace;
+            return place < 0 || m_version != m_index->m_version ||
+                   m_found[static_cast<std::size_t>(place)] != 0;
+        }
+
+    private:
+        friend class ItemIndex;
+        const ItemIndex* m_index = nullptr;
+        std::uint64_t m_version = 0;
+        std::vector<std::uint8_t> m_found;
+    };
+
+    ItemIndex() = default;
+    ItemIndex(const ItemIndex&) = delete;
+    ItemIndex& operator=(const ItemIndex&) = delete;
+
+    /// Takes an item, not owned; it is removed before it is destroyed.
+    void add(Graphics3dItem& item);
+    void remove(Drawable3dItem& item);
+    /// The item's box, reach, drawer or visibility may have changed. Nothing for items that are not here.
+    void change(Drawable3dItem& item);
+    /// Those of all items may have.
+    void changeAll();
+
+    Seen find(const PictureVolume& volume);
+    /// The box of all visible items; null without any.
+    gmx::BoundingBox visibleBounds();
+
+private:
+    void update();
+
+    BoxTree m_boxes;
+    std::vector<Graphics3dItem*> m_items;   // by their numbers in m_boxes; null where there is none
+    std::vector<Graphics3dItem*> m_waiting; // for their boxes to be taken; null where it was removed
+    std::uint64_t m_version = 0;
+};
