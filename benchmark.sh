@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
-# ./benchmark.sh [--quick] [--filter REGEX] [--check | --write]: measures the scene beside hand-written OpenGL that does
-# the same, and prints a line for each workload and size. --quick: fewer sizes and runs, two minutes in all; --filter:
-# those whose names, such as B1/1000, match in a part; --check: fails, naming it, where something is more than a tenth above what
-# docs/performance.md records; --write: records a whole run there.
+# ./benchmark.sh [--quick] [--filter REGEX] [--check | --write | --alone ours|plain]: measures the scene beside
+# hand-written OpenGL that does the same, and prints a line for each workload and size. --quick: fewer sizes and runs,
+# two minutes in all; --filter: those whose names, such as B1/1000, match in a part; --check: fails, naming it, where
+# something is more than a tenth above what docs/performance.md records; --write: records a whole run there; --alone:
+# one of the two sides only, for a profiler.
 set -euo pipefail
 root=$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")
 . "$root/cmake/steps.sh"
@@ -13,9 +14,9 @@ arguments=("$@")
 while [[ $# -gt 0 ]]; do
     case $1 in
         --quick | --check | --write) shift ;;
-        --filter) [[ $# -ge 2 ]] || wrong "--filter needs a regular expression"; shift 2 ;;
+        --filter | --alone) [[ $# -ge 2 ]] || wrong "$1 needs a value"; shift 2 ;;
         -h | --help) sed -n '2,/^set /{/^#/s/^# \?//p}' "${BASH_SOURCE[0]}"; exit 0 ;;
-        *) wrong "unknown option '$1'; there are --quick, --filter REGEX, --check and --write" ;;
+        *) wrong "unknown option '$1'; there are --quick, --filter REGEX, --check, --write and --alone" ;;
     esac
 done
 

@@ -69,7 +69,10 @@ public:
 private:
     PairedRuns::Effort effort() const
     {
-        return m_options.isQuick ? PairedRuns::Effort{1, 3, 9, 0.5} : PairedRuns::Effort{2, 7, 31, 4.0};
+        PairedRuns::Effort effort =
+            m_options.isQuick ? PairedRuns::Effort{1, 3, 9, 0.5} : PairedRuns::Effort{2, 7, 31, 4.0};
+        effort.sides = m_options.sides;
+        return effort;
     }
 
     void registerWork(const Work& work)
@@ -134,6 +137,9 @@ private:
             if (result.work.isEmpty()) result.work = work.title;
             if (result.goal <= 0.0) result.goal = work.goal;
             result.size = size;
+            if (m_options.sides == PairedRuns::Both) continue;
+            result.problem.clear(); // there is one picture only
+            result.remark = QStringLiteral("alone");
         }
         return results;
     }

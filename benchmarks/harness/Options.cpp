@@ -4,11 +4,26 @@
 
 #include <stdexcept>
 
+namespace {
+
+[[noreturn]] void fail(const QString& text)
+{
+    throw std::invalid_argument(text.toStdString());
+}
+
+PairedRuns::Sides sidesOf(const QString& text)
+{
+    if (text == "ours") return PairedRuns::OursAlone;
+    if (text == "plain") return PairedRuns::PlainAlone;
+    fail(QStringLiteral("--alone takes ours or plain"));
+}
+
+} // namespace
+
 Options Options::of(const QStringList& arguments)
 {
     Options options;
     options.commit = QStringLiteral("unknown");
-    const auto fail = [](const QString& text) { throw std::invalid_argument(text.toStdString()); };
     for (int i = 0; i < arguments.size(); ++i) {
         const QString& name = arguments[i];
         const auto value = [&] {
@@ -27,6 +42,8 @@ Options Options::of(const QStringList& arguments)
             options.document = value();
         else if (name == "--commit")
             options.commit = value();
+        else if (name == "--alone")
+            options.sides = sidesOf(value());
         else if (name == "--child") {
             options.child = arguments.mid(i + 1);
             break;
@@ -35,6 +52,9 @@ Options Options::of(const QStringList& arguments)
     }
     if (!QRegularExpression(options.filter).isValid())
         fail("'" + options.filter + "' is no regular expression");
+    const bool isAlone = options.sides != PairedRuns::Both;
+    if (isAlone && (options.writes || options.checks))
+        fail(QStringLiteral("--alone leaves nothing to compare or record"));
     if (options.writes && (options.isQuick || !options.filter.isEmpty() || options.checks))
         fail(QStringLiteral("--write records a whole run and goes with no other option"));
     if ((options.writes || options.checks) && options.document.isEmpty())

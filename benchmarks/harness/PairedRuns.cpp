@@ -6,7 +6,7 @@
 
 PairedRuns::PairedRuns(const Side& ours, const Side& plain, const Effort& effort)
 {
-    runAll(ours, &plain, effort);
+    runAll(effort.sides == PlainAlone ? plain : ours, effort.sides == Both ? &plain : nullptr, effort);
 }
 
 PairedRuns::PairedRuns(const Side& ours, const Effort& effort)

@@ -26,6 +26,8 @@ public:
     using Side = std::function<Lap()>;
     /// A side of these; prepare is not timed, and run waits for the end of its work.
     static Side timed(Run prepare, Run run);
+    /// Which sides run: one alone is for profilers.
+    enum Sides { Both, OursAlone, PlainAlone };
     /// How long to go on: until the seconds are over, but with no fewer and no more pairs than these.
     struct Effort
     {
@@ -33,6 +35,7 @@ public:
         int leastPairs;
         int mostPairs;
         double seconds;
+        Sides sides = Both;
     };
 
     PairedRuns(const Side& ours, const Side& plain, const Effort& effort);
