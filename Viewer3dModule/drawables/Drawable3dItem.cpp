@@ -50,6 +50,11 @@ unsigned int Drawable3dItem::getGlueMask() const
     return 0xFFFFFFFFu;
 }
 
+bool Drawable3dItem::describeDrawing(ItemDrawing&)
+{
+    return false;
+}
+
 void Drawable3dItem::draw2d(QPainter&, std::function<QPointF(glm::dvec3)>, double) const {}
 
 Item3dDrawer* Drawable3dItem::getDrawer() const
@@ -75,6 +80,7 @@ void Drawable3dItem::setDrawer(Item3dDrawer* drawer)
 void Drawable3dItem::setTransform(const glm::mat4& matrix, bool combine)
 {
     m_transform = combine ? matrix * m_transform : matrix;
+    ++m_transformRevision;
     boundsChanged();
 }
 

@@ -12,6 +12,7 @@ class InteractiveGraphicsItem;
 class Item3dDrawer;
 class QPainter;
 class Scene3d;
+struct ItemDrawing;
 
 /// Something that a drawer draws: a model matrix, visibility, and the drawer that it is registered with.
 class VIEWER3DMODULE_EXPORT Drawable3dItem : public Drawable3dPrimitive
@@ -40,6 +41,14 @@ public:
     /// scene unit. Draws nothing by default.
     virtual void draw2d(QPainter& painter, std::function<QPointF(glm::dvec3)> toPainter, double scale) const;
 
+    /// Tells what draw draws, for drawers that draw many items by one call; false, as by default: draw is
+    /// called instead. Asked for before the item's next draw when it has joined a drawer, its drawer was told
+    /// of a change (Item3dDrawer::updateItem) or drawingChanged() was called, with a context of the share
+    /// group current. True promises that draw draws no more and no less than that in all passes but geometry
+    /// capture, of the kinds that the pass takes; a subclass with another draw overrides this too.
+    /// @param drawing  as a new one is
+    virtual bool describeDrawing(ItemDrawing& drawing);
+
     /// Draws the item; what drawers call.
     void drawElement(const PaintContext& context) { draw(context); }
 
@@ -51,6 +60,10 @@ public:
     glm::mat4 getTransform() const { return m_transform; }
     /// Replaces the model matrix, or applies the matrix after it (matrix * old).
     void setTransform(const glm::mat4& matrix, bool combine);
+
+    /// Other numbers whenever the transform was set, and whenever the item draws something else.
+    std::uint32_t transformRevision() const { return m_transformRevision; }
+    std::uint32_t drawingRevision() const { return m_drawingRevision; }
 
     bool isVisible() const { return m_visible; }
     /// Triggers nothing by itself.
@@ -87,6 +100,8 @@ protected:
     void setDrawer(Item3dDrawer* drawer);
     /// The item's own drawing; nothing by default.
     virtual void draw(const PaintContext& context);
+    /// Says that describeDrawing has something else to tell. Cheap.
+    void drawingChanged() { ++m_drawingRevision; }
 
 private:
     friend class Item3dDrawer;
@@ -103,6 +118,8 @@ private:
     int m_drawerIndex = -1;
     int m_indexPlace = NoIndexPlace; // where the scene's ItemIndex has it
     int m_indexWaiting = -1;         // and among those that changed
+    std::uint32_t m_transformRevision = 0;
+    std::uint32_t m_drawingRevision = 0;
     bool m_visible = true;
     bool m_drawsOpaque = false;
     bool m_isSolid = false;

@@ -32,6 +32,23 @@ void GlBuffer::uploadBytes(OpenGLFunctions& gl, const void* bytes, std::size_t s
     m_size = size;
 }
 
+void GlBuffer::reserve(OpenGLFunctions& gl, std::size_t size, unsigned int usage)
+{
+    if (m_name == 0) gl.glGenBuffers(1, &m_name);
+    gl.glBindBuffer(GL_ARRAY_BUFFER, m_name);
+    gl.glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(size), nullptr, usage);
+    m_size = size;
+}
+
+void GlBuffer::copyFrom(OpenGLFunctions& gl, unsigned int source, std::size_t sourceOffset,
+                        std::size_t offset, std::size_t size)
+{
+    gl.glBindBuffer(GL_COPY_READ_BUFFER, source);
+    gl.glBindBuffer(GL_ARRAY_BUFFER, m_name);
+    gl.glCopyBufferSubData(GL_COPY_READ_BUFFER, GL_ARRAY_BUFFER, static_cast<GLintptr>(sourceOffset),
+                           static_cast<GLintptr>(offset), static_cast<GLsizeiptr>(size));
+}
+
 void GlBuffer::replaceBytes(OpenGLFunctions& gl, std::size_t offset, const void* bytes, std::size_t size)
 {
     gl.glBindBuffer(GL_ARRAY_BUFFER, m_name);

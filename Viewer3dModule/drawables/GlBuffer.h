@@ -37,6 +37,12 @@ public:
         replaceBytes(gl, index * sizeof(T), &value, sizeof(T));
     }
 
+    /// Makes room for so many bytes, whose values are arbitrary; above 0.
+    void reserve(OpenGLFunctions& gl, std::size_t size, unsigned int usage);
+    /// Replaces bytes by those of another buffer, without bringing them here. Both ranges must lie within.
+    void copyFrom(OpenGLFunctions& gl, unsigned int source, std::size_t sourceOffset, std::size_t offset,
+                  std::size_t size);
+
 private:
     void uploadBytes(OpenGLFunctions& gl, const void* bytes, std::size_t size, unsigned int usage);
     void replaceBytes(OpenGLFunctions& gl, std::size_t offset, const void* bytes, std::size_t size);

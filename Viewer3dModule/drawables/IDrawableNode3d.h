@@ -8,6 +8,8 @@
 #include <memory>
 #include <vector>
 
+struct ItemDrawing;
+
 /// What a reader makes of a file: geometry that draws itself, relative to an origin in model coordinates.
 ///
 /// A node keeps its vertices as floats relative to getOrigin(); whoever draws it sets the model matrix to
@@ -21,6 +23,10 @@ public:
     /// local coordinates to the scene. The pass's context must be current. A node of several parts draws
     /// those that were not taken.
     virtual void draw(const PaintContext& context, int instances) = 0;
+
+    /// Tells what draw draws, where all of it has one look: see Drawable3dItem::describeDrawing, by which an
+    /// item that draws nothing else calls this. The pass's context, or one of its share group, is current.
+    virtual bool describeDrawing(ItemDrawing&) { return false; }
 
     /// Model coordinates of the node's local (0, 0, 0).
     virtual glm::dvec3 getOrigin() const { return glm::dvec3(0.0); }

@@ -2,6 +2,7 @@
 
 #include <Viewer3dModule/drawables/GlBuffer.h>
 #include <Viewer3dModule/drawables/GlTexture.h>
+#include <Viewer3dModule/drawables/ItemDrawing.h>
 #include <Viewer3dModule/drawables/MeshNormals.h>
 #include <Viewer3dModule/drawables/VertexArrayBinding.h>
 #include <Viewer3dModule/drawers/DrawerType.h>
@@ -177,9 +178,13 @@ struct MeshNode3d::Private
     void bindAttributes(VertexArrayBinding& binding) const;
     void drawPart(const MeshData::Part& part, OpenGLFunctions& gl, PartLook& look, int instances) const;
     unsigned int textureOf(const MeshData::Part& part) const;
+    bool hasOneLook() const;
+    void describeLook(ItemDrawing& drawing, const MeshData::Part& part) const;
 
     MeshData data;               // its arrays and images are empty after the upload
     std::size_t vertexCount = 0; // without the copies for normals, which come after them
+    std::size_t totalCount = 0;  // with them
+    std::size_t indexCount = 0;
     gmx::BoundingBox bounds;
     Drawable3dPrimitive::GeometryInfo info;
     bool isSolid = false;
@@ -200,6 +205,8 @@ MeshNode3d::Private::Private(MeshData meshData)
     bounds = boundsOf(data);
     vertexCount = data.positions.size();
     completeNormals(data);
+    totalCount = data.positions.size();
+    indexCount = data.indices.size();
     info = geometryInfoOf(data);
     isSolid = isSolidMesh(data);
 }
@@ -278,6 +285,51 @@ void MeshNode3d::draw(const PaintContext& context, int instances)
         if ((context.primitives & bit) != 0 && (bit == PrimitiveBit::Points || !withAdjacency))
             m_private->drawPart(part, *gl, look, instances);
     }
+}
+
+// Textures are left to draw.
+bool MeshNode3d::Private::hasOneLook() const
+{
+    const MeshData::Part& first = data.parts.front();
+    return texCoords.name() == 0 &&
+           std::all_of(data.parts.begin(), data.parts.end(), [&first](const MeshData::Part& part) {
+               return part.kind == first.kind && part.color == first.color &&
+                      (part.kind != MeshData::Part::Points ||
+                       !(part.pointSize < first.pointSize || part.pointSize > first.pointSize));
+           });
+}
+
+void MeshNode3d::Private::describeLook(ItemDrawing& drawing, const MeshData::Part& part) const
+{
+    const bool isPoints = part.kind == MeshData::Part::Points;
+    const bool isLines = part.kind == MeshData::Part::Lines;
+    drawing.kind = isPoints  ? ItemDrawing::Kind::Points
+                   : isLines ? ItemDrawing::Kind::Lines
+                             : ItemDrawing::Kind::Triangles;
+    drawing.color = part.color.isValid() ? part.color : defaultColor;
+    drawing.colorMode = colors.name() != 0 ? ColorMode::Vertices : ColorMode::Item;
+    drawing.isLit = part.kind == MeshData::Part::Triangles;
+    drawing.penWidth = isPoints ? part.pointSize : lineWidth;
+}
+
+bool MeshNode3d::describeDrawing(ItemDrawing& drawing)
+{
+    OpenGLFunctions* gl = currentGLFunctions();
+    Private& own = *m_private;
+    if (!gl) return false;
+    if (own.data.parts.empty()) return true;
+    if (!own.isUploaded) own.upload(*gl);
+    if (!own.hasOneLook()) return false;
+    for (const MeshData::Part& part : own.data.parts)
+        drawing.stretches.push_back({part.firstIndex, part.indexCount});
+    drawing.positions = own.positions.name();
+    drawing.normals = own.normals.name();
+    drawing.colors = own.colors.name();
+    drawing.indices = own.indices.name();
+    drawing.vertexCount = static_cast<std::uint32_t>(own.totalCount);
+    drawing.indexCount = static_cast<std::uint32_t>(own.indexCount);
+    own.describeLook(drawing, own.data.parts.front());
+    return true;
 }
 
 glm::dvec3 MeshNode3d::getOrigin() const

@@ -22,6 +22,8 @@ public:
     /// context.vertexArray one of its own; the first draw uploads. Leaves no texture bound and texture unit 0
     /// active.
     void draw(const PaintContext& context, int instances) override;
+    /// Not of a mesh with texture coordinates, or with parts that look different. May upload, as draw does.
+    bool describeDrawing(ItemDrawing& drawing) override;
     glm::dvec3 getOrigin() const override;
     gmx::BoundingBox getBounds() const override;
     Drawable3dPrimitive::GeometryInfo getGeometryInfo() const override;
@@ -30,7 +32,8 @@ public:
     /// As MeshData had them; copies that were made for normals are not among them. Leaves the buffer bound.
     std::vector<glm::vec3> getVertices() const override;
     int getVertexCount() const override;
-    /// Of all points of the mesh, in place of the sizes of their parts.
+    /// Of all points of the mesh, in place of the sizes of their parts. The drawer of the item that draws the
+    /// node is told of the change by whoever makes it (Item3dDrawer::updateItem).
     void setPointSize(float pixels) override;
     /// As far as can be told without looking at every texel: not with images that have an alpha channel.
     bool isSolid() const override;

@@ -20,6 +20,12 @@ bool PolyPolyline3dItem::isHighlighted() const
     return m_owner && m_owner->isHighlighted();
 }
 
+void PolyPolyline3dItem::setPen(const QPen& pen)
+{
+    m_pen = pen;
+    drawingChanged();
+}
+
 void PolyPolyline3dItem::setSceneDrawer(Scene3d* scene)
 {
     if (!scene) return;
@@ -32,6 +38,7 @@ void PolyPolyline3dItem::setPoints(std::vector<glm::vec3> points, std::vector<in
 {
     m_primitive.setVertices(points);
     m_counts = std::move(counts);
+    drawingChanged();
 }
 
 std::pair<std::vector<glm::vec3>, std::vector<int>> PolyPolyline3dItem::getData()
@@ -42,6 +49,7 @@ std::pair<std::vector<glm::vec3>, std::vector<int>> PolyPolyline3dItem::getData(
 void PolyPolyline3dItem::clear()
 {
     m_counts.clear();
+    drawingChanged();
 }
 
 Drawable3dPrimitive::GeometryInfo PolyPolyline3dItem::getGeometryInfo()
@@ -58,4 +66,10 @@ void PolyPolyline3dItem::draw(const PaintContext& context)
     m_primitive.setPen(context, m_pen);
     m_primitive.drawStrips(context, m_counts);
     m_primitive.resetPen(context);
+}
+
+bool PolyPolyline3dItem::describeDrawing(ItemDrawing& drawing)
+{
+    m_primitive.describeStrips(drawing, m_pen, m_counts);
+    return true;
 }

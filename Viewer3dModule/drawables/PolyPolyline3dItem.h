@@ -16,7 +16,7 @@ public:
     void setDefaultDrawerType(int type) { m_defaultDrawerType = type; }
     int getDefaultDrawerType() const override { return m_defaultDrawerType; }
     const QPen& getPen() const { return m_pen; }
-    void setPen(const QPen& pen) { m_pen = pen; }
+    void setPen(const QPen& pen);
     /// The item whose highlight this one shows; not owned, may be null.
     void setOwner(const Drawable3dItem* owner) { m_owner = owner; }
     bool isHighlighted() const override;
@@ -36,6 +36,7 @@ public:
     /// Draws the polylines; public for elements' items that draw one as a part of theirs.
     using Drawable3dItem::draw;
     void draw(const PaintContext& context) override;
+    bool describeDrawing(ItemDrawing& drawing) override;
 
 private:
     int getVertexCount() const override { return m_primitive.getVertexCount(); }

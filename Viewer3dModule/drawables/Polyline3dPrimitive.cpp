@@ -1,5 +1,6 @@
 #include <Viewer3dModule/drawables/Polyline3dPrimitive.h>
 
+#include <Viewer3dModule/drawables/ItemDrawing.h>
 #include <Viewer3dModule/drawables/VertexArrayBinding.h>
 #include <Viewer3dModule/drawers/Item3dDrawer.h>
 #include <Viewer3dModule/drawers/PaintContext.h>
@@ -157,6 +158,29 @@ void Polyline3dPrimitive::drawWithAdjacency(VertexArrayBinding& binding, Range r
     if (range.count > 3)
         gl.glDrawArraysInstanced(GL_LINE_STRIP_ADJACENCY, range.start, range.count, instances);
     drawEnd(LastSegment, range.start + range.count - 3);
+}
+
+void Polyline3dPrimitive::describe(ItemDrawing& drawing, const QPen& pen) const
+{
+    describeStrips(drawing, pen, {m_vertexCount});
+}
+
+void Polyline3dPrimitive::describeStrips(ItemDrawing& drawing, const QPen& pen,
+                                         const std::vector<int>& counts) const
+{
+    drawing.kind = ItemDrawing::Kind::Strips;
+    drawing.positions = m_vertices.name();
+    drawing.vertexCount = static_cast<std::uint32_t>(m_vertexCount);
+    drawing.color = pen.color();
+    drawing.penWidth = static_cast<float>(pen.widthF());
+    std::int64_t first = 0;
+    for (const int count : counts) {
+        const Range range = clamped(first, count);
+        first += count;
+        if (range.count != 0)
+            drawing.stretches.push_back(
+                {static_cast<std::uint32_t>(range.start), static_cast<std::uint32_t>(range.count)});
+    }
 }
 
 Drawable3dPrimitive::GeometryInfo Polyline3dPrimitive::getGeometryInfo()

@@ -6,6 +6,7 @@
 #include <QtGui/QPen>
 
 class VertexArrayBinding;
+struct ItemDrawing;
 
 /// One vertex buffer of positions, of which any range is drawn as a strip.
 class VIEWER3DMODULE_EXPORT Polyline3dPrimitive : public Drawable3dPrimitive
@@ -40,6 +41,11 @@ public:
     /// drawRange for strips that follow one another in the buffer, the first at its start; counts are their
     /// lengths.
     void drawStrips(const PaintContext& context, const std::vector<int>& counts);
+
+    /// What draw draws with this pen, for Drawable3dItem::describeDrawing.
+    void describe(ItemDrawing& drawing, const QPen& pen) const;
+    /// What drawStrips draws.
+    void describeStrips(ItemDrawing& drawing, const QPen& pen, const std::vector<int>& counts) const;
 
     /// One point, or the segments of the strip.
     GeometryInfo getGeometryInfo() override;

@@ -24,11 +24,6 @@ namespace {
 const QColor defaultSelectedColor = Qt::yellow;
 const QColor defaultInteractionColor = Qt::magenta;
 
-glm::mat3 normalMatrix(const glm::mat4& modelView)
-{
-    return glm::inverseTranspose(glm::mat3(modelView));
-}
-
 } // namespace
 
 Item3dDrawer::Item3dDrawer(Scene3d* scene)
@@ -126,6 +121,17 @@ int Item3dDrawer::indexOf(const Drawable3dItem& item)
     return item.m_drawerIndex;
 }
 
+glm::uvec2 Item3dDrawer::itemId(const Drawable3dItem& item)
+{
+    const std::uint64_t id = item.drawId();
+    return {static_cast<std::uint32_t>(id), static_cast<std::uint32_t>(id >> 32)};
+}
+
+glm::mat3 Item3dDrawer::normalMatrix(const glm::mat4& modelView)
+{
+    return glm::inverseTranspose(glm::mat3(modelView));
+}
+
 bool Item3dDrawer::isFenced() const
 {
     return m_scene && !m_insideFence && obeysFence() && m_scene->isFenced();
@@ -138,6 +144,7 @@ bool Item3dDrawer::prepareProgram(PaintContext& context)
     if (isVaried) {
         ProgramVariant variant;
         variant.marksItems = context.drawMode == DrawMode::SelectionBufferDraw;
+        variant.readsRecords = m_readsRecords;
         if (isFenced())
             variant.fence = m_scene->getFence()->getFenceType() == Fence3DObject::SphereFence
                                 ? ProgramFence::Sphere
@@ -250,11 +257,7 @@ void Item3dDrawer::setItemParameters(const Drawable3dItem* item, const PaintCont
         uniforms::set(*gl, m_itemFlagsLocation,
                       item->isHighlighted() ? ItemFlag::Highlighted : ItemFlag::Normal);
     if (m_itemIndexLocation >= 0) setSelectionIndex(*gl, *item);
-    if (m_itemIdLocation >= 0) {
-        const std::uint64_t id = item->drawId();
-        uniforms::set(*gl, m_itemIdLocation,
-                      glm::uvec2(static_cast<std::uint32_t>(id), static_cast<std::uint32_t>(id >> 32)));
-    }
+    if (m_itemIdLocation >= 0) uniforms::set(*gl, m_itemIdLocation, itemId(*item));
     if (context.drawMode == DrawMode::GlueMaskDraw && m_glueMaskLocation >= 0)
         uniforms::set(*gl, m_glueMaskLocation, item->getGlueMask());
 }

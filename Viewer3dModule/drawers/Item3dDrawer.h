@@ -72,6 +72,9 @@ public:
     /// model matrix is set, which switches it back to the view's.
     void setShaderLightMode(bool on);
 
+    /// What uniform normalMatrix is for a matrix from model to eye coordinates.
+    static glm::mat3 normalMatrix(const glm::mat4& modelView);
+
     void saveTransformState();
     /// Puts the last saved matrix back; nothing when none is saved.
     void restoreTransformState(const PaintContext& context);
@@ -111,11 +114,16 @@ protected:
 
     /// Of a registered item, among getItems().
     static int indexOf(const Drawable3dItem& item);
+    /// What uniform item_id says of an item.
+    static glm::uvec2 itemId(const Drawable3dItem& item);
 
     /// Whether the project's fence is to leave out anything of what is drawn now.
     bool isFenced() const;
     /// Says of the items that are drawn next that they lie inside of the fence as a whole.
     void setInsideFence(bool inside) { m_insideFence = inside; }
+    /// Whether prepareProgram takes the variant of programs that reads items from records. See
+    /// ProgramVariant.
+    void setReadsRecords(bool reads) { m_readsRecords = reads; }
 
     /// Binds the context's program and sets what holds for the whole pass; false when it cannot be drawn
     /// with.
@@ -146,6 +154,7 @@ private:
     bool m_lightMode = true;
     bool m_obeysFence = true;
     bool m_insideFence = false;
+    bool m_readsRecords = false;
     bool m_isForeground = false;
 
     bool m_lightModeChanged = false;

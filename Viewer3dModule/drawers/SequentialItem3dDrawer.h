@@ -30,15 +30,21 @@ public:
     /// Draws an item for which everything is set; a subclass may draw it differently.
     virtual void drawItem(Drawable3dItem* item, const PaintContext& context);
 
+protected:
+    /// Draws those of the visible items that pass the filter, in the order of the registry; what draw does
+    /// once for each side of the fence and each program that the pass takes.
+    virtual void drawItems(const PaintContext& context, const Filter& filter);
+    /// Makes the context that of items' draws and prepares its program; false when it cannot be drawn with.
+    bool beginPass(PaintContext& context);
+    /// Draws one item after beginPass.
+    void drawWithUniforms(Drawable3dItem* item, const PaintContext& context);
+
 private:
     bool findSides(const PaintContext& context);
     FenceSide sideOf(const Drawable3dItem& item) const;
     bool hasItems(FenceSide side) const;
     void drawAll(const PaintContext& context, const Filter& filter);
-    void drawItems(const PaintContext& context, const Filter& filter);
     QOpenGLShaderProgram* depthProgram(const PaintContext& context) const;
-    bool beginPass(PaintContext& context);
-    void drawWithUniforms(Drawable3dItem* item, const PaintContext& context);
 
     QOpenGLShaderProgram* m_defaultProgram;
     QOpenGLShaderProgram* m_geometryProgram = nullptr;

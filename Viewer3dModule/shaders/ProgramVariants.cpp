@@ -17,10 +17,16 @@
 namespace {
 
 const char* const withoutMarks = "RX_NO_SELECTION_BUFFER";
+const char* const withRecords = "RX_USE_ITEM_RECORDS";
 
 const char* defineOf(ProgramFence fence)
 {
     return fence == ProgramFence::Sphere ? "RX_USE_SPHERE_FENCE" : "RX_USE_SWEPT_FENCE";
+}
+
+bool isPlain(const ProgramVariant& variant)
+{
+    return variant.fence == ProgramFence::None && !variant.marksItems && !variant.readsRecords;
 }
 
 /// The variants of one program, whose child this is.
@@ -31,9 +37,11 @@ public:
         : QObject(&program)
         , m_program(program)
         , m_sources(sourcesOf(program))
-        , m_canHaveFence(asksFor(defineOf(ProgramFence::Sphere)) && !has(defineOf(ProgramFence::Sphere)) &&
-                         !has(defineOf(ProgramFence::Swept)))
-        , m_canMark(has(withoutMarks) && asksFor(withoutMarks))
+        , m_canHaveFence(asksFor("fragment", defineOf(ProgramFence::Sphere)) &&
+                         !has(defineOf(ProgramFence::Sphere)) && !has(defineOf(ProgramFence::Swept)))
+        , m_canMark(has(withoutMarks) && asksFor("fragment", withoutMarks))
+        , m_canReadRecords(asksFor("vertex", withRecords) && !has(withRecords) &&
+                           !has("RX_USE_INSTANCED_DRAW"))
     {
     }
 
@@ -76,12 +84,18 @@ private:
     {
         if (!m_canHaveFence) wanted.fence = ProgramFence::None;
         if (!m_canMark) wanted.marksItems = false;
-        if (wanted.fence == ProgramFence::None && !wanted.marksItems) return nullptr;
-        std::optional<Variant>& variant = m_built[static_cast<int>(wanted.fence)][wanted.marksItems];
+        if (!m_canReadRecords) wanted.readsRecords = false;
+        if (isPlain(wanted)) return nullptr;
+        std::optional<Variant>& variant =
+            m_built[static_cast<int>(wanted.fence)][wanted.marksItems][wanted.readsRecords];
         if (!variant) variant.emplace(build(wanted));
         if (variant->program) return &*variant;
-        if (wanted.fence == ProgramFence::None) return nullptr;
-        wanted.fence = ProgramFence::None;
+        if (wanted.readsRecords)
+            wanted.readsRecords = false;
+        else if (wanted.fence != ProgramFence::None)
+            wanted.fence = ProgramFence::None;
+        else
+            return nullptr;
         return findOther(wanted);
     }
 
@@ -92,10 +106,10 @@ private:
     }
 
     // What only captures or only leaves depths has no stage that could mark or leave out anything.
-    bool asksFor(const char* define) const
+    bool asksFor(const char* stage, const char* define) const
     {
-        return std::any_of(m_sources.files.begin(), m_sources.files.end(), [define](const QString& file) {
-            return file.contains(QLatin1String("fragment")) &&
+        return std::any_of(m_sources.files.begin(), m_sources.files.end(), [&](const QString& file) {
+            return file.contains(QLatin1String(stage)) &&
                    preprocessShader(file, {}).contains(QLatin1String(define));
         });
     }
@@ -106,6 +120,7 @@ private:
         if (wanted.marksItems)
             defines.erase(std::remove(defines.begin(), defines.end(), withoutMarks), defines.end());
         if (wanted.fence != ProgramFence::None) defines.emplace_back(defineOf(wanted.fence));
+        if (wanted.readsRecords) defines.emplace_back(withRecords);
         Variant variant;
         variant.program = buildShaderProgram(this, m_sources.files, defines, {});
         if (variant.program->isLinked()) {
@@ -113,29 +128,36 @@ private:
             return variant;
         }
         ksp::log_format(ksp::Log::Error, "%s and others: drawn without %s",
-                        qUtf8Printable(m_sources.files.value(0)),
-                        wanted.fence == ProgramFence::None ? "marking what is selected" : "the fence");
+                        qUtf8Printable(m_sources.files.value(0)), missing(wanted));
         delete std::exchange(variant.program, nullptr);
         return variant;
+    }
+
+    // What is given up first when the variant cannot be built.
+    static const char* missing(const ProgramVariant& variant)
+    {
+        if (variant.readsRecords) return "records of items";
+        return variant.fence != ProgramFence::None ? "the fence" : "marking what is selected";
     }
 
     QOpenGLShaderProgram& m_program;
     ProgramSources m_sources;
     bool m_canHaveFence;
     bool m_canMark;
-    std::optional<Variant> m_built[3][2]; ///< by fence and marksItems
+    bool m_canReadRecords;
+    std::optional<Variant> m_built[3][2][2]; ///< by fence, marksItems and readsRecords
 };
 
 } // namespace
 
 QOpenGLShaderProgram& findProgramVariant(QOpenGLShaderProgram& program, ProgramVariant variant)
 {
-    if (variant.fence == ProgramFence::None && !variant.marksItems) return program;
+    if (isPlain(variant)) return program;
     return Variants::of(program).find(variant);
 }
 
 QOpenGLShaderProgram& beginProgramVariant(QOpenGLShaderProgram& program, ProgramVariant variant)
 {
-    if (variant.fence == ProgramFence::None && !variant.marksItems) return program;
+    if (isPlain(variant)) return program;
     return Variants::of(program).begin(variant);
 }

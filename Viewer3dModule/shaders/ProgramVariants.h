@@ -17,6 +17,9 @@ struct ProgramVariant
     ProgramFence fence = ProgramFence::None;
     /// Whether items are marked in the selection buffer: compiled without RX_NO_SELECTION_BUFFER.
     bool marksItems = false;
+    /// Whether what an item has of its own is read from records instead of uniforms: compiled with
+    /// RX_USE_ITEM_RECORDS. See ItemRecords.
+    bool readsRecords = false;
 };
 
 /// The program that draws as this one does, and what the variant says as well: the program itself where it
@@ -27,7 +30,7 @@ struct ProgramVariant
 /// pass does not need: writing to the selection buffer costs a frame of markers half its time.
 ///
 /// The program must be linked and its context current. A variant that cannot be built is logged, once; the
-/// pass is drawn with what can be: without the fence, or without marking anything.
+/// pass is drawn with what can be: item by item, without the fence, or without marking anything.
 VIEWER3DMODULE_EXPORT QOpenGLShaderProgram& findProgramVariant(QOpenGLShaderProgram& program,
                                                                ProgramVariant variant);
 /// The same at the beginning of a pass: where it is another program, that one is in use and has the values of

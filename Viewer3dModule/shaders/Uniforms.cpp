@@ -57,11 +57,15 @@ void set(OpenGLFunctions& gl, int location, const glm::mat4& value)
     gl.glUniformMatrix4fv(location, 1, GL_FALSE, glm::value_ptr(value));
 }
 
+glm::vec4 vectorOf(const QColor& color)
+{
+    return {static_cast<float>(color.redF()), static_cast<float>(color.greenF()),
+            static_cast<float>(color.blueF()), static_cast<float>(color.alphaF())};
+}
+
 void set(OpenGLFunctions& gl, int location, const QColor& value)
 {
-    set(gl, location,
-        glm::vec4(static_cast<float>(value.redF()), static_cast<float>(value.greenF()),
-                  static_cast<float>(value.blueF()), static_cast<float>(value.alphaF())));
+    set(gl, location, vectorOf(value));
 }
 
 } // namespace uniforms

@@ -23,6 +23,8 @@ VIEWER3DMODULE_EXPORT void set(OpenGLFunctions& gl, int location, const glm::vec
 VIEWER3DMODULE_EXPORT void set(OpenGLFunctions& gl, int location, const glm::mat3& value);
 VIEWER3DMODULE_EXPORT void set(OpenGLFunctions& gl, int location, const glm::mat4& value);
 /// A colour as four floats 0 to 1, red, green, blue, alpha, not premultiplied.
+VIEWER3DMODULE_EXPORT glm::vec4 vectorOf(const QColor& color);
+/// The same as the uniform's value.
 VIEWER3DMODULE_EXPORT void set(OpenGLFunctions& gl, int location, const QColor& value);
 
 } // namespace uniforms

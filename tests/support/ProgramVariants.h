@@ -15,6 +15,7 @@ inline const std::vector<ProgramRecipe>& programVariants()
     static const std::string emulation = "RX_USE_ADJACENCY_EMULATION";
     static const std::string elevation = "RX_USE_ELEVATION_COLOR";
     static const std::string bitmap = "RX_USE_TEXTURE_AS_BITMAP";
+    static const std::string records = "RX_USE_ITEM_RECORDS";
 
     static const QStringList mono = {"common.vertex", "mono.fragment"};
     static const QStringList point = {"common.vertex", "mono.point.fragment"};
@@ -70,6 +71,10 @@ inline const std::vector<ProgramRecipe>& programVariants()
         recipe("SolidPlain", solidMono, {}),
         recipe("SolidPlainColored", solidMono, {color}),
         recipe("SolidPlainTexture", solidTexture, {texture}),
+        recipe("MonoRecords", mono, {records}),
+        recipe("VertexColorRecords", mono, {records, color}),
+        recipe("WideLinesRecords", wide, {records}),
+        recipe("MeshRecords", mesh, {records, normal, color, texture}),
         recipe("SelectFaceNodesInstances", faceNodes, {instanced}),
         recipe("SelectLineNodesColored", lineNodes, {color}),
     };

@@ -43,13 +43,24 @@ const int texture_color_mode = 2;
     flat int is_lit; vec4 place; VERTEX_COLOR_FIELD
 
 // What every vertex stage is told about the item, and how it fills the block with it; the place, and a colour of the
-// vertex' own, come after that.
+// vertex' own, come after that. A stage that has the item's record, an instance attribute, reads from that what is the
+// item's own: item_record.x has the flags, counted down from 0, in bits 0 and 1, the colour mode in bits 2 and 3, and
+// bit 4 is set where the item is lit if the view's light is on; y is the record's number and z, w the item's id.
+#ifdef ITEM_HAS_RECORD
+#define RECORD_FLAGS(record) -int((record).x & 3u)
+#define ITEM_COLOR_MODE int((item_record.x >> 2) & 3u)
+#define ITEM_IS_LIT (uLightMode && (item_record.x & 16u) != 0u)
+#define ITEM_UNIFORMS uniform vec4 selection_color; uniform bool uLightMode = true;
+#else
+#define ITEM_COLOR_MODE uColorMode
+#define ITEM_IS_LIT uLightMode
 #define ITEM_UNIFORMS uniform vec4 item_color; uniform vec4 selection_color; uniform int uColorMode = 0; \
     uniform bool uLightMode = true;
+#endif
 #define FILL_ITEM(own_flags, own_id, own_index) \
     item.color = colorFromFlags(own_flags, item_color, selection_color); \
     item.id = own_id; item.flags = own_flags; item.index = own_index; \
-    item.color_mode = uColorMode; item.is_lit = uLightMode ? 1 : 0; FILL_VERTEX_COLOR
+    item.color_mode = ITEM_COLOR_MODE; item.is_lit = ITEM_IS_LIT ? 1 : 0; FILL_VERTEX_COLOR
 
 // How a geometry stage hands the block on, before each vertex that it emits; where that is another place than the
 // vertex' it comes from, the place is set after it.

@@ -1,5 +1,8 @@
 #version 430 core
 // The vertex stage of most programs. What a vertex and an item bring along is chosen by defines.
+#if defined(RX_USE_ITEM_RECORDS) && !defined(RX_USE_INSTANCED_DRAW)
+#define ITEM_HAS_RECORD
+#endif
 //#include "shader:Viewer3dModule/DrawModes.glsl"
 
 #ifdef RX_NO_USE_PER_VERTEX_COORDS
@@ -16,7 +19,11 @@ layout(location = 1) in vec4 point_color;
 layout(location = 2) in vec3 normal_coords;
 out vec3 view_normal;
 out vec3 view_position;
+#ifdef ITEM_HAS_RECORD
+layout(location = 11) in mat3 normalMatrix; // takes locations 11 to 13
+#else
 uniform mat3 normalMatrix = mat3(1.0);
+#endif
 #endif
 
 #ifdef RX_USE_PER_VERTEX_TEX_COORDS
@@ -24,6 +31,15 @@ layout(location = 3) in vec2 tex_coords;
 out vec2 texture_coords;
 #endif
 
+#ifdef ITEM_HAS_RECORD
+layout(location = 4) in mat4 model; // takes locations 4 to 7
+layout(location = 8) in vec4 item_color;
+layout(location = 9) in uvec4 item_record; // see RECORD_FLAGS
+layout(location = 10) in float pen_width;
+uniform int first_record = 0; // that of the first item of a draw call
+#else
+uniform mat4 model = mat4(1.0);
+uniform float pen_width = 1.0;
 #ifdef RX_USE_INSTANCED_DRAW
 #ifdef RX_USE_INSTANCE_POSITION
 layout(location = 4) in vec3 item_pos;
@@ -38,11 +54,10 @@ layout(location = 9) in uvec2 item_id;
 uniform int item_flags = item_normal_flag;
 uniform uvec2 item_id = uvec2(0u, 0u);
 #endif
+#endif
 
 uniform mat4 projection = mat4(1.0);
 uniform mat4 view = mat4(1.0);
-uniform mat4 model = mat4(1.0);
-uniform float pen_width = 1.0;
 ITEM_UNIFORMS
 
 // The glue masks, dashed lines and labels of an item are made by other sources and must lie on its pixels: all of them
@@ -83,7 +98,9 @@ void main()
     texture_coords = tex_coords;
 #endif
 
-#ifdef RX_USE_INSTANCED_DRAW
+#ifdef ITEM_HAS_RECORD
+    FILL_ITEM(RECORD_FLAGS(item_record), item_record.zw, int(item_record.y) - first_record)
+#elif defined(RX_USE_INSTANCED_DRAW)
     FILL_ITEM(item_flags, item_id, gl_InstanceID)
 #else
     FILL_ITEM(item_flags, item_id, 0)
