@@ -4,8 +4,10 @@
 #include <viewer/elements/ElementTypes.h>
 #include <viewer/elements/FeatureDrawers.h>
 #include <viewer/elements/MarkDrawer.h>
+#include <viewer/elements/PipeItem.h>
 
 #include <Viewer3dModule/drawers/DrawerType.h>
+#include <Viewer3dModule/drawers/PolygonModeDrawer.h>
 #include <Viewer3dModule/drawers/SequentialItem3dDrawer.h>
 #include <Viewer3dModule/host/CGraphics3dExtension.h>
 #include <Viewer3dModule/scene/CurrentContextGuard.h>
@@ -26,19 +28,34 @@ struct Recipe
     std::vector<std::string> defines;
 };
 
-/// The programs of the default drawers, by their types, that can colour by height.
+/// The programs of drawers, by their types, that can colour by height.
 std::map<int, Recipe> recipes()
 {
     const Recipe mono = {{"common.vertex", "mono.fragment"}, {perVertexColor, byHeight}};
-    return {{DrawerType::Mono, mono},
-            {DrawerType::VertexColor, mono},
-            {DrawerType::WideLines,
-             {{"common.vertex", "WideLines.geom", "mono.fragment"}, {perVertexColor, byHeight}}},
-            {DrawerType::DashedLines,
-             {{"dashedLines.vertex", "dashedLines.fragment"}, {perVertexColor, byHeight}}},
-            {DrawerType::Mesh,
-             {{"common.vertex", "mesh.fragment"},
-              {perVertexColor, perVertexNormal, perVertexTexCoords, byHeight}}}};
+    return {
+        {DrawerType::Mono, mono},
+        {DrawerType::VertexColor, mono},
+        {DrawerType::WideLines,
+         {{"common.vertex", "WideLines.geom", "mono.fragment"}, {perVertexColor, byHeight}}},
+        {DrawerType::DashedLines,
+         {{"dashedLines.vertex", "dashedLines.fragment"}, {perVertexColor, byHeight}}},
+        {DrawerType::SolidRegularLines,
+         {{"dummy.vertex", "SolidRegularLines.geom", "mesh.fragment"},
+          {perVertexColor, perVertexNormal, byHeight}}},
+        {DrawerType::Mesh,
+         {{"common.vertex", "mesh.fragment"},
+          {perVertexColor, perVertexNormal, perVertexTexCoords, byHeight}}},
+        {DrawerType::ShaderSphere,
+         {{"sphere.vertex", "sphereCube.tesc", "sphereCube.tese", "sphereCube.geom", "sphereCube.fragment"},
+          {perVertexColor, byHeight}}},
+        {DrawerType::ShaderCylinder,
+         {{"sphere.vertex", "cylinder.geom", "sphereCube.fragment"}, {perVertexColor, byHeight}}}};
+}
+
+/// Whether its shapes are made of points and may be wires.
+bool isOfShapes(int type)
+{
+    return type == DrawerType::ShaderSphere || type == DrawerType::ShaderCylinder;
 }
 
 QOpenGLShaderProgram* makeProgram(Scene3d& scene, const Recipe& recipe)
@@ -93,12 +110,17 @@ ElevationDrawers::ElevationDrawers(Scene3d& scene)
 
 std::unique_ptr<Item3dDrawer> ElevationDrawers::makeDrawer(int type) const
 {
-    return std::make_unique<SequentialItem3dDrawer>(&m_scene, m_programs.at(type));
+    QOpenGLShaderProgram* program = m_programs.at(type);
+    if (isOfShapes(type)) return std::make_unique<PolygonModeDrawer>(&m_scene, program);
+    return std::make_unique<SequentialItem3dDrawer>(&m_scene, program);
 }
 
 void ElevationDrawers::addFeatureDrawers() const
 {
     m_scene.addDrawer(element_types::Feature, MarkDrawer::Type, makeDrawer(DrawerType::Mono));
+    m_scene.addDrawer(element_types::Feature, PipeItem::Type,
+                      PipeItem::makeDrawer(m_scene, makeDrawer(DrawerType::ShaderCylinder),
+                                           makeDrawer(DrawerType::ShaderSphere)));
     for (const int lineType : {DrawerType::WideLines, DrawerType::DashedLines})
         m_scene.addDrawer(element_types::Feature, feature_drawers::withPoints(lineType),
                           feature_drawers::make(m_scene, makeDrawer(lineType), makeDrawer(DrawerType::Mono)));

@@ -12,8 +12,8 @@ class Item3dDrawer;
 class Scene3d;
 
 /// Lets a scene draw its elements in colours by height instead of their own: surfaces, lines and points,
-/// whichever drawer of the default ones they ask for. Light, transparency and highlights stay; captions and
-/// items of drawers that elements bring along keep their colours.
+/// whichever drawer of the default ones they ask for, and pipes. Light, transparency and highlights stay;
+/// captions and items of further drawers that elements bring along keep their colours.
 class ElevationDrawers
 {
 public:

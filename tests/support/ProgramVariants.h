@@ -28,6 +28,9 @@ inline const std::vector<ProgramRecipe>& programVariants()
     static const QStringList solid = {"dummy.vertex", "SolidRegularLines.geom", "mesh.fragment"};
     static const QStringList solidMono = {"dummy.vertex", "SolidRegularLines.geom", "mono.fragment"};
     static const QStringList solidTexture = {"dummy.vertex", "SolidRegularLines.geom", "texture.fragment"};
+    static const QStringList sphere = {"sphere.vertex", "sphereCube.tesc", "sphereCube.tese",
+                                       "sphereCube.geom", "sphereCube.fragment"};
+    static const QStringList cylinder = {"sphere.vertex", "cylinder.geom", "sphereCube.fragment"};
     static const QStringList faceNodes = {"common.vertex", "Selection.face2points.geom",
                                           "mono.point.fragment"};
     static const QStringList lineNodes = {"common.vertex", "Selection.line2points.geom",
@@ -63,6 +66,9 @@ inline const std::vector<ProgramRecipe>& programVariants()
         recipe("WideLinesElevation", wide, {color, elevation}),
         recipe("DashedLinesElevation", dashed, {color, elevation}),
         recipe("MeshElevation", mesh, {normal, color, texture, elevation}),
+        recipe("SolidElevation", solid, {normal, color, elevation}),
+        recipe("SphereElevation", sphere, {color, elevation}),
+        recipe("CylinderElevation", cylinder, {color, elevation}),
         recipe("SolidColored", solid, {normal, color}),
         recipe("SolidTextured", solid, {normal, texture}),
         recipe("SolidAll", solid, {normal, color, texture}),

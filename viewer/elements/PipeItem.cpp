@@ -46,12 +46,17 @@ double PipeItem::radiusOf(const FeatureElement& element)
 void PipeItem::addDrawerTo(Scene3d& scene)
 {
     if (scene.isHasDefaultDrawer(Type)) return;
-    DrawableShaderCylinder().getDrawer(&scene);
-    DrawableShaderSphere().getDrawer(&scene);
+    scene.addDefaultDrawer(Type, makeDrawer(scene, DrawableShaderCylinder().getDrawer(&scene)->clone(),
+                                            DrawableShaderSphere().getDrawer(&scene)->clone()));
+}
+
+std::unique_ptr<Item3dDrawer> PipeItem::makeDrawer(Scene3d& scene, std::unique_ptr<Item3dDrawer> cylinders,
+                                                   std::unique_ptr<Item3dDrawer> balls)
+{
     auto drawer = std::make_unique<CompositeDrawer>(&scene);
-    drawer->addStage(Cylinders, DrawerType::ShaderCylinder);
-    drawer->addStage(Balls, DrawerType::ShaderSphere);
-    scene.addDefaultDrawer(Type, std::move(drawer));
+    drawer->addStage(Cylinders, std::move(cylinders));
+    drawer->addStage(Balls, std::move(balls));
+    return drawer;
 }
 
 void PipeItem::updateDataImpl()

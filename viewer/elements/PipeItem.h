@@ -21,6 +21,9 @@ public:
     static double radiusOf(const FeatureElement& element);
     /// Sees to it that the scene has the drawer for such items, before the first one comes.
     static void addDrawerTo(Scene3d& scene);
+    /// A drawer for such items, of one for the cylinders and one for the balls.
+    static std::unique_ptr<Item3dDrawer> makeDrawer(Scene3d& scene, std::unique_ptr<Item3dDrawer> cylinders,
+                                                    std::unique_ptr<Item3dDrawer> balls);
 
     void updateDataImpl() override;
     int getDefaultDrawerType() const override;

@@ -126,6 +126,11 @@ void emitPoint(Joint joint, int corner, int i, vec3 direction, float along, floa
 #endif
     COPY_ITEM(item_in[corner])
     item.place = fencePlace(world);
+#ifdef RX_USE_PER_VERTEX_COLOR
+#ifdef RX_USE_ELEVATION_COLOR
+    item.vertex_color.r = world.z;
+#endif
+#endif
     EmitVertex();
 }
 

@@ -48,6 +48,11 @@ void emitRimPoint(int i, float z)
     texture_coords = vec2(float(i) / float(nTiles), z < 0.0 ? 1.0 : 0.0);
     COPY_ITEM(item_in[0])
     item.place = fencePlace(world);
+#ifdef RX_USE_PER_VERTEX_COLOR
+#ifdef RX_USE_ELEVATION_COLOR
+    item.vertex_color.r = world.z;
+#endif
+#endif
     EmitVertex();
 }
 

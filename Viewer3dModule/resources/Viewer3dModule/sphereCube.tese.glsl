@@ -68,4 +68,9 @@ void main()
     corner.texture_coords = texture_coords;
     COPY_ITEM(item_in[0])
     item.place = fencePlace(world);
+#ifdef RX_USE_PER_VERTEX_COLOR
+#ifdef RX_USE_ELEVATION_COLOR
+    item.vertex_color.r = world.z;
+#endif
+#endif
 }

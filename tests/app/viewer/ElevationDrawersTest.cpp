@@ -129,6 +129,23 @@ protected:
         EXPECT_GE(drawn, least);
     }
 
+    /// The column of x shows the colours, in some light, in all rows between these heights.
+    void expectLit(const QImage& image, double x, double lowest, double highest)
+    {
+        for (int row = rowOf(highest); row < rowOf(lowest); row += 3) {
+            const QColor shown = image.pixelColor(columnOf(x), row), expected = m_ramp.at(heightOf(row));
+            const double light = double(shown.red() + shown.green() + shown.blue()) /
+                                 (expected.red() + expected.green() + expected.blue());
+            EXPECT_GT(light, 0.25) << x << ", " << row;
+            EXPECT_LT(light, 1.3) << x << ", " << row;
+            if (shown.red() < 255 && shown.green() < 255 && shown.blue() < 255) {
+                EXPECT_NEAR(shown.red(), light * expected.red(), 1.5) << x << ", " << row;
+                EXPECT_NEAR(shown.green(), light * expected.green(), 1.5) << x << ", " << row;
+                EXPECT_NEAR(shown.blue(), light * expected.blue(), 1.5) << x << ", " << row;
+            }
+        }
+    }
+
     std::unique_ptr<ElevationDrawers> m_drawers;
     const ElevationColors m_ramp = readText("420 #2040c0\n450 #40c080\n520 #f0e060\n590 #c02020\n", false);
 };
@@ -140,19 +157,21 @@ TEST_F(ElevationDrawersTest, MeshesInTheirLight)
 {
     addMesh(MeshData::Part::Triangles,
             {{0, 0, 0}, {100, 0, 0}, {100, 0, 200}, {0, 0, 0}, {100, 0, 200}, {0, 0, 200}});
+    expectLit(picture(m_ramp), 50.0, 2.0, 198.0);
+}
+
+TEST_F(ElevationDrawersTest, PipesAndWallsInTheirLight)
+{
+    addFeature({upright(20)}, {{"radius", 9}});
+    addFeature({upright(60)}, {{"section", "[[-9, -9], [9, -9], [9, 9], [-9, 9], [-9, -9]]"}});
+    addFeature({partOf(FeatureElement::Part::Line,
+                       {ground + glm::dvec3(100, 0, 20), ground + glm::dvec3(101, 0, 100),
+                        ground + glm::dvec3(100, 0, 180)})},
+               {{"radius", 40}}); // of which the ball in the middle shows
     const QImage image = picture(m_ramp);
-    for (int row = rowOf(198.0); row < rowOf(2.0); row += 3) {
-        const QColor shown = image.pixelColor(columnOf(50.0), row), expected = m_ramp.at(heightOf(row));
-        const double light = double(shown.red() + shown.green() + shown.blue()) /
-                             (expected.red() + expected.green() + expected.blue());
-        EXPECT_GT(light, 0.25);
-        EXPECT_LT(light, 1.3);
-        if (shown.red() < 255 && shown.green() < 255 && shown.blue() < 255) {
-            EXPECT_NEAR(shown.red(), light * expected.red(), 1.5) << row;
-            EXPECT_NEAR(shown.green(), light * expected.green(), 1.5) << row;
-            EXPECT_NEAR(shown.blue(), light * expected.blue(), 1.5) << row;
-        }
-    }
+    for (const double x : {16.0, 20.0, 24.0, 55.0, 65.0})
+        expectLit(image, x, 2.0, 198.0);
+    expectLit(image, 100.0, 65.0, 135.0);
 }
 
 TEST_F(ElevationDrawersTest, LinesOfEveryPen)

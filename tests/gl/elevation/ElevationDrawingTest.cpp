@@ -149,6 +149,47 @@ TEST_F(ElevationDrawingTest, DashedLineInItsDashes)
     EXPECT_NEAR(dashes, 64 * 0.6, 3);
 }
 
+// Without light, in rows where the whole picture is of one height.
+TEST_F(ElevationDrawingTest, SpheresAndCylinders)
+{
+    for (const char* name : {"SphereElevation", "CylinderElevation"}) {
+        SCOPED_TRACE(name);
+        useVariant(name);
+        set("uLightMode", false);
+        attribute(0, 3, {0, 0, 0});
+        gl->glPatchParameteri(GL_PATCH_VERTICES, 1);
+        const auto drawIt = [&] { draw(name[0] == 'S' ? GL_PATCHES : GL_POINTS, 1); };
+        drawIt();
+        for (const int y : {3, 20, 32, 45, 60})
+            expectColor(32, y, colorAt(ramp, heightOf(y)));
+        setColors({1, 0, 1, 0.75f}, {1, 1, 1, 1});
+        gl->glDisable(GL_BLEND);
+        drawIt();
+        EXPECT_NEAR(pixel(32, 20).alpha(), 255 * 0.75, 1);
+        set("item_flags", ItemFlag::Highlighted);
+        drawIt();
+        EXPECT_EQ(pixel(32, 20), QColor(Qt::white));
+        set("item_flags", ItemFlag::Invisible);
+        drawIt();
+        EXPECT_EQ(touchedCount(), 0);
+    }
+}
+
+TEST_F(ElevationDrawingTest, SweptLines)
+{
+    useVariant("SolidElevation");
+    set("uLightMode", false);
+    const std::vector<float> section = {-0.2f, 0, 0.2f, 0}, normals = {0, 1, 0, 1};
+    gl->glUniform2fv(program->uniformLocation("section"), 2, section.data());
+    gl->glUniform2fv(program->uniformLocation("section_normals"), 2, normals.data());
+    set("section_points_count", 2);
+    attribute(0, 3, {0, 0, -1, 0, 0, -1, 0, 0, 1, 0, 0, 1}); // both ends twice
+    attribute(1, 4, {1, 0, 0, 1, 1, 0, 0, 1, 1, 0, 0, 1, 1, 0, 0, 1});
+    draw(GL_LINES_ADJACENCY, 4);
+    expectRamp(32);
+    EXPECT_TRUE(isUntouched(10, 32));
+}
+
 TEST_F(ElevationDrawingTest, HighlightWins)
 {
     for (const char* name :
