@@ -57,8 +57,8 @@ public:
     virtual void unbind(unsigned int vertexArray);
 
 protected:
-    /// What draw does after the program was prepared.
-    void drawImpl(const PaintContext& context, const Filter& filter);
+    /// What draw does after the program was prepared, for subclasses that prepare it in a way of their own.
+    void drawImpl(const PaintContext& context, const Filter& filter = {});
 
 private:
     void findFlags(const Filter& filter);
