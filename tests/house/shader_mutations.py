@@ -307,6 +307,24 @@ MUTATIONS = [
         ("place of the height", "item.vertex_color.r = world", "item.vertex_color.g = world"),
     ),
     *changes(
+        "colours by height", "SolidRegularLines.geom", "gl_elevation",
+        ("height on swept lines", "vertex_color.r = world.z", "vertex_color.r = world.y"),
+    ),
+    *changes(
+        "colours by height", "cylinder.geom", "gl_elevation",
+        ("height of a cylinder", "vertex_color.r = world.z", "vertex_color.r = world.y"),
+    ),
+    *changes(
+        "colours by height", "sphereCube.tese", "gl_elevation",
+        ("height of a sphere", "vertex_color.r = world.z", "vertex_color.r = world.y"),
+    ),
+    *changes(
+        "colours by height", "sphereCube.fragment", "gl_elevation",
+        ("alpha of a sphere's height", "vec4(1.0, 1.0, 1.0, surface.a)", "vec4(1.0, 1.0, 1.0, 1.0)"),
+        ("flags of a sphere's height", "surface = colorFromFlags(item.flags, own_color, surface);",
+         "surface = own_color;"),
+    ),
+    *changes(
         "colours by height", "dashedLines.vertex", "gl_elevation",
         ("height of a vertex", "vertex_color.r = world.z", "vertex_color.r = point_coords.x"),
     ),
