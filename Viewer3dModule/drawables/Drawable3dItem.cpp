@@ -18,6 +18,7 @@ Drawable3dItem::Drawable3dItem(Drawable3dItem&& other) noexcept
     , m_visible(other.m_visible)
     , m_drawsOpaque(other.m_drawsOpaque)
     , m_isSolid(other.m_isSolid)
+    , m_promisingType(other.m_promisingType)
     , m_pixelReach(other.m_pixelReach)
 {
     if (m_drawer) m_drawer->replaceItem(m_drawerIndex, this);
@@ -93,7 +94,7 @@ void Drawable3dItem::setVisible(bool visible)
 
 void Drawable3dItem::setPixelReach(float pixels)
 {
-    if (!(pixels < m_pixelReach || pixels > m_pixelReach)) return;
+    if (pixels == m_pixelReach) return;
     m_pixelReach = pixels;
     boundsChanged();
 }

@@ -7,6 +7,7 @@
 
 #include <functional>
 #include <limits>
+#include <typeinfo>
 
 class InteractiveGraphicsItem;
 class Item3dDrawer;
@@ -86,6 +87,14 @@ public:
     /// area that holds its box. False at first.
     bool drawsOpaque() const { return m_drawsOpaque; }
     void setDrawsOpaque(bool opaque) { m_drawsOpaque = opaque; }
+    /// Whether the item promises to draw by the module's lines, meshes and surfaces alone
+    /// (Polyline3dPrimitive, MeshNode3d, Plane3dSegmentPrimitive, Prism3dSurfacePrimitive, Rect3dPrimitive),
+    /// whose looks are set by their own functions: its draw binds no vertex array, program or texture and
+    /// sets no uniform of items itself. What such items have bound is then kept from one to the next. False
+    /// at first. A class promises in its constructor, and not for classes derived from it, which may draw
+    /// otherwise.
+    bool drawsByPrimitives() const { return m_promisingType && *m_promisingType == typeid(*this); }
+    void setDrawsByPrimitives(bool draws) { m_promisingType = draws ? &typeid(*this) : nullptr; }
     /// Whether the item promises that none of its fragments is left out for its colour: unless it is
     /// highlighted, no alpha of its parts, vertices and texels is 0. A pass for depths alone draws it without
     /// looking at colours. False at first.
@@ -123,6 +132,7 @@ private:
     bool m_visible = true;
     bool m_drawsOpaque = false;
     bool m_isSolid = false;
+    const std::type_info* m_promisingType = nullptr;
     float m_pixelReach = 32.0f; // pens and points up to 64 pixels wide
 
     // Found at the first call and kept.

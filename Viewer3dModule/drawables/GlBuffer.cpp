@@ -2,6 +2,21 @@
 
 #include <utility>
 
+namespace {
+
+std::uint32_t& deletionCount()
+{
+    static thread_local std::uint32_t count = 0;
+    return count;
+}
+
+} // namespace
+
+std::uint32_t GlBuffer::deletions()
+{
+    return deletionCount();
+}
+
 GlBuffer::GlBuffer(GlBuffer&& other) noexcept
     : m_name(std::exchange(other.m_name, 0))
     , m_size(std::exchange(other.m_size, 0))
@@ -18,7 +33,10 @@ GlBuffer& GlBuffer::operator=(GlBuffer&& other) noexcept
 GlBuffer::~GlBuffer()
 {
     if (m_name == 0) return;
-    if (OpenGLFunctions* gl = currentGLFunctions()) gl->glDeleteBuffers(1, &m_name);
+    OpenGLFunctions* gl = currentGLFunctions();
+    if (!gl) return;
+    gl->glDeleteBuffers(1, &m_name);
+    ++deletionCount();
 }
 
 void GlBuffer::uploadBytes(OpenGLFunctions& gl, const void* bytes, std::size_t size, unsigned int usage)

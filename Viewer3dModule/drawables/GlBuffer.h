@@ -4,6 +4,7 @@
 #include <Viewer3dModule/shaders/OpenGLFunctions.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
 /// An OpenGL buffer that deletes itself; moves, never copies. It has no name until the first upload, so it
@@ -19,6 +20,13 @@ public:
     GlBuffer(const GlBuffer&) = delete;
     GlBuffer& operator=(const GlBuffer&) = delete;
     ~GlBuffer();
+
+    /// How many buffers of this kind were deleted on this thread: whoever remembers a name asks, as another
+    /// buffer may have it afterwards.
+    static std::uint32_t deletions();
+
+    /// The buffer has gone with its contexts, or is left to them.
+    void forget() { m_name = 0; }
 
     /// 0 until the first upload.
     unsigned int name() const { return m_name; }

@@ -3,13 +3,13 @@
 #include <Viewer3dModule/drawables/GlBuffer.h>
 #include <Viewer3dModule/drawables/GlTexture.h>
 #include <Viewer3dModule/drawables/ItemDrawing.h>
+#include <Viewer3dModule/drawables/ItemLook.h>
 #include <Viewer3dModule/drawables/MeshNormals.h>
 #include <Viewer3dModule/drawables/VertexArrayBinding.h>
 #include <Viewer3dModule/drawers/DrawerType.h>
 #include <Viewer3dModule/drawers/Item3dDrawer.h>
 #include <Viewer3dModule/drawers/PaintContext.h>
 #include <Viewer3dModule/shaders/DrawMode.h>
-#include <Viewer3dModule/shaders/Uniforms.h>
 #include <framework/ksp/Log.h>
 
 #include <algorithm>
@@ -129,19 +129,17 @@ void moveTo(GlBuffer& buffer, OpenGLFunctions& gl, std::vector<T>& values)
     values = std::vector<T>();
 }
 
-// The uniforms that the look of parts depends on, each set only where it changes: some drivers pay dearly for
-// a change. At the end they are as every item leaves them.
+// The look of parts, each uniform set only where it changes: some drivers pay dearly for a change. At the end
+// they are as every item leaves them.
 class PartLook
 {
 public:
     PartLook(OpenGLFunctions& gl, const PaintContext& context)
-        : m_gl(gl)
-        , m_drawer(context.drawer)
-        , m_locations(Item3dDrawer::itemUniforms(context))
+        : m_drawer(context.drawer)
+        , m_look(gl, context)
     {
-        uniforms::set(m_gl, m_locations.texture0, 0);
-        uniforms::set(m_gl, m_locations.filledTextureBack, 0);
-        uniforms::set(m_gl, m_locations.materialMode, 0);
+        m_look.setPlainTexture();
+        m_look.setMaterialMode(0);
         if (m_drawer) m_drawer->setShaderLightMode(true);
     }
     ~PartLook() { setColorMode(ColorMode::Item); }
@@ -150,11 +148,11 @@ public:
 
     void setColorMode(std::int32_t mode)
     {
-        if (mode != m_colorMode) uniforms::set(m_gl, m_locations.colorMode, mode);
+        if (mode != m_colorMode) m_look.setColorMode(mode);
         m_colorMode = mode;
     }
-    void setColor(const QColor& color) { uniforms::set(m_gl, m_locations.itemColor, color); }
-    void setPenWidth(float width) { uniforms::set(m_gl, m_locations.penWidth, width); }
+    void setColor(const QColor& color) { m_look.setColor(color); }
+    void setPenWidth(float width) { m_look.setPenWidth(width); }
     void setLit(bool lit)
     {
         if (m_drawer && m_lit != lit) m_drawer->setShaderLightMode(lit);
@@ -162,9 +160,8 @@ public:
     }
 
 private:
-    OpenGLFunctions& m_gl;
     Item3dDrawer* m_drawer;
-    ItemUniforms m_locations;
+    ItemLook m_look;
     std::int32_t m_colorMode = ColorMode::Item;
     bool m_lit = true;
 };
@@ -233,6 +230,7 @@ void MeshNode3d::Private::bindAttributes(VertexArrayBinding& binding) const
     if (colors.name() != 0) binding.setColors(VertexAttribute::Color, colors);
     if (texCoords.name() != 0) binding.setFloats(VertexAttribute::TexCoords, 2, texCoords);
     binding.setIndices(indices);
+    binding.ready();
 }
 
 // 0 for a part that shows none.
@@ -276,7 +274,7 @@ void MeshNode3d::draw(const PaintContext& context, int instances)
     if (!m_private->isUploaded) m_private->upload(*gl);
     // A geometry stage that wants adjacency takes none of the kinds that a mesh has.
     const bool withAdjacency = (context.primitives & PrimitiveBit::Adjacency) != 0;
-    VertexArrayBinding binding(*gl, context.vertexArray);
+    VertexArrayBinding binding(*gl, context);
     m_private->bindAttributes(binding);
     PartLook look(*gl, context);
     gl->glActiveTexture(GL_TEXTURE0);

@@ -16,6 +16,7 @@ constexpr int walk[] = {2, 2, 0, 2, 2, 1, 2, 2, 0, 2, 2, 1, 2, 0, 1, 0, 1, 2, 0,
 OrientedBox3dItem::OrientedBox3dItem()
     : Polyline3dForegroundItem(DrawerType::WideLines, {})
 {
+    setDrawsByPrimitives(true);
 }
 
 OrientedBox3dItem::OrientedBox3dItem(const glm::dvec3& center, const Axes& axes, const Extent& extent)

@@ -11,6 +11,7 @@ PolyPolyline3dItem::PolyPolyline3dItem(int drawerId, int defaultDrawerType)
     : m_drawerId(drawerId)
     , m_defaultDrawerType(defaultDrawerType)
 {
+    setDrawsByPrimitives(true);
 }
 
 PolyPolyline3dItem::~PolyPolyline3dItem() = default;
@@ -23,6 +24,7 @@ bool PolyPolyline3dItem::isHighlighted() const
 void PolyPolyline3dItem::setPen(const QPen& pen)
 {
     m_pen = pen;
+    m_linePen = LinePen(pen);
     drawingChanged();
 }
 
@@ -63,7 +65,7 @@ Drawable3dPrimitive::GeometryInfo PolyPolyline3dItem::getGeometryInfo()
 void PolyPolyline3dItem::draw(const PaintContext& context)
 {
     if ((context.primitives & PrimitiveBit::Lines) == 0) return;
-    m_primitive.setPen(context, m_pen);
+    m_primitive.setPen(context, m_linePen);
     m_primitive.drawStrips(context, m_counts);
     m_primitive.resetPen(context);
 }

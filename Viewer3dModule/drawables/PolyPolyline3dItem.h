@@ -48,4 +48,5 @@ private:
     int m_defaultDrawerType;
     const Drawable3dItem* m_owner = nullptr;
     QPen m_pen;
+    LinePen m_linePen{m_pen};
 };

@@ -1,8 +1,7 @@
 #include <Viewer3dModule/drawables/Polyline3dForegroundItem.h>
 
-#include <Viewer3dModule/drawers/Item3dDrawer.h>
+#include <Viewer3dModule/drawables/ItemLook.h>
 #include <Viewer3dModule/drawers/PaintContext.h>
-#include <Viewer3dModule/shaders/Uniforms.h>
 
 #include <utility>
 
@@ -10,6 +9,7 @@ Polyline3dForegroundItem::Polyline3dForegroundItem(int defaultDrawerType, std::v
     : m_points(std::move(points))
     , m_defaultDrawerType(defaultDrawerType)
 {
+    setDrawsByPrimitives(true);
 }
 
 void Polyline3dForegroundItem::setPoints(std::vector<glm::dvec3> points)
@@ -81,9 +81,9 @@ void Polyline3dForegroundItem::draw(const PaintContext& context)
     if (!gl) return;
     if (m_dirty) update(context);
     if (context.program) {
-        const ItemUniforms locations = Item3dDrawer::itemUniforms(context);
-        uniforms::set(*gl, locations.penWidth, static_cast<float>(m_lineWidth));
-        uniforms::set(*gl, locations.itemColor, m_color);
+        ItemLook look(*gl, context);
+        look.setPenWidth(static_cast<float>(m_lineWidth));
+        look.setColor(m_color);
     }
     m_primitive.draw(context, 1);
 }

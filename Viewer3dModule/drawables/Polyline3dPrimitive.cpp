@@ -1,6 +1,7 @@
 #include <Viewer3dModule/drawables/Polyline3dPrimitive.h>
 
 #include <Viewer3dModule/drawables/ItemDrawing.h>
+#include <Viewer3dModule/drawables/ItemLook.h>
 #include <Viewer3dModule/drawables/VertexArrayBinding.h>
 #include <Viewer3dModule/drawers/Item3dDrawer.h>
 #include <Viewer3dModule/drawers/PaintContext.h>
@@ -25,6 +26,13 @@ const void* offsetOf(EndSegment segment)
 }
 
 } // namespace
+
+LinePen::LinePen(const QPen& pen)
+    : color(uniforms::vectorOf(pen.color()))
+    , width(static_cast<float>(pen.widthF()))
+    , isDashed(pen.style() != Qt::SolidLine)
+{
+}
 
 Polyline3dPrimitive::Polyline3dPrimitive(Polyline3dPrimitive&& other) noexcept
     : m_vertices(std::move(other.m_vertices))
@@ -61,27 +69,28 @@ void Polyline3dPrimitive::setVertex(int index, const glm::vec3& vertex)
 
 void Polyline3dPrimitive::setPen(const PaintContext& context, const QPen& pen)
 {
+    setPen(context, LinePen(pen));
+}
+
+void Polyline3dPrimitive::setPen(const PaintContext& context, const LinePen& pen)
+{
     OpenGLFunctions* gl = getGLFunctions();
     if (!gl || !context.program) return;
-    const ItemUniforms locations = Item3dDrawer::itemUniforms(context);
-    uniforms::set(*gl, locations.itemColor, pen.color());
-    uniforms::set(*gl, locations.penWidth, static_cast<float>(pen.widthF()));
-    if (locations.dashSize < 0) return;
-    if (pen.style() == Qt::SolidLine) {
-        uniforms::set(*gl, locations.dashSize, 0.0f);
-        return;
-    }
-    uniforms::set(*gl, locations.dashSize, dashLength);
-    uniforms::set(*gl, locations.gapSize, dashLength);
-    uniforms::set(*gl, locations.resolution,
+    ItemLook look(*gl, context);
+    look.setColor(pen.color);
+    look.setPenWidth(pen.width);
+    if (look.locations().dashSize < 0) return;
+    look.setDashSize(pen.isDashed ? dashLength : 0.0f);
+    if (!pen.isDashed) return;
+    uniforms::set(*gl, look.locations().gapSize, dashLength);
+    uniforms::set(*gl, look.locations().resolution,
                   glm::vec2(context.viewportRect.width(), context.viewportRect.height()));
 }
 
 void Polyline3dPrimitive::resetPen(const PaintContext& context)
 {
     OpenGLFunctions* gl = getGLFunctions();
-    if (!gl || !context.program) return;
-    uniforms::set(*gl, Item3dDrawer::itemUniforms(context).dashSize, 0.0f);
+    if (gl && context.program) ItemLook(*gl, context).setDashSize(0.0f);
 }
 
 void Polyline3dPrimitive::draw(const PaintContext& context, int instances)
@@ -102,8 +111,9 @@ void Polyline3dPrimitive::drawRange(const PaintContext& context, int first, int 
     OpenGLFunctions* gl = getGLFunctions();
     const Range range = clamped(first, count);
     if (!gl || range.count == 0) return;
-    VertexArrayBinding binding(*gl, context.vertexArray);
+    VertexArrayBinding binding(*gl, context);
     binding.setFloats(VertexAttribute::Coords, 3, m_vertices);
+    binding.ready();
     drawStrip(binding, context.primitives, range, instances);
 }
 
@@ -111,8 +121,9 @@ void Polyline3dPrimitive::drawStrips(const PaintContext& context, const std::vec
 {
     OpenGLFunctions* gl = getGLFunctions();
     if (!gl || m_vertexCount == 0 || counts.empty()) return;
-    VertexArrayBinding binding(*gl, context.vertexArray);
+    VertexArrayBinding binding(*gl, context);
     binding.setFloats(VertexAttribute::Coords, 3, m_vertices);
+    binding.ready();
     std::int64_t first = 0;
     for (const int count : counts) {
         drawStrip(binding, context.primitives, clamped(first, count), 1);

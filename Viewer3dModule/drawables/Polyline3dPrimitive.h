@@ -8,6 +8,17 @@
 class VertexArrayBinding;
 struct ItemDrawing;
 
+/// A pen as programs see it: made of a QPen once and not for every draw.
+struct VIEWER3DMODULE_EXPORT LinePen
+{
+    glm::vec4 color = glm::vec4(0.0f, 0.0f, 0.0f, 1.0f); ///< red, green, blue, alpha, 0 to 1
+    float width = 1.0f;                                  ///< pixels
+    bool isDashed = false;                               ///< 10 by 10 pixels; any style but a solid line
+
+    LinePen() = default;
+    explicit LinePen(const QPen& pen);
+};
+
 /// One vertex buffer of positions, of which any range is drawn as a strip.
 class VIEWER3DMODULE_EXPORT Polyline3dPrimitive : public Drawable3dPrimitive
 {
@@ -29,6 +40,7 @@ public:
     /// Sets colour and width (pixels) of the pen, and dashes of 10 by 10 pixels for any pen style but a solid
     /// one, in the context's program, which must be in use.
     void setPen(const PaintContext& context, const QPen& pen);
+    void setPen(const PaintContext& context, const LinePen& pen);
     /// Ends the pen's dashes, as items that set none count on; after the draw of every pen that may have
     /// them.
     void resetPen(const PaintContext& context);

@@ -18,8 +18,9 @@ void Rect3dPrimitive::draw(const PaintContext& context, int)
 {
     OpenGLFunctions* gl = getGLFunctions();
     if (!gl || m_positions.name() == 0 || !SurfaceBuffers::takesSurfaces(context)) return;
-    VertexArrayBinding binding(*gl, context.vertexArray);
+    VertexArrayBinding binding(*gl, context);
     binding.setFloats(VertexAttribute::Coords, 3, m_positions);
     binding.setFloats(VertexAttribute::TexCoords, 2, m_texCoords);
+    binding.ready();
     gl->glDrawArrays(GL_TRIANGLE_STRIP, 0, 4);
 }

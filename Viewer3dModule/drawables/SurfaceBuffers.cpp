@@ -1,12 +1,12 @@
 #include <Viewer3dModule/drawables/SurfaceBuffers.h>
 
+#include <Viewer3dModule/drawables/ItemLook.h>
 #include <Viewer3dModule/drawables/VertexArrayBinding.h>
-#include <Viewer3dModule/drawers/Item3dDrawer.h>
 #include <Viewer3dModule/drawers/PaintContext.h>
 #include <Viewer3dModule/shaders/DrawMode.h>
-#include <Viewer3dModule/shaders/Uniforms.h>
 
 #include <QtCore/QVariant>
+#include <QtGui/QOpenGLShaderProgram>
 
 void SurfaceBuffers::upload(OpenGLFunctions& gl, const std::vector<glm::vec3>& positions,
                             const std::vector<glm::vec3>& normals, int vertexCount)
@@ -48,18 +48,18 @@ void SurfaceBuffers::draw(const PaintContext& context, const Calls& drawLines, c
     if (context.primitives == PrimitiveBit::Points || (!linesOnly && !takesSurfaces(context))) return;
     OpenGLFunctions* gl = currentGLFunctions();
     if (!gl || m_totalCount == 0) return;
-    VertexArrayBinding binding(*gl, context.vertexArray);
+    VertexArrayBinding binding(*gl, context);
     const bool hasTexCoords = m_texCoordCount == m_totalCount;
     gl->glActiveTexture(GL_TEXTURE0);
     if (m_texture != 0 && hasTexCoords) gl->glBindTexture(GL_TEXTURE_2D, m_texture);
     binding.setFloats(VertexAttribute::Coords, 3, m_positions);
     if (hasTexCoords) binding.setFloats(VertexAttribute::TexCoords, 2, m_texCoords);
-    if (linesOnly) {
+    if (!linesOnly) binding.setFloats(VertexAttribute::Normal, 3, m_normals);
+    binding.ready();
+    if (linesOnly)
         drawLines(binding);
-    } else {
-        binding.setFloats(VertexAttribute::Normal, 3, m_normals);
+    else
         drawSurface(binding);
-    }
     gl->glBindTexture(GL_TEXTURE_2D, 0);
 }
 
@@ -67,8 +67,8 @@ void SurfaceBuffers::setColor(const PaintContext& context, const QColor& color)
 {
     OpenGLFunctions* gl = currentGLFunctions();
     if (!gl || !context.program) return;
-    const ItemUniforms locations = Item3dDrawer::itemUniforms(context);
-    uniforms::set(*gl, locations.itemColor, color);
-    uniforms::set(*gl, locations.colorMode, ColorMode::Item);
-    uniforms::set(*gl, locations.materialMode, 0);
+    ItemLook look(*gl, context);
+    look.setColor(color);
+    look.setColorMode(ColorMode::Item);
+    look.setMaterialMode(0);
 }

@@ -89,8 +89,9 @@ void TexturedCaption3dPrimitive::draw(const PaintContext& context, int instances
     OpenGLFunctions* gl = getGLFunctions();
     if (!gl || m_imageSize.isEmpty()) return;
     {
-        VertexArrayBinding binding(*gl, context.vertexArray);
+        VertexArrayBinding binding(*gl, context);
         binding.setFloats(VertexAttribute::Coords, 3, m_vbo);
+        binding.ready();
         gl->glActiveTexture(GL_TEXTURE0);
         gl->glBindTexture(GL_TEXTURE_2D, m_texture.name());
         gl->glDrawArraysInstanced(GL_POINTS, 0, 1, instances);

@@ -1,42 +1,57 @@
 #include <Viewer3dModule/drawables/VertexArrayBinding.h>
 
 #include <Viewer3dModule/drawables/GlBuffer.h>
+#include <Viewer3dModule/drawables/ItemPass.h>
+#include <Viewer3dModule/drawers/PaintContext.h>
+
+namespace {
+
+VertexArraySetup& setupOf(const PaintContext& context, VertexArraySetup& own)
+{
+    ItemPass* pass = ItemPass::of(context);
+    return pass ? pass->vertexArray() : own;
+}
+
+} // namespace
 
 VertexArrayBinding::VertexArrayBinding(OpenGLFunctions& gl, std::uint32_t vertexArray)
     : m_gl(gl)
+    , m_setup(m_own)
 {
-    m_gl.glBindVertexArray(vertexArray);
+    m_setup.open(gl, vertexArray);
+}
+
+VertexArrayBinding::VertexArrayBinding(OpenGLFunctions& gl, const PaintContext& context)
+    : m_gl(gl)
+    , m_setup(setupOf(context, m_own))
+{
+    m_setup.open(gl, context.vertexArray);
 }
 
 VertexArrayBinding::~VertexArrayBinding()
 {
-    for (unsigned int location = 0; m_enabled >> location != 0; ++location)
-        if ((m_enabled >> location & 1u) != 0) m_gl.glDisableVertexAttribArray(location);
-    if (m_hasIndices) m_gl.glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0);
-    m_gl.glBindVertexArray(0);
+    m_own.close();
 }
 
 void VertexArrayBinding::setFloats(unsigned int location, int components, const GlBuffer& buffer)
 {
-    setPointer(location, components, GL_FLOAT, false, buffer);
+    setFloats(location, components, buffer.name(), 0);
+}
+
+void VertexArrayBinding::setFloats(unsigned int location, int components, unsigned int buffer,
+                                   std::size_t offset)
+{
+    m_setup.setAttribute(location, {buffer, components, GL_FLOAT, offset});
+    m_used |= 1u << location;
 }
 
 void VertexArrayBinding::setColors(unsigned int location, const GlBuffer& buffer)
 {
-    setPointer(location, 4, GL_UNSIGNED_BYTE, true, buffer);
-}
-
-void VertexArrayBinding::setPointer(unsigned int location, int components, unsigned int type, bool normalized,
-                                    const GlBuffer& buffer)
-{
-    m_gl.glBindBuffer(GL_ARRAY_BUFFER, buffer.name());
-    m_gl.glEnableVertexAttribArray(location);
-    m_gl.glVertexAttribPointer(location, components, type, normalized ? GL_TRUE : GL_FALSE, 0, nullptr);
-    m_enabled |= 1u << location;
+    m_setup.setAttribute(location, {buffer.name(), 4, GL_UNSIGNED_BYTE, 0});
+    m_used |= 1u << location;
 }
 
 void VertexArrayBinding::setIndices(const GlBuffer& buffer)
 {
-    m_gl.glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, buffer.name());
-    m_hasIndices = true;
+    m_setup.setIndices(buffer.name());
 }

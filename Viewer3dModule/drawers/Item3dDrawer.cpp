@@ -143,6 +143,7 @@ bool Item3dDrawer::prepareProgram(PaintContext& context)
                           context.drawMode != DrawMode::GeometryCapture;
     if (isVaried) {
         ProgramVariant variant;
+        variant.drawsMasks = context.drawMode != DrawMode::OrdinalDraw;
         variant.marksItems = context.drawMode == DrawMode::SelectionBufferDraw;
         variant.readsRecords = m_readsRecords;
         if (isFenced())
@@ -221,10 +222,7 @@ void Item3dDrawer::setTransform(const PaintContext& context, const glm::mat4& ma
     uniforms::set(*gl, m_modelLocation, m_transform);
     if (m_normalMatrixLocation >= 0)
         uniforms::set(*gl, m_normalMatrixLocation, normalMatrix(context.view * m_transform));
-    if (m_lightModeChanged) {
-        setShaderLightMode(m_lightMode);
-        m_lightModeChanged = false;
-    }
+    if (m_lightModeChanged) setShaderLightMode(m_lightMode);
 }
 
 glm::mat4 Item3dDrawer::getTransform()
@@ -243,7 +241,6 @@ void Item3dDrawer::findLight(const PaintContext& context)
     const Scene3dViewLightingSettings::ViewData& light = settings->getView(context.viewName);
     m_lightMode = light.flag;
     setShaderLightMode(m_lightMode);
-    m_lightModeChanged = false;
     const glm::mat4 modelView = context.view * glm::mat4(m_scene->modelToSceneTransform());
     uniforms::set(*gl, m_lightDirectionLocation,
                   glm::normalize(normalMatrix(modelView) * light.getLightDirection()));
@@ -253,9 +250,11 @@ void Item3dDrawer::setItemParameters(const Drawable3dItem* item, const PaintCont
 {
     OpenGLFunctions* gl = currentGLFunctions();
     if (!gl) return;
-    if (m_itemFlagsLocation >= 0)
-        uniforms::set(*gl, m_itemFlagsLocation,
-                      item->isHighlighted() ? ItemFlag::Highlighted : ItemFlag::Normal);
+    if (m_itemFlagsLocation >= 0) {
+        const std::int32_t flags = item->isHighlighted() ? ItemFlag::Highlighted : ItemFlag::Normal;
+        if (!m_itemPass.isActive() || m_itemPass.uniforms().itemFlags.change(flags))
+            uniforms::set(*gl, m_itemFlagsLocation, flags);
+    }
     if (m_itemIndexLocation >= 0) setSelectionIndex(*gl, *item);
     if (m_itemIdLocation >= 0) uniforms::set(*gl, m_itemIdLocation, itemId(*item));
     if (context.drawMode == DrawMode::GlueMaskDraw && m_glueMaskLocation >= 0)
@@ -282,8 +281,10 @@ void Item3dDrawer::setShaderLightMode(bool on)
 {
     OpenGLFunctions* gl = currentGLFunctions();
     if (!gl || m_lightModeLocation < 0) return;
-    uniforms::set(*gl, m_lightModeLocation, m_lightMode && on);
-    m_lightModeChanged = true;
+    const bool isLit = m_lightMode && on;
+    if (!m_itemPass.isActive() || m_itemPass.uniforms().lightMode.change(isLit))
+        uniforms::set(*gl, m_lightModeLocation, isLit);
+    m_lightModeChanged = isLit != m_lightMode;
 }
 
 void Item3dDrawer::saveTransformState()
@@ -299,6 +300,20 @@ void Item3dDrawer::restoreTransformState(const PaintContext& context)
     m_transformStack.pop_back();
 }
 
+std::size_t Item3dDrawer::beginTransform()
+{
+    saveTransformState();
+    return m_transformStack.size() - 1;
+}
+
+void Item3dDrawer::endTransform(std::size_t depth)
+{
+    if (depth >= m_transformStack.size()) return;
+    m_transform = m_transformStack[depth];
+    m_transformStack.resize(depth);
+    if (m_lightModeChanged) setShaderLightMode(m_lightMode);
+}
+
 void Item3dDrawer::translate(const PaintContext& context, const glm::vec3& offset)
 {
     setTransform(context, glm::translate(glm::mat4(1.0f), offset), true);
@@ -312,6 +327,11 @@ void Item3dDrawer::scale(const PaintContext& context, const glm::vec3& factors)
 void Item3dDrawer::rotate(const PaintContext& context, float angle, const glm::vec3& axis)
 {
     setTransform(context, glm::rotate(glm::mat4(1.0f), angle, axis), true);
+}
+
+ItemPass* Item3dDrawer::activePass(const PaintContext& context)
+{
+    return m_itemPass.isActive() && m_preparedProgram == context.program ? &m_itemPass : nullptr;
 }
 
 ItemUniforms Item3dDrawer::itemUniforms(const PaintContext& context)

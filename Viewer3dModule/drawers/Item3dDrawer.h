@@ -1,6 +1,7 @@
 #pragma once
 
 #include <Viewer3dModule/Viewer3dModule_export.h>
+#include <Viewer3dModule/drawables/ItemPass.h>
 #include <Viewer3dModule/drawers/PaintContext.h>
 #include <Viewer3dModule/shaders/Uniforms.h>
 
@@ -98,6 +99,9 @@ public:
     /// The locations for the context's program: the drawer's where the context names a drawer that prepared
     /// it, else asked of the program (slow); all -1 without a program.
     static ItemUniforms itemUniforms(const PaintContext& context);
+    /// What the items of the pass have bound and set so far, where it is kept for the item that is drawn now
+    /// and the context is that of the pass; else null. See ItemPass::of.
+    ItemPass* activePass(const PaintContext& context);
 
 protected:
     friend class Drawable3dItem;
@@ -124,6 +128,12 @@ protected:
     /// Whether prepareProgram takes the variant of programs that reads items from records. See
     /// ProgramVariant.
     void setReadsRecords(bool reads) { m_readsRecords = reads; }
+
+    ItemPass& itemPass() { return m_itemPass; }
+    /// saveTransformState, and what only makes that matrix the current one again: it is not set in the
+    /// program, where whoever draws next sets one of its own.
+    std::size_t beginTransform();
+    void endTransform(std::size_t depth);
 
     /// Binds the context's program and sets what holds for the whole pass; false when it cannot be drawn
     /// with.
@@ -162,4 +172,5 @@ private:
     IItem3dSelectionProvider* m_selection = nullptr; // only in a pass for the selection buffer
     ItemUniforms m_itemUniforms;
     QPointer<QOpenGLShaderProgram> m_preparedProgram;
+    ItemPass m_itemPass;
 };

@@ -1,7 +1,6 @@
 #include <Viewer3dModule/drawers/SequentialItem3dDrawer.h>
 
 #include <Viewer3dModule/drawables/Drawable3dItem.h>
-#include <Viewer3dModule/drawers/Item3dDrawerSaver.h>
 #include <Viewer3dModule/host/Fence3dItem.h>
 #include <Viewer3dModule/scene/CurrentContextGuard.h>
 #include <Viewer3dModule/scene/Scene3d.h>
@@ -79,6 +78,23 @@ public:
 
 private:
     OpenGLFunctions& m_gl;
+};
+
+// Items keep what they bind and set for as long as it lives.
+class KeepingPass
+{
+public:
+    KeepingPass(ItemPass& pass, const PaintContext& context)
+        : m_pass(pass)
+    {
+        m_pass.begin(context.drawMode != DrawMode::GeometryCapture);
+    }
+    ~KeepingPass() { m_pass.end(); }
+    KeepingPass(const KeepingPass&) = delete;
+    KeepingPass& operator=(const KeepingPass&) = delete;
+
+private:
+    ItemPass& m_pass;
 };
 
 // What is highlighted has the settings' colour, of whatever alpha.
@@ -183,6 +199,7 @@ void SequentialItem3dDrawer::drawItems(const PaintContext& context, const Filter
     PaintContext pass = context;
     if (!beginPass(pass)) return;
     const FirstVertexConvention convention(currentGLFunctions(), itemUniforms().dashSize >= 0);
+    const KeepingPass keeping(itemPass(), pass);
     for (Drawable3dItem* item : getItems())
         if (item->isVisible() && (!filter || filter(item))) drawWithUniforms(item, pass);
 }
@@ -212,10 +229,12 @@ bool SequentialItem3dDrawer::beginPass(PaintContext& context)
 
 void SequentialItem3dDrawer::drawWithUniforms(Drawable3dItem* item, const PaintContext& context)
 {
+    itemPass().beginItem(item->drawsByPrimitives());
     setItemParameters(item, context);
-    const Item3dDrawerSaver saver(asContextual(context));
+    const std::size_t depth = beginTransform();
     setTransform(context, item->getTransform(), true);
     drawItem(item, context);
+    endTransform(depth);
 }
 
 void SequentialItem3dDrawer::drawItem(Drawable3dItem* item, const PaintContext& context)

@@ -8,6 +8,7 @@ LineItem::LineItem(LineElement* element)
     , m_element(element)
 {
     setDrawsOpaque(true);
+    setDrawsByPrimitives(true);
     setPixelReach(element->width() / 2.0f + 1.0f);
 }
 
@@ -21,7 +22,7 @@ void LineItem::updateDataImpl()
     for (const glm::vec3& vertex : vertices)
         m_bounds.unite(glm::dvec3(matrix * glm::dvec4(vertex, 1.0)));
     m_line.setVertices(vertices);
-    m_pen = QPen(m_element->color(), static_cast<double>(m_element->width()));
+    m_pen = LinePen(QPen(m_element->color(), static_cast<double>(m_element->width())));
     setTransform(glm::mat4(matrix), false);
 }
 

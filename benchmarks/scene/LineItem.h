@@ -24,6 +24,6 @@ protected:
 private:
     LineElement* m_element;
     Polyline3dPrimitive m_line;
-    QPen m_pen;
+    LinePen m_pen;
     gmx::BoundingBox m_bounds;
 };

@@ -8,6 +8,7 @@ MeshItem::MeshItem(MeshElement* element)
     , m_node(element->takeNode())
 {
     setSolid(m_node->isSolid());
+    setDrawsByPrimitives(true);
 }
 
 MeshItem::~MeshItem() = default;
