@@ -16,6 +16,7 @@
 
 namespace {
 
+const char* const withColorsOnly = "RX_COLORS_ONLY";
 const char* const withoutMarks = "RX_NO_SELECTION_BUFFER";
 const char* const withRecords = "RX_USE_ITEM_RECORDS";
 
@@ -26,7 +27,8 @@ const char* defineOf(ProgramFence fence)
 
 bool isPlain(const ProgramVariant& variant)
 {
-    return variant.fence == ProgramFence::None && !variant.marksItems && !variant.readsRecords;
+    return variant.fence == ProgramFence::None && !variant.drawsMasks && !variant.marksItems &&
+           !variant.readsRecords;
 }
 
 /// The variants of one program, whose child this is.
@@ -39,6 +41,7 @@ public:
         , m_sources(sourcesOf(program))
         , m_canHaveFence(asksFor("fragment", defineOf(ProgramFence::Sphere)) &&
                          !has(defineOf(ProgramFence::Sphere)) && !has(defineOf(ProgramFence::Swept)))
+        , m_canDrawMasks(has(withColorsOnly) && asksFor("fragment", withColorsOnly))
         , m_canMark(has(withoutMarks) && asksFor("fragment", withoutMarks))
         , m_canReadRecords(asksFor("vertex", withRecords) && !has(withRecords) &&
                            !has("RX_USE_INSTANCED_DRAW"))
@@ -83,11 +86,12 @@ private:
     const Variant* findOther(ProgramVariant wanted)
     {
         if (!m_canHaveFence) wanted.fence = ProgramFence::None;
+        if (!m_canDrawMasks) wanted.drawsMasks = false;
         if (!m_canMark) wanted.marksItems = false;
         if (!m_canReadRecords) wanted.readsRecords = false;
         if (isPlain(wanted)) return nullptr;
-        std::optional<Variant>& variant =
-            m_built[static_cast<int>(wanted.fence)][wanted.marksItems][wanted.readsRecords];
+        std::optional<Variant>& variant = m_built[static_cast<int>(wanted.fence)][wanted.drawsMasks]
+                                                 [wanted.marksItems][wanted.readsRecords];
         if (!variant) variant.emplace(build(wanted));
         if (variant->program) return &*variant;
         if (wanted.readsRecords)
@@ -117,8 +121,11 @@ private:
     Variant build(ProgramVariant wanted)
     {
         std::vector<std::string> defines = m_sources.defines;
-        if (wanted.marksItems)
-            defines.erase(std::remove(defines.begin(), defines.end(), withoutMarks), defines.end());
+        const auto drop = [&defines](const char* define) {
+            defines.erase(std::remove(defines.begin(), defines.end(), define), defines.end());
+        };
+        if (wanted.drawsMasks) drop(withColorsOnly);
+        if (wanted.marksItems) drop(withoutMarks);
         if (wanted.fence != ProgramFence::None) defines.emplace_back(defineOf(wanted.fence));
         if (wanted.readsRecords) defines.emplace_back(withRecords);
         Variant variant;
@@ -137,15 +144,17 @@ private:
     static const char* missing(const ProgramVariant& variant)
     {
         if (variant.readsRecords) return "records of items";
-        return variant.fence != ProgramFence::None ? "the fence" : "marking what is selected";
+        if (variant.fence != ProgramFence::None) return "the fence";
+        return variant.marksItems ? "marking what is selected" : "masks";
     }
 
     QOpenGLShaderProgram& m_program;
     ProgramSources m_sources;
     bool m_canHaveFence;
+    bool m_canDrawMasks;
     bool m_canMark;
     bool m_canReadRecords;
-    std::optional<Variant> m_built[3][2][2]; ///< by fence, marksItems and readsRecords
+    std::optional<Variant> m_built[3][2][2][2]; ///< in the order of ProgramVariant
 };
 
 } // namespace

@@ -15,6 +15,8 @@ enum class ProgramFence {
 struct ProgramVariant
 {
     ProgramFence fence = ProgramFence::None;
+    /// Whether the pass is for something else than colours: compiled without RX_COLORS_ONLY.
+    bool drawsMasks = false;
     /// Whether items are marked in the selection buffer: compiled without RX_NO_SELECTION_BUFFER.
     bool marksItems = false;
     /// Whether what an item has of its own is read from records instead of uniforms: compiled with
@@ -27,7 +29,8 @@ struct ProgramVariant
 /// belongs to the program and has its primitives.
 ///
 /// There are variants because drivers that run both sides of a condition make every fragment pay for what its
-/// pass does not need: writing to the selection buffer costs a frame of markers half its time.
+/// pass does not need: writing to the selection buffer costs a frame of markers half its time, asking what
+/// the pass draws costs one of lines a tenth.
 ///
 /// The program must be linked and its context current. A variant that cannot be built is logged, once; the
 /// pass is drawn with what can be: item by item, without the fence, or without marking anything.

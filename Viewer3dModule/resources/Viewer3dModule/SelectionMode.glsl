@@ -7,7 +7,13 @@ layout(location = 1) out vec4 item_id_low;
 layout(location = 2) out vec4 item_id_hi;
 layout(location = 3) out vec4 coords_w;
 
+// With RX_COLORS_ONLY a program draws colours and nothing else, without asking what the pass draws: drivers that run
+// both sides of a condition would make every fragment of a frame pay for the passes that it is not of.
+#ifdef RX_COLORS_ONLY
+const int draw_mode = ordinal_draw;
+#else
 uniform int draw_mode = ordinal_draw;
+#endif
 
 // Programs that are not for passes of the selection buffer go without it, with RX_NO_SELECTION_BUFFER: drivers that run
 // both sides of a condition would make every fragment pay for it. In such a pass they draw nothing.

@@ -7,6 +7,7 @@
 #include <Viewer3dModule/drawers/ContextualItem3dDrawer.h>
 #include <Viewer3dModule/drawers/DrawerType.h>
 #include <Viewer3dModule/drawers/SequentialItem3dDrawer.h>
+#include <Viewer3dModule/shaders/ProgramVariants.h>
 
 #include <glm/gtc/matrix_transform.hpp>
 
@@ -25,6 +26,13 @@ protected:
     SequentialItem3dDrawer& mono()
     {
         return dynamic_cast<SequentialItem3dDrawer&>(*scene->getDefaultDrawer(DrawerType::Mono));
+    }
+    /// What the mono drawer draws masks with.
+    QOpenGLShaderProgram& programOfMasks()
+    {
+        ProgramVariant variant;
+        variant.drawsMasks = true;
+        return findProgramVariant(*mono().getDefaultProgram(), variant);
     }
     template <typename Value>
     Value uniform(QOpenGLShaderProgram* program, const char* name)
@@ -105,7 +113,7 @@ TEST_F(SequentialItem3dDrawerTest, AnElementsItemIsKnownByItsIdentifierLowWordFi
     PaintContext context = paintContext(4, 4);
     context.drawMode = 1;
     numbered->getDrawer()->draw(context, {});
-    EXPECT_EQ(uniform<glm::uvec2>(mono().getDefaultProgram(), "item_id"), glm::uvec2(0x89ABCDEF, 0x01234567));
+    EXPECT_EQ(uniform<glm::uvec2>(&programOfMasks(), "item_id"), glm::uvec2(0x89ABCDEF, 0x01234567));
 }
 
 TEST_F(SequentialItem3dDrawerTest, TheGlueMaskGoesToGlueMaskPassesOnly)
@@ -245,9 +253,10 @@ TEST_F(SequentialItem3dDrawerTest, SetsIdAndHighlightOfEachItem)
     const auto own = item(GL_POINTS, {glm::vec3(0)});
     PaintContext context = paintContext(4, 4);
     context.drawMode = 1;
-    QOpenGLShaderProgram* program = mono().getDefaultProgram();
+    QOpenGLShaderProgram* program = &programOfMasks();
     ASSERT_GE(program->uniformLocation("item_id"), 0);
     mono().draw(context, {});
+    EXPECT_EQ(own->lastContext.program, program);
     EXPECT_EQ(uniform<int>(program, "item_flags"), -1);
     EXPECT_EQ(uniform<int>(program, "draw_mode"), 1);
     const auto address =
