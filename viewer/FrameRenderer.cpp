@@ -3,7 +3,6 @@
 #include <viewer/elements/LabelDrawer.h>
 #include <viewer/makeTarget.h>
 
-#include <Viewer3dModule/host/Graphics3dItem.h>
 #include <Viewer3dModule/host/View3dSettings.h>
 #include <Viewer3dModule/scene/CurrentContextGuard.h>
 #include <Viewer3dModule/scene/Scene3d.h>
@@ -57,36 +56,21 @@ private:
 
 FrameRenderer::FrameRenderer(Scene3d& scene)
     : m_scene(scene)
+    , m_culling(scene)
     , m_eyeDome(scene)
 {
-    QObject::connect(&scene, &Scene3d::updateView, &m_listener, [this] { m_keptBounds.reset(); });
 }
 
 gmx::BoundingBox FrameRenderer::visibleBounds() const
 {
-    gmx::BoundingBox box;
-    for (const auto& entry : m_scene.getItems())
-        if (entry.second->isVisible()) box.unite(entry.second->sceneBoundingBox());
+    const gmx::BoundingBox box = m_scene.visibleBounds();
     return box.isValid() ? box : m_scene.getBounds();
-}
-
-// The scene's own bounds are compared because its signal may still be on the way.
-const gmx::BoundingBox& FrameRenderer::keptBounds() const
-{
-    const gmx::BoundingBox now = m_scene.getBounds();
-    const std::size_t items = m_scene.getItems().size();
-    if (!m_keptBounds || m_keptFor != now || m_keptItems != items) {
-        m_keptBounds = visibleBounds();
-        m_keptFor = now;
-        m_keptItems = items;
-    }
-    return *m_keptBounds;
 }
 
 glm::dmat4 FrameRenderer::projectionMatrix(const Viewpoint& viewpoint, const QSize& size) const
 {
     const View3dSettings* settings = View3dSettings::getInstance();
-    return viewpoint.projectionMatrix(keptBounds(), size, settings ? settings->getNearPlaneDist() : 1.0);
+    return viewpoint.projectionMatrix(visibleBounds(), size, settings ? settings->getNearPlaneDist() : 1.0);
 }
 
 PaintContext FrameRenderer::paintContext(const Viewpoint& viewpoint, const QSize& size, const QRect& part,
@@ -132,7 +116,7 @@ void FrameRenderer::drawPlain(const Viewpoint& viewpoint, const QSize& size, con
     gl->glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
     PaintContext pass = paintContext(viewpoint, size, tile.frustum, vertexArray);
     pass.depthOnly = depthOnly;
-    m_scene.drawFrame(pass, m_scene.getVisibilityFilter(), {});
+    m_scene.drawFrame(pass, m_scene.getVisibilityFilter(), m_culling.filter(pass));
 }
 
 void FrameRenderer::drawFrame(const Viewpoint& viewpoint, const QSize& size, unsigned int vertexArray,

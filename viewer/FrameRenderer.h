@@ -5,9 +5,9 @@
 #include <viewer/Viewpoint.h>
 
 #include <Viewer3dModule/drawers/PaintContext.h>
+#include <Viewer3dModule/scene/ViewCulling.h>
 #include <Viewer3dModule/shaders/OpenGLFunctions.h>
 
-#include <QtCore/QObject>
 #include <QtCore/QSize>
 #include <QtGui/QColor>
 
@@ -26,11 +26,14 @@ public:
     FrameRenderer& operator=(const FrameRenderer&) = delete;
 
     /// The box of what is visible, scene coordinates, as small as it really is; the scene's bounds where
-    /// nothing is. Looks at every item.
+    /// nothing is.
     gmx::BoundingBox visibleBounds() const;
     /// Eye-dome lighting of the frames from now on; off at first.
     void setEyeDomeShading(EyeDomeShading shading) { m_shading = shading; }
     EyeDomeShading eyeDomeShading() const { return m_shading; }
+    /// Whether items that a frame, or a tile of it, does not show are left out of it; they are at first. The
+    /// picture is the same.
+    void setCulling(bool enabled) { m_culling.setEnabled(enabled); }
     /// How many pixels beside a pixel its colour depends on: the reach of the tiles.
     int reach() const { return m_shading == EyeDomeShading::Off ? 0 : EyeDomePass::reach; }
     /// The projection of a picture of this size. Its near and far planes enclose all that is visible, so that
@@ -62,14 +65,9 @@ private:
     /// drawTile without what comes after the frame. Of passes that are depthOnly only the depths are of use.
     void drawPlain(const Viewpoint& viewpoint, const QSize& size, const Tile& tile, unsigned int vertexArray,
                    const QColor& background, bool depthOnly);
-    /// visibleBounds() as it was since the scene last changed: frames and picks need not look at every item.
-    const gmx::BoundingBox& keptBounds() const;
 
     Scene3d& m_scene;
+    ViewCulling m_culling;
     EyeDomePass m_eyeDome;
     EyeDomeShading m_shading = EyeDomeShading::Off;
-    QObject m_listener; // of the scene, which says by updateView that something changed
-    mutable std::optional<gmx::BoundingBox> m_keptBounds;
-    mutable gmx::BoundingBox m_keptFor; // the scene's bounds then
-    mutable std::size_t m_keptItems = 0;
 };

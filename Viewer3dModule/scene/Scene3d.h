@@ -292,6 +292,8 @@ public:
     glm::dvec3 getMin() const { return m_bounds.getMin(); }
     glm::dvec3 getMax() const { return m_bounds.getMax(); }
     glm::dvec3 getCenter() const { return m_bounds.getCenter(); }
+    /// The box of the visible items, no larger than it is, scene units; null without any.
+    gmx::BoundingBox visibleBounds();
     /// Recomputes the bounds from the visible items, asking all of them, and corrects the transform.
     void resetBounds();
     /// Says that boxes of items may have changed that were not updated, see Drawable3dItem::boundsChanged.

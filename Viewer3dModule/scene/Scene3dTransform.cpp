@@ -85,9 +85,14 @@ void Scene3d::resetBounds()
     takeBounds();
 }
 
+gmx::BoundingBox Scene3d::visibleBounds()
+{
+    return m_itemIndex->visibleBounds();
+}
+
 void Scene3d::takeBounds()
 {
-    gmx::BoundingBox bounds = m_itemIndex->visibleBounds();
+    gmx::BoundingBox bounds = visibleBounds();
     m_boundsDirty = false;
     if (!bounds.isValid()) bounds = unitBoxAroundOrigin;
     const glm::dvec3 center = bounds.getCenter();
