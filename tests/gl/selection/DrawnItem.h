@@ -30,7 +30,6 @@ public:
     std::vector<glm::dvec3> vertices; ///< scene coordinates
     GeometryInfo info;                ///< all zeros: the item gives no vertices to the scene
     int draws = 0;                    ///< since the test set it to 0
-    bool straddles = false;           ///< for tests that sort items
 
 protected:
     using Graphics3dItem::draw;

@@ -1,11 +1,9 @@
 #include "SelectionTest.h"
 
 #include <Viewer3dModule/drawables/PolyPolyline3dItem.h>
-#include <Viewer3dModule/drawers/IItem3dSelectionProvider.h>
 
 #include <algorithm>
 #include <chrono>
-#include <cmath>
 #include <cstdio>
 #include <ctime>
 #include <random>
@@ -168,54 +166,6 @@ TEST_F(SelectionSpeedTest, DISABLED_PromisesChangeNoSet)
             EXPECT_EQ(sets[0], sets[1]) << run;
         }
     }
-}
-
-// Beside a program that knows no items: it sorts spheres by where they lie, in arrays of its own, and draws
-// those that straddle the border.
-TEST_F(SelectionSpeedTest, DISABLED_BesideSpheresOnTheProcessor)
-{
-    const PaintContext context = paintContext(Width, Height);
-    for (DrawnItem* item : items) {
-        item->setDrawsOpaque(true);
-        item->setPixelReach(1.0f);
-    }
-    struct Sphere
-    {
-        glm::dvec3 center;
-        double radius;
-    };
-    std::vector<Sphere> spheres;
-    for (const DrawnItem* item : items)
-        spheres.push_back({item->box.getCenter(), item->box.getDiagonal() / 2.0});
-    const QRectF half(0, 0, Width / 2, Height);
-    std::size_t count = 0;
-    RenderTarget target(*gl, QSize(Width, Height));
-    const auto bySpheres = [&] {
-        count = 0;
-        for (std::size_t i = 0; i < items.size(); ++i) {
-            const double pixel = (spheres[i].center.x + 1.0) / 2.0 * Width;
-            const double radius = spheres[i].radius / 2.0 * Width;
-            items[i]->straddles = std::abs(pixel - Width / 2.0) < radius;
-            count += !items[i]->straddles && pixel < Width / 2.0;
-        }
-        target.bind();
-        PaintContext pass = context;
-        pass.drawMode = 3;
-        IItem3dSelectionProvider* provider = scene->getItemSelectionProvider();
-        provider->setSelectionPolygon(
-            QPolygonF({half.topLeft(), half.topRight(), half.bottomRight(), half.bottomLeft()}));
-        provider->beginSelection(pass);
-        scene->drawElements(pass, nullptr,
-                            [](Drawable3dItem* item) { return static_cast<DrawnItem*>(item)->straddles; });
-        count += provider->selectedItems().size();
-    };
-    const Time spheresTime = timeOf(bySpheres);
-    std::size_t found = 0;
-    const Time time = timeOf([&] { found = scene->selectItems(context, half, {}).size(); });
-    std::printf(
-        "half: %zu found in %.0f ms, %zu by spheres in %.0f ms: %.2f times (%.2f by processor time)\n", found,
-        time.wall, count, spheresTime.wall, time.wall / spheresTime.wall, time.used / spheresTime.used);
-    EXPECT_EQ(found, count);
 }
 
 } // namespace
