@@ -1,5 +1,5 @@
-// Our scene beside hand-written OpenGL: see docs/performance.md. Google Benchmark keeps the list of workloads
-// and picks those that are asked for; what is timed, and how, is in PairedRuns.
+// Our scene beside hand-written OpenGL: see docs/performance.md. Google Benchmark keeps and runs the list of
+// workloads; what is timed, and how, is in PairedRuns.
 #include <benchmarks/harness/Options.h>
 #include <benchmarks/harness/ResultTable.h>
 #include <benchmarks/harness/Work.h>
@@ -9,6 +9,7 @@
 #include <framework/app/Application.h>
 
 #include <QtCore/QFile>
+#include <QtCore/QRegularExpression>
 #include <QtCore/QSaveFile>
 #include <QtGui/QSurfaceFormat>
 #include <QtWidgets/QApplication>
@@ -53,12 +54,13 @@ public:
             throw std::runtime_error(options.document.toStdString() + " has no table to compare with");
     }
     /// Returns the exit status.
-    int run(const char* program)
+    int run(char* program)
     {
         for (const Work& work : allWorks())
             registerWork(work);
+        if (!m_isAnyRegistered) throw std::runtime_error("no benchmark has such a name");
         runRegistered(program);
-        if (m_results.empty()) throw std::runtime_error("no benchmark has such a name");
+        if (m_options.checks) tellOtherMachine();
         const QStringList findings = ResultTable::findings(m_results, m_recorded);
         for (const QString& line : findings)
             std::fprintf(stderr, "%s\n", qPrintable(line));
@@ -78,8 +80,10 @@ private:
     void registerWork(const Work& work)
     {
         for (const qint64 size : m_options.isQuick ? work.fewSizes : work.sizes) {
-            const std::string name = QStringLiteral("%1/%2").arg(work.key).arg(size).toStdString();
-            benchmark::RegisterBenchmark(name.c_str(),
+            const QString name = QStringLiteral("%1/%2").arg(work.key).arg(size);
+            if (!QRegularExpression(m_options.filter).match(name).hasMatch()) continue;
+            m_isAnyRegistered = true;
+            benchmark::RegisterBenchmark(qPrintable(name),
                                          [this, work, size](benchmark::State& state) {
                                              for (auto step : state) {
                                                  (void)step;
@@ -91,15 +95,10 @@ private:
         }
     }
 
-    void runRegistered(const char* program)
+    static void runRegistered(char* program)
     {
-        std::vector<std::string> texts = {program, "--benchmark_filter=" + m_options.filter.toStdString()};
-        if (m_options.filter.isEmpty()) texts.back() += "all";
-        std::vector<char*> arguments;
-        for (std::string& text : texts)
-            arguments.push_back(text.data());
-        auto count = static_cast<int>(arguments.size());
-        benchmark::Initialize(&count, arguments.data());
+        int count = 1;
+        benchmark::Initialize(&count, &program);
         QuietReporter reporter;
         benchmark::RunSpecifiedBenchmarks(&reporter);
     }
@@ -140,8 +139,19 @@ private:
             if (m_options.sides == PairedRuns::Both) continue;
             result.problem.clear(); // there is one picture only
             result.remark = QStringLiteral("alone");
+            if (result.kind == Result::Paired) result.unit = QStringLiteral("ms");
+            if (result.kind == Result::Paired) result.kind = Result::Single;
         }
         return results;
+    }
+
+    void tellOtherMachine() const
+    {
+        const Machine here = Machine::here(m_options.commit);
+        const QString document = readDocument(m_options.document);
+        if (!document.contains(here.driver) || !document.contains(here.processor))
+            std::fprintf(stderr, "the table was recorded elsewhere: here is %s on %s\n",
+                         qPrintable(here.driver), qPrintable(here.processor));
     }
 
     void writeTables() const
@@ -155,6 +165,7 @@ private:
 
     Options m_options;
     ResultTable::Figures m_recorded;
+    bool m_isAnyRegistered = false;
     std::vector<Result> m_results;
 };
 
