@@ -123,8 +123,6 @@ void FeatureItem::rebuild(const FeatureElement& element)
     m_lines.setPen(m_style.pen);
     m_lines.setPoints(std::move(geometry.lines), std::move(geometry.counts));
     m_points.reset();
-    if (!geometry.points.empty())
-        m_points = std::make_unique<MeshNode3d>(pointSet(std::move(geometry.points), m_style));
     renewLabel(element);
 }
 
@@ -200,7 +198,18 @@ void FeatureItem::draw(const PaintContext& context)
         context.stage != AreaStage && context.stage != LineStage && context.stage != PointStage;
     if (m_areas && (isWhole || context.stage == AreaStage)) drawAreas(context);
     if (isWhole || context.stage == LineStage) m_lines.draw(context);
-    if (m_points && (isWhole || context.stage == PointStage)) m_points->draw(context, 1);
+    if (isWhole || context.stage == PointStage) drawPoints(context);
+}
+
+// Most points are marks, of which there may be very many, and never draw themselves.
+void FeatureItem::drawPoints(const PaintContext& context)
+{
+    const auto* element = static_cast<const FeatureElement*>(getModelElement());
+    if (m_info.pointCount == 0 || !element) return;
+    if (!m_points)
+        m_points =
+            std::make_unique<MeshNode3d>(pointSet(FeatureGeometry(*element, m_origin).points, m_style));
+    m_points->draw(context, 1);
 }
 
 // A little behind where they are, so that outlines and points stand out.

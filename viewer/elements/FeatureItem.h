@@ -44,6 +44,7 @@ private:
     void rebuild(const FeatureElement& element);
     void rebuildAreas(const FeatureElement& element);
     void drawAreas(const PaintContext& context);
+    void drawPoints(const PaintContext& context);
     void renewLabel(const FeatureElement& element);
     void writeName(LabelDrawer& labels, const QString& text);
 
@@ -52,7 +53,7 @@ private:
     gmx::BoundingBox m_bounds; // model coordinates
     glm::dvec3 m_origin{0.0};  // model coordinates
     PolyPolyline3dItem m_lines;
-    std::unique_ptr<MeshNode3d> m_points;  // null without
+    std::unique_ptr<MeshNode3d> m_points;  // null without, and before they are first drawn
     std::unique_ptr<MeshNode3d> m_areas;   // null without
     std::unique_ptr<ElementLabel> m_label; // null without, and of points
     std::unique_ptr<NameItem> m_name;      // of points; null without
