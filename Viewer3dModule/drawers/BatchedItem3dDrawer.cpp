@@ -5,12 +5,11 @@
 #include <Viewer3dModule/drawers/BatchedItems.h>
 #include <Viewer3dModule/drawers/DrawCommands.h>
 #include <Viewer3dModule/drawers/IItem3dSelectionProvider.h>
-#include <Viewer3dModule/scene/Scene3d.h>
+#include <Viewer3dModule/drawers/RecordPass.h>
 #include <Viewer3dModule/shaders/DrawMode.h>
-#include <Viewer3dModule/shaders/ProgramVariants.h>
+#include <Viewer3dModule/shaders/Uniforms.h>
 #include <framework/graphics/InteractiveGraphicsItem.h>
 
-#include <QtCore/QVariant>
 #include <QtGui/QOpenGLShaderProgram>
 
 #include <algorithm>
@@ -24,11 +23,13 @@ struct RunKey
     GLenum mode;
     const VertexArena* arena;
     bool isIndexed;
+    bool hasVertexColors;
     float penWidth;
 
     bool operator==(const RunKey& other) const
     {
         return mode == other.mode && arena == other.arena && isIndexed == other.isIndexed &&
+               hasVertexColors == other.hasVertexColors &&
                !(penWidth < other.penWidth || penWidth > other.penWidth);
     }
 };
@@ -89,84 +90,7 @@ std::uint32_t appendCommands(std::vector<std::uint32_t>& words, const BatchedIte
     return commands;
 }
 
-// The provider that items of the pass report to; null where they report to none.
-IItem3dSelectionProvider* providerOf(const PaintContext& context)
-{
-    Scene3d* scene = context.drawer->scene();
-    if (context.drawMode != DrawMode::SelectionBufferDraw || !scene || !scene->isHasItemSelectionProvider())
-        return nullptr;
-    IItem3dSelectionProvider* provider = scene->getItemSelectionProvider();
-    return provider->bindProgram(context) ? provider : nullptr;
-}
-
-// Goes on with a prepared program after another one was in use.
-void useAgain(const PaintContext& context)
-{
-    context.program->bind();
-    providerOf(context);
-}
-
 } // namespace
-
-/// A pass with a program that reads records: the other one that a frame's pass is made of, with uniforms of
-/// its own.
-class BatchedItem3dDrawer::RecordPass : public Item3dDrawer
-{
-public:
-    explicit RecordPass(BatchedItem3dDrawer& owner)
-        : Item3dDrawer(owner.scene())
-    {
-        setParentDrawer(&owner);
-        setReadsRecords(true);
-    }
-    void draw(const PaintContext&, Filter) override {}
-    std::unique_ptr<Item3dDrawer> clone() const override { return nullptr; }
-
-    /// False when items are to be drawn one by one.
-    bool begin(const PaintContext& passContext, bool isLimitedByFence);
-
-    PaintContext context;
-    bool hasNormals = false; ///< whether records need normal matrices
-    int penWidth = -1;       ///< uniforms
-    int firstRecord = -1;
-
-private:
-    static bool readsNothingElse(const QOpenGLShaderProgram& program);
-};
-
-bool BatchedItem3dDrawer::RecordPass::begin(const PaintContext& passContext, bool isLimitedByFence)
-{
-    context = passContext;
-    OpenGLFunctions* gl = currentGLFunctions();
-    QOpenGLShaderProgram* plain = context.program;
-    if (!gl || !plain || !plain->isLinked() || context.drawMode == DrawMode::GeometryCapture) return false;
-    ProgramVariant records;
-    records.readsRecords = true;
-    if (&findProgramVariant(*plain, records) == plain) return false;
-    setInsideFence(!isLimitedByFence);
-    if (!prepareProgram(context) || !readsNothingElse(*context.program)) return false;
-    const QVariant primitives = context.program->property("primitives");
-    if (primitives.isValid()) context.primitives = primitives.toInt();
-    setShaderLightMode(true);
-    for (const int plainLook :
-         {itemUniforms().texture0, itemUniforms().filledTextureBack, itemUniforms().materialMode})
-        uniforms::set(*gl, plainLook, 0);
-    hasNormals = context.program->attributeLocation("normalMatrix") >= 0;
-    penWidth = itemUniforms().penWidth;
-    firstRecord = context.program->uniformLocation("first_record");
-    return true;
-}
-
-// Programs have stages after the first that may want to know more of an item than is handed on to them.
-bool BatchedItem3dDrawer::RecordPass::readsNothingElse(const QOpenGLShaderProgram& program)
-{
-    const int others[] = {program.uniformLocation("model"),      program.uniformLocation("normalMatrix"),
-                          program.uniformLocation("item_color"), program.uniformLocation("item_id"),
-                          program.uniformLocation("item_flags"), program.uniformLocation("uColorMode"),
-                          program.uniformLocation("glue_mask"),  program.uniformLocation("u_dashSize")};
-    return program.attributeLocation("model") >= 0 &&
-           std::none_of(std::begin(others), std::end(others), [](int location) { return location >= 0; });
-}
 
 /// Items that follow one another and are drawn together, or one by one.
 struct BatchedItem3dDrawer::Run
@@ -181,13 +105,15 @@ struct BatchedItem3dDrawer::Run
 struct BatchedItem3dDrawer::Batches
 {
     explicit Batches(BatchedItem3dDrawer& owner)
-        : pass(owner)
+        : ownColors(owner, true)
+        , allColors(owner, false)
     {
     }
 
     BatchedItems items;
     DrawCommands commands;
-    RecordPass pass;
+    RecordPass ownColors; ///< draws items without colours of vertices
+    RecordPass allColors; ///< and with them
     // of the pass that is being drawn; kept for their memory
     std::vector<std::size_t> drawn; ///< indices of the items that it draws, in order
     std::vector<Run> runs;
@@ -226,36 +152,52 @@ void BatchedItem3dDrawer::drawItems(const PaintContext& context, const Filter& f
     PaintContext alone = context;
     if (!alone.program) alone.program = getDefaultProgram();
     alone.drawer = this;
-    if (!batches.pass.begin(alone, isFenced())) {
+    if (!batches.ownColors.begin(alone, isFenced())) {
         SequentialItem3dDrawer::drawItems(context, filter);
         return;
     }
     OpenGLFunctions& gl = *currentGLFunctions();
-    plan(gl, batches.pass, filter);
-    batches.items.records().upload(gl, batches.pass.hasNormals, batches.pass.context.view);
+    plan(gl, batches.ownColors, filter);
+    batches.items.records().upload(gl, batches.ownColors.hasNormals(), context.view);
     if (!batches.words.empty())
         gl.glBindBuffer(GL_DRAW_INDIRECT_BUFFER, batches.commands.bufferOf(gl, batches.words));
-
-    bool isPrepared = false;
-    const QOpenGLShaderProgram* inUse = batches.pass.context.program;
-    for (const Run& run : batches.runs) {
-        PaintContext& wanted = run.isTogether ? batches.pass.context : alone;
-        if (!run.isTogether && !isPrepared) {
-            if (!beginPass(alone)) break;
-            isPrepared = true;
-        } else if (wanted.program != inUse) {
-            useAgain(wanted);
-        }
-        inUse = wanted.program;
-        if (run.isTogether) {
-            if (run.commandCount != 0) drawRun(gl, batches.pass, run);
-            m_drawnTogether += run.itemCount;
-            continue;
-        }
-        for (std::size_t i = run.firstItem; i < run.firstItem + run.itemCount; ++i)
-            drawWithUniforms(getItems()[batches.drawn[i]], alone);
-    }
+    drawRuns(gl, alone);
     gl.glBindBuffer(GL_DRAW_INDIRECT_BUFFER, 0);
+}
+
+// Each of the programs is prepared once, when its first run comes.
+void BatchedItem3dDrawer::drawRuns(OpenGLFunctions& gl, PaintContext& alone)
+{
+    Batches& batches = *m_batches;
+    const PaintContext plain = alone;
+    const PaintContext* last = &batches.ownColors.context();
+    bool isAlonePrepared = false, areAllColorsPrepared = false;
+    for (const Run& run : batches.runs) {
+        RecordPass& pass = run.key.hasVertexColors ? batches.allColors : batches.ownColors;
+        const PaintContext& wanted = run.isTogether ? pass.context() : alone;
+        if (!run.isTogether && !isAlonePrepared) {
+            if (!beginPass(alone)) return;
+            isAlonePrepared = true;
+        } else if (run.isTogether && run.key.hasVertexColors && !areAllColorsPrepared) {
+            if (!pass.begin(plain, isFenced())) return;
+            areAllColorsPrepared = true;
+        } else if (last != &wanted) {
+            RecordPass::useAgain(wanted);
+        }
+        last = &wanted;
+        if (run.isTogether)
+            drawTogether(gl, pass, run);
+        else
+            drawAlone(alone, run);
+    }
+}
+
+void BatchedItem3dDrawer::drawAlone(const PaintContext& context, const Run& run)
+{
+    itemPass().begin(true);
+    for (std::size_t i = run.firstItem; i < run.firstItem + run.itemCount; ++i)
+        drawWithUniforms(getItems()[m_batches->drawn[i]], context);
+    itemPass().end();
 }
 
 // Brings records up to date and finds the runs of the pass.
@@ -272,11 +214,12 @@ void BatchedItem3dDrawer::plan(OpenGLFunctions& gl, const RecordPass& pass, cons
         Drawable3dItem& item = *items[index];
         if (!item.isVisible() || (filter && !filter(&item))) continue;
         const BatchedItems::Entry& entry = batches.items.follow(gl, index, item, itemId(item));
-        const Way way = entry.isTold ? wayOf(entry, pass.context.primitives) : Way::Alone;
+        const Way way = entry.isTold ? wayOf(entry, pass.context().primitives) : Way::Alone;
         if (way == Way::NotAtAll) continue;
-        const RunKey key = way == Way::Alone ? RunKey{0, nullptr, false, 0.0f}
-                                             : RunKey{modeOf(entry.kind), entry.arena, entry.isIndexed,
-                                                      pass.penWidth >= 0 ? entry.penWidth : 0.0f};
+        const RunKey key = way == Way::Alone
+                               ? RunKey{0, nullptr, false, false, 0.0f}
+                               : RunKey{modeOf(entry.kind), entry.arena, entry.isIndexed,
+                                        entry.hasVertexColors, pass.penWidth() >= 0 ? entry.penWidth : 0.0f};
         if (batches.runs.empty() || !(batches.runs.back().key == key))
             batches.runs.push_back(
                 {way == Way::Together, key, batches.drawn.size(), 0, batches.words.size(), 0});
@@ -290,14 +233,16 @@ void BatchedItem3dDrawer::plan(OpenGLFunctions& gl, const RecordPass& pass, cons
         if (run.itemCount < static_cast<std::size_t>(std::max(m_leastRun, 0))) run.isTogether = false;
 }
 
-void BatchedItem3dDrawer::drawRun(OpenGLFunctions& gl, const RecordPass& pass, const Run& run)
+void BatchedItem3dDrawer::drawTogether(OpenGLFunctions& gl, const RecordPass& pass, const Run& run)
 {
-    if (pass.context.drawMode == DrawMode::SelectionBufferDraw) giveIndices(gl, pass, run);
-    if (pass.penWidth >= 0) uniforms::set(gl, pass.penWidth, run.key.penWidth);
+    m_drawnTogether += run.itemCount;
+    if (run.commandCount == 0) return;
+    if (pass.context().drawMode == DrawMode::SelectionBufferDraw) giveIndices(gl, pass, run);
+    uniforms::set(gl, pass.penWidth(), run.key.penWidth);
 
-    VertexArrayBinding binding(gl, pass.context.vertexArray);
+    VertexArrayBinding binding(gl, pass.context().vertexArray);
     run.key.arena->bind(binding);
-    m_batches->items.records().bind(gl, pass.hasNormals);
+    m_batches->items.records().bind(gl, pass.hasNormals());
     const auto* commands = reinterpret_cast<const void*>(run.firstWord * sizeof(std::uint32_t));
     const auto count = static_cast<GLsizei>(run.commandCount);
     if (run.key.isIndexed)
@@ -311,9 +256,9 @@ void BatchedItem3dDrawer::drawRun(OpenGLFunctions& gl, const RecordPass& pass, c
 // not draw report nothing.
 void BatchedItem3dDrawer::giveIndices(OpenGLFunctions& gl, const RecordPass& pass, const Run& run)
 {
-    IItem3dSelectionProvider* provider = providerOf(pass.context);
+    IItem3dSelectionProvider* provider = RecordPass::providerOf(pass.context());
     if (!provider) {
-        uniforms::set(gl, pass.firstRecord, std::numeric_limits<int>::max()); // no record marks anything
+        uniforms::set(gl, pass.firstRecord(), std::numeric_limits<int>::max()); // no record marks anything
         return;
     }
     const auto begin = m_batches->drawn.begin() + static_cast<std::ptrdiff_t>(run.firstItem);
@@ -324,5 +269,5 @@ void BatchedItem3dDrawer::giveIndices(OpenGLFunctions& gl, const RecordPass& pas
         if (const InteractiveGraphicsItem* hostItem = getItems()[*index]->hostItem())
             ids[*index - *begin] = hostItem->getId();
     provider->addItemIds(ids);
-    uniforms::set(gl, pass.firstRecord, static_cast<int>(*begin));
+    uniforms::set(gl, pass.firstRecord(), static_cast<int>(*begin));
 }

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <memory>
 
+class RecordPass;
+
 /// Draws what the sequential drawer draws, to the last bit and in the same order, with few draw calls: items
 /// that tell what they draw (Drawable3dItem::describeDrawing) and follow one another in the registry with the
 /// same kind of vertices are drawn by one call. It keeps a record of each such item (matrix, colour, flags,
@@ -40,12 +42,13 @@ protected:
     void drawItems(const PaintContext& context, const Filter& filter) override;
 
 private:
-    class RecordPass;
     struct Batches;
     struct Run;
 
     void plan(OpenGLFunctions& gl, const RecordPass& pass, const Filter& filter);
-    void drawRun(OpenGLFunctions& gl, const RecordPass& pass, const Run& run);
+    void drawRuns(OpenGLFunctions& gl, PaintContext& alone);
+    void drawAlone(const PaintContext& context, const Run& run);
+    void drawTogether(OpenGLFunctions& gl, const RecordPass& pass, const Run& run);
     void giveIndices(OpenGLFunctions& gl, const RecordPass& pass, const Run& run);
 
     std::unique_ptr<Batches> m_batches;

@@ -25,6 +25,7 @@ public:
         bool isTold = false;  ///< whether the item told what it draws; else nothing of the following counts
         bool hasDots = false; ///< strips of one vertex, which may be points
         bool isIndexed = false;
+        bool hasVertexColors = false; ///< that show
         ItemDrawing::Kind kind = ItemDrawing::Kind::Strips;
         float penWidth = 1.0f; ///< pixels
         VertexArena* arena = nullptr;

@@ -128,6 +128,8 @@ protected:
     /// Whether prepareProgram takes the variant of programs that reads items from records. See
     /// ProgramVariant.
     void setReadsRecords(bool reads) { m_readsRecords = reads; }
+    /// Likewise whether it takes the one that shows items' own colours only.
+    void setItemColorsOnly(bool only) { m_itemColorsOnly = only; }
 
     ItemPass& itemPass() { return m_itemPass; }
     /// saveTransformState, and what only makes that matrix the current one again: it is not set in the
@@ -165,6 +167,7 @@ private:
     bool m_obeysFence = true;
     bool m_insideFence = false;
     bool m_readsRecords = false;
+    bool m_itemColorsOnly = false;
     bool m_isForeground = false;
 
     bool m_lightModeChanged = false;

@@ -19,6 +19,7 @@ namespace {
 const char* const withColorsOnly = "RX_COLORS_ONLY";
 const char* const withoutMarks = "RX_NO_SELECTION_BUFFER";
 const char* const withRecords = "RX_USE_ITEM_RECORDS";
+const char* const withItemColorsOnly = "RX_ITEM_COLORS_ONLY";
 
 const char* defineOf(ProgramFence fence)
 {
@@ -28,7 +29,7 @@ const char* defineOf(ProgramFence fence)
 bool isPlain(const ProgramVariant& variant)
 {
     return variant.fence == ProgramFence::None && !variant.drawsMasks && !variant.marksItems &&
-           !variant.readsRecords;
+           !variant.readsRecords && !variant.itemColorsOnly;
 }
 
 /// The variants of one program, whose child this is.
@@ -45,6 +46,7 @@ public:
         , m_canMark(has(withoutMarks) && asksFor("fragment", withoutMarks))
         , m_canReadRecords(asksFor("vertex", withRecords) && !has(withRecords) &&
                            !has("RX_USE_INSTANCED_DRAW"))
+        , m_canShowLess(asksFor("fragment", withItemColorsOnly) && !has(withItemColorsOnly))
     {
     }
 
@@ -89,9 +91,10 @@ private:
         if (!m_canDrawMasks) wanted.drawsMasks = false;
         if (!m_canMark) wanted.marksItems = false;
         if (!m_canReadRecords) wanted.readsRecords = false;
+        if (!m_canShowLess) wanted.itemColorsOnly = false;
         if (isPlain(wanted)) return nullptr;
         std::optional<Variant>& variant = m_built[static_cast<int>(wanted.fence)][wanted.drawsMasks]
-                                                 [wanted.marksItems][wanted.readsRecords];
+                                                 [wanted.marksItems][wanted.readsRecords][wanted.itemColorsOnly];
         if (!variant) variant.emplace(build(wanted));
         if (variant->program) return &*variant;
         if (wanted.readsRecords)
@@ -128,6 +131,7 @@ private:
         if (wanted.marksItems) drop(withoutMarks);
         if (wanted.fence != ProgramFence::None) defines.emplace_back(defineOf(wanted.fence));
         if (wanted.readsRecords) defines.emplace_back(withRecords);
+        if (wanted.itemColorsOnly) defines.emplace_back(withItemColorsOnly);
         Variant variant;
         variant.program = buildShaderProgram(this, m_sources.files, defines, {});
         if (variant.program->isLinked()) {
@@ -154,7 +158,8 @@ private:
     bool m_canDrawMasks;
     bool m_canMark;
     bool m_canReadRecords;
-    std::optional<Variant> m_built[3][2][2][2]; ///< in the order of ProgramVariant
+    bool m_canShowLess;
+    std::optional<Variant> m_built[3][2][2][2][2]; ///< in the order of ProgramVariant
 };
 
 } // namespace

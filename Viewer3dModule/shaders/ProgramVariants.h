@@ -22,6 +22,9 @@ struct ProgramVariant
     /// Whether what an item has of its own is read from records instead of uniforms: compiled with
     /// RX_USE_ITEM_RECORDS. See ItemRecords.
     bool readsRecords = false;
+    /// Whether no item shows colours of its vertices, a texture or a material: compiled with
+    /// RX_ITEM_COLORS_ONLY.
+    bool itemColorsOnly = false;
 };
 
 /// The program that draws as this one does, and what the variant says as well: the program itself where it

@@ -2,7 +2,8 @@
 // Surfaces: plain, coloured by their vertices or textured, with or without light. What the vertices bring along is
 // chosen by the same defines as in the vertex stage; a primitive may leave attributes out that its modes do not read.
 // With RX_USE_PER_VERTEX_COLOR and RX_USE_ELEVATION_COLOR their colour is that of the height, and only the alpha is
-// that of the source.
+// that of the source. With RX_ITEM_COLORS_ONLY none of the items has a colour mode but the first one, or a material:
+// what is not read is not interpolated either, and drivers that run both sides of a condition are spared one.
 //#include "shader:Viewer3dModule/DrawModes.glsl"
 //#include "shader:Viewer3dModule/SelectionMode.glsl"
 
@@ -39,6 +40,7 @@ void chooseColors(out vec4 own_color, out vec4 highlight_color)
 {
     own_color = item.color;
     highlight_color = item.color;
+#ifndef RX_ITEM_COLORS_ONLY
 #ifdef RX_USE_PER_VERTEX_COLOR
     if (item.color_mode == vertex_color_mode) own_color = item.vertex_color;
 #endif
@@ -53,6 +55,7 @@ void chooseColors(out vec4 own_color, out vec4 highlight_color)
         }
     }
 #endif
+#endif
 #ifdef RX_USE_PER_VERTEX_COLOR
 #ifdef RX_USE_ELEVATION_COLOR
     own_color = elevColor(item.vertex_color.r) * vec4(1.0, 1.0, 1.0, own_color.a);
@@ -62,7 +65,15 @@ void chooseColors(out vec4 own_color, out vec4 highlight_color)
 
 vec3 litColor(vec3 surface_color)
 {
+#ifdef RX_ITEM_COLORS_ONLY
+    const bool has_material = false;
+#else
+#ifdef RX_ITEM_COLORS_ONLY
+    const bool has_material = false;
+#else
     bool has_material = uMaterialMode == 1;
+#endif
+#endif
 #ifdef RX_USE_PER_VERTEX_NORMAL
     if (item.is_lit != 0) {
         if (!has_material) return lightColor(surface_color);

@@ -1,0 +1,75 @@
+#include <Viewer3dModule/drawers/RecordPass.h>
+
+#include <Viewer3dModule/drawers/IItem3dSelectionProvider.h>
+#include <Viewer3dModule/scene/Scene3d.h>
+#include <Viewer3dModule/shaders/DrawMode.h>
+#include <Viewer3dModule/shaders/ProgramVariants.h>
+
+#include <QtCore/QVariant>
+#include <QtGui/QOpenGLShaderProgram>
+
+#include <algorithm>
+
+namespace {
+
+// Programs have stages after the first that may want to know more of an item than is handed on to them.
+bool readsRecordsOnly(const QOpenGLShaderProgram& program)
+{
+    const int others[] = {program.uniformLocation("model"),      program.uniformLocation("normalMatrix"),
+                          program.uniformLocation("item_color"), program.uniformLocation("item_id"),
+                          program.uniformLocation("item_flags"), program.uniformLocation("uColorMode"),
+                          program.uniformLocation("glue_mask"),  program.uniformLocation("u_dashSize")};
+    return program.attributeLocation("model") >= 0 &&
+           std::none_of(std::begin(others), std::end(others), [](int location) { return location >= 0; });
+}
+
+} // namespace
+
+RecordPass::RecordPass(Item3dDrawer& owner, bool itemColorsOnly)
+    : Item3dDrawer(owner.scene())
+    , m_itemColorsOnly(itemColorsOnly)
+{
+    setParentDrawer(&owner);
+    setReadsRecords(true);
+    setItemColorsOnly(itemColorsOnly);
+}
+
+bool RecordPass::begin(const PaintContext& context, bool isLimitedByFence)
+{
+    m_context = context;
+    OpenGLFunctions* gl = currentGLFunctions();
+    QOpenGLShaderProgram* plain = m_context.program;
+    if (!gl || !plain || !plain->isLinked() || m_context.drawMode == DrawMode::GeometryCapture) return false;
+    ProgramVariant records;
+    records.readsRecords = true;
+    records.itemColorsOnly = m_itemColorsOnly;
+    if (&findProgramVariant(*plain, records) == plain) return false;
+    setInsideFence(!isLimitedByFence);
+    if (!prepareProgram(m_context) || !readsRecordsOnly(*m_context.program)) return false;
+    const QVariant primitives = m_context.program->property("primitives");
+    if (primitives.isValid()) m_context.primitives = primitives.toInt();
+    // What items of records leave to the pass: the view's light, no texture, no material.
+    setShaderLightMode(true);
+    for (const int location :
+         {itemUniforms().texture0, itemUniforms().filledTextureBack, itemUniforms().materialMode})
+        uniforms::set(*gl, location, 0);
+    m_hasNormals = m_context.program->attributeLocation("normalMatrix") >= 0;
+    m_penWidth = itemUniforms().penWidth;
+    m_firstRecord = m_context.program->uniformLocation("first_record");
+    return true;
+}
+
+IItem3dSelectionProvider* RecordPass::providerOf(const PaintContext& context)
+{
+    Scene3d* scene = context.drawer->scene();
+    if (context.drawMode != DrawMode::SelectionBufferDraw || !scene || !scene->isHasItemSelectionProvider())
+        return nullptr;
+    IItem3dSelectionProvider* provider = scene->getItemSelectionProvider();
+    return provider->bindProgram(context) ? provider : nullptr;
+}
+
+void RecordPass::useAgain(const PaintContext& context)
+{
+    context.program->bind();
+    providerOf(context);
+}
