@@ -5,8 +5,11 @@
 #include <benchmarks/scene/MarkItem.h>
 #include <benchmarks/scene/MeshItem.h>
 
+#include <Viewer3dModule/drawers/BatchedItem3dDrawer.h>
+#include <Viewer3dModule/drawers/DrawerType.h>
 #include <Viewer3dModule/drawers/InstancedViewerOrientedTextureDrawer.h>
 #include <Viewer3dModule/host/CGraphics3dExtension.h>
+#include <Viewer3dModule/scene/ViewCulling.h>
 #include <framework/app/Application.h>
 #include <framework/model/CModelElementManager.h>
 #include <framework/model/CProjectModel.h>
@@ -16,7 +19,7 @@
 
 #include <stdexcept>
 
-BenchScene::BenchScene(const View& view)
+BenchScene::BenchScene(const View& view, Drawers drawers)
     : m_view(view)
     , m_project(Application::instance()->createProject())
     , m_scene(std::make_unique<Scene3d>(m_project->getModel(), nullptr))
@@ -24,7 +27,7 @@ BenchScene::BenchScene(const View& view)
     if (!m_scene->makeCurrent() || !m_scene->getGLFunctions())
         throw std::runtime_error("there is no OpenGL 4.3 core profile here");
     m_target = std::make_unique<RenderTarget>(gl(), view.size);
-    setUpDrawers();
+    setUpDrawers(drawers);
 }
 
 BenchScene::~BenchScene()
@@ -35,8 +38,13 @@ BenchScene::~BenchScene()
 
 // The one place where the drawers of the workloads are chosen: a drawer that is added here under a type,
 // before the types of elements, draws all items of it.
-void BenchScene::setUpDrawers()
+void BenchScene::setUpDrawers(Drawers drawers)
 {
+    if (drawers == Batched) {
+        addBatched(LineElement::Type, DrawerType::Mono);
+        addBatched(LineElement::Type, DrawerType::WideLines);
+        addBatched(MeshElement::Type, DrawerType::Mesh);
+    }
     m_scene->addDefaultDrawer(MarkItem::DrawerKind,
                               std::make_unique<InstancedViewerOrientedTextureDrawer>(m_scene.get()));
     m_scene->addDefaultDrawer(LabelItem::DrawerKind, std::make_unique<LabelItemDrawer>(m_scene.get()));
@@ -47,10 +55,19 @@ void BenchScene::setUpDrawers()
     CGraphics3dExtension::registerElementType<LabelElement, LabelItem>(LabelElement::Type, m_scene.get());
 }
 
-// Likewise for what a view leaves out of its frames.
-Scene3d::ItemFilter BenchScene::frameFilter(const PaintContext&)
+// In place of the clone of the default drawer that the first item would make.
+void BenchScene::addBatched(int visibilityType, int drawerType)
 {
-    return {};
+    const auto& sequential =
+        dynamic_cast<const SequentialItem3dDrawer&>(*m_scene->getDefaultDrawer(drawerType));
+    m_scene->addDrawer(visibilityType, drawerType,
+                       std::make_unique<BatchedItem3dDrawer>(m_scene.get(), sequential.getDefaultProgram()));
+}
+
+// Likewise for what a view leaves out of its frames: what it does not show.
+Scene3d::ItemFilter BenchScene::frameFilter(const PaintContext& context)
+{
+    return ViewCulling(*m_scene).filter(context);
 }
 
 std::vector<CModelElement*> BenchScene::add(std::vector<std::unique_ptr<CModelElement>> elements)

@@ -18,7 +18,12 @@ class RenderTarget;
 class BenchScene
 {
 public:
-    explicit BenchScene(const View& view);
+    /// How items of lines and meshes are drawn.
+    enum Drawers {
+        Sequential, ///< as scenes do by themselves
+        Batched     ///< by BatchedItem3dDrawer
+    };
+    explicit BenchScene(const View& view, Drawers drawers = Sequential);
     ~BenchScene();
     BenchScene(const BenchScene&) = delete;
     BenchScene& operator=(const BenchScene&) = delete;
@@ -44,7 +49,8 @@ public:
     Scene3d::ItemFilter frameFilter(const PaintContext& context);
 
 private:
-    void setUpDrawers();
+    void setUpDrawers(Drawers drawers);
+    void addBatched(int visibilityType, int drawerType);
 
     View m_view;
     std::unique_ptr<CProject> m_project;

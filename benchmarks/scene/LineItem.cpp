@@ -31,6 +31,12 @@ int LineItem::getDefaultDrawerType() const
     return m_element->width() > 1.0f ? DrawerType::WideLines : DrawerType::Mono;
 }
 
+bool LineItem::describeDrawing(ItemDrawing& drawing)
+{
+    m_line.describe(drawing, QPen(m_element->color(), static_cast<double>(m_element->width())));
+    return true;
+}
+
 void LineItem::draw(const PaintContext& context)
 {
     m_line.setPen(context, m_pen);

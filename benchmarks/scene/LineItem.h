@@ -15,6 +15,7 @@ public:
     void updateDataImpl() override;
     gmx::BoundingBox sceneBoundingBox() const override { return m_bounds; }
     int getDefaultDrawerType() const override;
+    bool describeDrawing(ItemDrawing& drawing) override;
     GeometryInfo getGeometryInfo() override { return m_line.getGeometryInfo(); }
 
 protected:
@@ -23,7 +24,7 @@ protected:
 
 private:
     LineElement* m_element;
-    Polyline3dPrimitive m_line;
+    Polyline3dPrimitive m_line{Polyline3dPrimitive::Storage::Shared};
     LinePen m_pen;
     gmx::BoundingBox m_bounds;
 };

@@ -14,6 +14,7 @@ public:
     void updateDataImpl() override;
     gmx::BoundingBox sceneBoundingBox() const override { return m_bounds; }
     int getDefaultDrawerType() const override { return m_node->getDrawerType(); }
+    bool describeDrawing(ItemDrawing& drawing) override { return m_node->describeDrawing(drawing); }
     GeometryInfo getGeometryInfo() override { return m_node->getGeometryInfo(); }
     int getNodePointsCount() const override { return m_node->getVertexCount(); }
 

@@ -1,5 +1,6 @@
 #include <benchmarks/works/boxWorks.h>
 
+#include <benchmarks/plain/PlainAtOnce.h>
 #include <benchmarks/plain/PlainBoxes.h>
 #include <benchmarks/works/addElements.h>
 #include <benchmarks/works/compareFrames.h>
@@ -19,6 +20,18 @@ std::vector<Result> compareBoxes(qint64 size, const PairedRuns::Effort& effort)
         scene, context, [&] { plain.draw(); }, effort, 0.005);
 }
 
+std::vector<Result> compareBatched(qint64 size, const PairedRuns::Effort& effort)
+{
+    const View view = View::whole();
+    const BoxSet set(size);
+    BenchScene scene(view, BenchScene::Batched);
+    addBoxes(scene, set);
+    PlainContext context(view.size);
+    PlainAtOnce plain(context, set, view, lightOf(view));
+    return compareFrames(
+        scene, context, [&] { plain.draw(); }, effort, 0.005);
+}
+
 } // namespace
 
 std::vector<Work> boxWorks()
@@ -28,5 +41,11 @@ std::vector<Work> boxWorks()
              1.05,
              {1000, 10000},
              {1000, 10000},
-             compareBoxes}};
+             compareBoxes},
+            {QStringLiteral("B3m"),
+             QStringLiteral("the batched drawer, beside one draw for all"),
+             1.20,
+             {1000, 10000},
+             {10000},
+             compareBatched}};
 }

@@ -1,5 +1,6 @@
 #include <benchmarks/works/lineWorks.h>
 
+#include <benchmarks/plain/PlainAtOnce.h>
 #include <benchmarks/plain/PlainLines.h>
 #include <benchmarks/works/addElements.h>
 #include <benchmarks/works/compareFrames.h>
@@ -27,6 +28,34 @@ std::vector<Result> compareLines(qint64 size, const PairedRuns::Effort& effort, 
     plain.load(set);
     return compareFrames(
         scene, context, [&] { plain.draw(); }, effort, pen.allowed);
+}
+
+std::vector<Result> compareBatched(qint64 size, const PairedRuns::Effort& effort, bool isAtOnce)
+{
+    const LineSet set(size);
+    const View view = View::whole();
+    BenchScene scene(view, BenchScene::Batched);
+    addLines(scene, set, 1.0f);
+    PlainContext context(view.size);
+    if (isAtOnce) {
+        PlainAtOnce plain(context, set, view);
+        return compareFrames(
+            scene, context, [&] { plain.draw(); }, effort, 0.005);
+    }
+    PlainLines plain(context, view, PlainLines::Thin, 1.0f);
+    plain.load(set);
+    return compareFrames(
+        scene, context, [&] { plain.draw(); }, effort, 0.005);
+}
+
+Work batched(const QString& key, const QString& title, double goal, bool isAtOnce)
+{
+    return {key,
+            title,
+            goal,
+            {1000, 10000, 100000},
+            {10000},
+            [isAtOnce](qint64 size, const auto& effort) { return compareBatched(size, effort, isAtOnce); }};
 }
 
 Work drawing(const QString& key, const QString& title, const Pen& pen)
@@ -58,6 +87,10 @@ std::vector<Work> lineWorks()
     return {
         drawing(QStringLiteral("B1"), QStringLiteral("polylines, 1 px, beside one draw an item"),
                 {1.0f, PlainLines::Thin, 0.005}),
+        batched(QStringLiteral("B1b"), QStringLiteral("the batched drawer, beside one draw an item"), 0.85,
+                false),
+        batched(QStringLiteral("B1m"), QStringLiteral("the batched drawer, beside one draw for all"), 1.20,
+                true),
         drawing(QStringLiteral("B2"), QStringLiteral("polylines, 5 px, beside a geometry stage"),
                 {5.0f, PlainLines::Stage, wideAllowed}),
         drawing(QStringLiteral("B2q"), QStringLiteral("polylines, 5 px, beside pulled quads"),
