@@ -68,11 +68,7 @@ vec3 litColor(vec3 surface_color)
 #ifdef RX_ITEM_COLORS_ONLY
     const bool has_material = false;
 #else
-#ifdef RX_ITEM_COLORS_ONLY
-    const bool has_material = false;
-#else
     bool has_material = uMaterialMode == 1;
-#endif
 #endif
 #ifdef RX_USE_PER_VERTEX_NORMAL
     if (item.is_lit != 0) {
