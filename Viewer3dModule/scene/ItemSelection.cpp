@@ -155,7 +155,10 @@ int ItemSelection::kindsMarkedBy(const Item3dDrawer* drawer)
     const auto* sequential = static_cast<const SequentialItem3dDrawer*>(drawer);
     QOpenGLShaderProgram* program = m_pass.program ? m_pass.program : sequential->getDefaultProgram();
     if (!program || !program->isLinked()) return 0;
-    program = &findProgramVariant(*program, {ProgramFence::None, true});
+    ProgramVariant marking;
+    marking.drawsMasks = true;
+    marking.marksItems = true;
+    program = &findProgramVariant(*program, marking);
     if (program->uniformLocation("item_index") < 0 || program->uniformLocation("selection_rect") < 0)
         return 0;
     const QVariant kinds = program->property("primitives");
