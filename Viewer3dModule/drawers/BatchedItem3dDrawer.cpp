@@ -6,13 +6,16 @@
 #include <Viewer3dModule/drawers/DrawCommands.h>
 #include <Viewer3dModule/drawers/IItem3dSelectionProvider.h>
 #include <Viewer3dModule/drawers/RecordPass.h>
+#include <Viewer3dModule/host/View3dSettings.h>
 #include <Viewer3dModule/shaders/DrawMode.h>
+#include <Viewer3dModule/shaders/ProgramVariants.h>
 #include <Viewer3dModule/shaders/Uniforms.h>
 #include <framework/graphics/InteractiveGraphicsItem.h>
 
 #include <QtGui/QOpenGLShaderProgram>
 
 #include <algorithm>
+#include <array>
 #include <limits>
 
 namespace {
@@ -23,14 +26,13 @@ struct RunKey
     GLenum mode;
     const VertexArena* arena;
     bool isIndexed;
-    bool hasVertexColors;
+    ProgramColors colors;
     float penWidth;
 
     bool operator==(const RunKey& other) const
     {
         return mode == other.mode && arena == other.arena && isIndexed == other.isIndexed &&
-               hasVertexColors == other.hasVertexColors &&
-               !(penWidth < other.penWidth || penWidth > other.penWidth);
+               colors == other.colors && !(penWidth < other.penWidth || penWidth > other.penWidth);
     }
 };
 
@@ -46,6 +48,13 @@ GLenum modeOf(ItemDrawing::Kind kind)
     default:
         return GL_LINE_STRIP;
     }
+}
+
+ProgramColors colorsOf(const BatchedItems::Entry& entry, bool isHighlightVisible)
+{
+    if (entry.hasVertexColors) return ProgramColors::All;
+    return (entry.isHighlighted ? isHighlightVisible : entry.isVisible) ? ProgramColors::VisibleItems
+                                                                        : ProgramColors::OfItems;
 }
 
 enum class Way { Together, Alone, NotAtAll };
@@ -105,20 +114,22 @@ struct BatchedItem3dDrawer::Run
 struct BatchedItem3dDrawer::Batches
 {
     explicit Batches(BatchedItem3dDrawer& owner)
-        : ownColors(owner, true)
-        , allColors(owner, false)
+        : passes{{{owner, ProgramColors::All},
+                  {owner, ProgramColors::OfItems},
+                  {owner, ProgramColors::VisibleItems}}}
     {
     }
 
     BatchedItems items;
     DrawCommands commands;
-    RecordPass ownColors; ///< draws items without colours of vertices
-    RecordPass allColors; ///< and with them
+    std::array<RecordPass, 3> passes; ///< by ProgramColors
     // of the pass that is being drawn; kept for their memory
     std::vector<std::size_t> drawn; ///< indices of the items that it draws, in order
     std::vector<Run> runs;
     std::vector<std::uint32_t> words; ///< of all commands
     std::vector<LONGID> ids;
+
+    RecordPass& passFor(ProgramColors colors) { return passes[static_cast<std::size_t>(colors)]; }
 };
 
 BatchedItem3dDrawer::BatchedItem3dDrawer(Scene3d* scene, QOpenGLShaderProgram* defaultProgram)
@@ -152,13 +163,14 @@ void BatchedItem3dDrawer::drawItems(const PaintContext& context, const Filter& f
     PaintContext alone = context;
     if (!alone.program) alone.program = getDefaultProgram();
     alone.drawer = this;
-    if (!batches.ownColors.begin(alone, isFenced())) {
+    RecordPass& mostly = batches.passFor(ProgramColors::VisibleItems);
+    if (!mostly.begin(alone, isFenced())) {
         SequentialItem3dDrawer::drawItems(context, filter);
         return;
     }
     OpenGLFunctions& gl = *currentGLFunctions();
-    plan(gl, batches.ownColors, filter);
-    batches.items.records().upload(gl, batches.ownColors.hasNormals(), context.view);
+    plan(gl, mostly, filter);
+    batches.items.records().upload(gl, mostly.hasNormals(), context.view);
     if (!batches.words.empty())
         gl.glBindBuffer(GL_DRAW_INDIRECT_BUFFER, batches.commands.bufferOf(gl, batches.words));
     drawRuns(gl, alone);
@@ -170,21 +182,18 @@ void BatchedItem3dDrawer::drawRuns(OpenGLFunctions& gl, PaintContext& alone)
 {
     Batches& batches = *m_batches;
     const PaintContext plain = alone;
-    const PaintContext* last = &batches.ownColors.context();
-    bool isAlonePrepared = false, areAllColorsPrepared = false;
+    const PaintContext* last = &batches.passFor(ProgramColors::VisibleItems).context();
+    std::array<const PaintContext*, 4> prepared{last};
     for (const Run& run : batches.runs) {
-        RecordPass& pass = run.key.hasVertexColors ? batches.allColors : batches.ownColors;
-        const PaintContext& wanted = run.isTogether ? pass.context() : alone;
-        if (!run.isTogether && !isAlonePrepared) {
-            if (!beginPass(alone)) return;
-            isAlonePrepared = true;
-        } else if (run.isTogether && run.key.hasVertexColors && !areAllColorsPrepared) {
-            if (!pass.begin(plain, isFenced())) return;
-            areAllColorsPrepared = true;
-        } else if (last != &wanted) {
-            RecordPass::useAgain(wanted);
+        RecordPass& pass = batches.passFor(run.key.colors);
+        const PaintContext* wanted = run.isTogether ? &pass.context() : &alone;
+        if (std::find(prepared.begin(), prepared.end(), wanted) == prepared.end()) {
+            if (!(run.isTogether ? pass.begin(plain, isFenced()) : beginPass(alone))) return;
+            *std::find(prepared.begin(), prepared.end(), nullptr) = wanted;
+        } else if (last != wanted) {
+            RecordPass::useAgain(*wanted);
         }
-        last = &wanted;
+        last = wanted;
         if (run.isTogether)
             drawTogether(gl, pass, run);
         else
@@ -210,16 +219,18 @@ void BatchedItem3dDrawer::plan(OpenGLFunctions& gl, const RecordPass& pass, cons
     const std::vector<Drawable3dItem*>& items = getItems();
     batches.items.resize(items.size());
     batches.items.setBase(getTransform());
+    const View3dSettings* settings = View3dSettings::getInstance();
+    const bool isHighlightVisible = !settings || settings->getSelectedColor().alpha() != 0;
     for (std::size_t index = 0; index < items.size(); ++index) {
         Drawable3dItem& item = *items[index];
         if (!item.isVisible() || (filter && !filter(&item))) continue;
         const BatchedItems::Entry& entry = batches.items.follow(gl, index, item, itemId(item));
         const Way way = entry.isTold ? wayOf(entry, pass.context().primitives) : Way::Alone;
         if (way == Way::NotAtAll) continue;
-        const RunKey key = way == Way::Alone
-                               ? RunKey{0, nullptr, false, false, 0.0f}
-                               : RunKey{modeOf(entry.kind), entry.arena, entry.isIndexed,
-                                        entry.hasVertexColors, pass.penWidth() >= 0 ? entry.penWidth : 0.0f};
+        RunKey key{0, nullptr, false, ProgramColors::All, 0.0f};
+        if (way == Way::Together)
+            key = {modeOf(entry.kind), entry.arena, entry.isIndexed, colorsOf(entry, isHighlightVisible),
+                   pass.penWidth() >= 0 ? entry.penWidth : 0.0f};
         if (batches.runs.empty() || !(batches.runs.back().key == key))
             batches.runs.push_back(
                 {way == Way::Together, key, batches.drawn.size(), 0, batches.words.size(), 0});

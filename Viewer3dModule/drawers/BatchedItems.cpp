@@ -73,6 +73,7 @@ void BatchedItems::place(OpenGLFunctions& gl, Entry& entry, const ItemDrawing& d
     arena->fill(gl, entry.place, drawing);
     entry.kind = drawing.kind;
     entry.isIndexed = drawing.indices != 0;
+    entry.isVisible = drawing.color.alpha() != 0;
     entry.hasVertexColors = drawing.colorMode == ColorMode::Vertices;
     entry.penWidth = drawing.penWidth;
     entry.stretches = drawing.stretches;

@@ -26,6 +26,7 @@ public:
         bool hasDots = false; ///< strips of one vertex, which may be points
         bool isIndexed = false;
         bool hasVertexColors = false; ///< that show
+        bool isVisible = true;        ///< its own colour has an alpha above 0
         ItemDrawing::Kind kind = ItemDrawing::Kind::Strips;
         float penWidth = 1.0f; ///< pixels
         VertexArena* arena = nullptr;

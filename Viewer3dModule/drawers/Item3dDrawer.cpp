@@ -146,7 +146,7 @@ bool Item3dDrawer::prepareProgram(PaintContext& context)
         variant.drawsMasks = context.drawMode != DrawMode::OrdinalDraw;
         variant.marksItems = context.drawMode == DrawMode::SelectionBufferDraw;
         variant.readsRecords = m_readsRecords;
-        variant.itemColorsOnly = m_itemColorsOnly;
+        variant.colors = m_programColors;
         if (isFenced())
             variant.fence = m_scene->getFence()->getFenceType() == Fence3DObject::SphereFence
                                 ? ProgramFence::Sphere

@@ -18,6 +18,7 @@
 
 class ContextualItem3dDrawer;
 class Drawable3dItem;
+enum class ProgramColors;
 class IItem3dSelectionProvider;
 
 /// A render strategy: draws all items of its registry, which it does not own, with one program.
@@ -128,8 +129,8 @@ protected:
     /// Whether prepareProgram takes the variant of programs that reads items from records. See
     /// ProgramVariant.
     void setReadsRecords(bool reads) { m_readsRecords = reads; }
-    /// Likewise whether it takes the one that shows items' own colours only.
-    void setItemColorsOnly(bool only) { m_itemColorsOnly = only; }
+    /// Likewise which colours the variant is to show.
+    void setProgramColors(ProgramColors colors) { m_programColors = colors; }
 
     ItemPass& itemPass() { return m_itemPass; }
     /// saveTransformState, and what only makes that matrix the current one again: it is not set in the
@@ -167,7 +168,7 @@ private:
     bool m_obeysFence = true;
     bool m_insideFence = false;
     bool m_readsRecords = false;
-    bool m_itemColorsOnly = false;
+    ProgramColors m_programColors = ProgramColors(); // all
     bool m_isForeground = false;
 
     bool m_lightModeChanged = false;

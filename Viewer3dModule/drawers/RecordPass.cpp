@@ -25,13 +25,13 @@ bool readsRecordsOnly(const QOpenGLShaderProgram& program)
 
 } // namespace
 
-RecordPass::RecordPass(Item3dDrawer& owner, bool itemColorsOnly)
+RecordPass::RecordPass(Item3dDrawer& owner, ProgramColors colors)
     : Item3dDrawer(owner.scene())
-    , m_itemColorsOnly(itemColorsOnly)
+    , m_colors(colors)
 {
     setParentDrawer(&owner);
     setReadsRecords(true);
-    setItemColorsOnly(itemColorsOnly);
+    setProgramColors(colors);
 }
 
 bool RecordPass::begin(const PaintContext& context, bool isLimitedByFence)
@@ -42,7 +42,7 @@ bool RecordPass::begin(const PaintContext& context, bool isLimitedByFence)
     if (!gl || !plain || !plain->isLinked() || m_context.drawMode == DrawMode::GeometryCapture) return false;
     ProgramVariant records;
     records.readsRecords = true;
-    records.itemColorsOnly = m_itemColorsOnly;
+    records.colors = m_colors;
     if (&findProgramVariant(*plain, records) == plain) return false;
     setInsideFence(!isLimitedByFence);
     if (!prepareProgram(m_context) || !readsRecordsOnly(*m_context.program)) return false;

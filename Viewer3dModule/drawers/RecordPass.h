@@ -9,8 +9,7 @@ class IItem3dSelectionProvider;
 class RecordPass : public Item3dDrawer
 {
 public:
-    /// @param itemColorsOnly  for items that show no colours of vertices
-    RecordPass(Item3dDrawer& owner, bool itemColorsOnly);
+    RecordPass(Item3dDrawer& owner, ProgramColors colors);
     void draw(const PaintContext&, Filter) override {}
     std::unique_ptr<Item3dDrawer> clone() const override { return nullptr; }
 
@@ -34,7 +33,7 @@ public:
 
 private:
     PaintContext m_context;
-    bool m_itemColorsOnly;
+    ProgramColors m_colors;
     bool m_hasNormals = false;
     int m_penWidth = -1;
     int m_firstRecord = -1;

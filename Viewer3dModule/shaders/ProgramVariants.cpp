@@ -20,6 +20,7 @@ const char* const withColorsOnly = "RX_COLORS_ONLY";
 const char* const withoutMarks = "RX_NO_SELECTION_BUFFER";
 const char* const withRecords = "RX_USE_ITEM_RECORDS";
 const char* const withItemColorsOnly = "RX_ITEM_COLORS_ONLY";
+const char* const withVisibleItemsOnly = "RX_VISIBLE_ITEMS_ONLY";
 
 const char* defineOf(ProgramFence fence)
 {
@@ -29,7 +30,7 @@ const char* defineOf(ProgramFence fence)
 bool isPlain(const ProgramVariant& variant)
 {
     return variant.fence == ProgramFence::None && !variant.drawsMasks && !variant.marksItems &&
-           !variant.readsRecords && !variant.itemColorsOnly;
+           !variant.readsRecords && variant.colors == ProgramColors::All;
 }
 
 /// The variants of one program, whose child this is.
@@ -46,7 +47,8 @@ public:
         , m_canMark(has(withoutMarks) && asksFor("fragment", withoutMarks))
         , m_canReadRecords(asksFor("vertex", withRecords) && !has(withRecords) &&
                            !has("RX_USE_INSTANCED_DRAW"))
-        , m_canShowLess(asksFor("fragment", withItemColorsOnly) && !has(withItemColorsOnly))
+        , m_canShowItemColors(asksFor("fragment", withItemColorsOnly))
+        , m_canShowVisibleItems(asksFor("fragment", withVisibleItemsOnly))
     {
     }
 
@@ -91,10 +93,14 @@ private:
         if (!m_canDrawMasks) wanted.drawsMasks = false;
         if (!m_canMark) wanted.marksItems = false;
         if (!m_canReadRecords) wanted.readsRecords = false;
-        if (!m_canShowLess) wanted.itemColorsOnly = false;
+        if (wanted.colors == ProgramColors::VisibleItems && !m_canShowVisibleItems)
+            wanted.colors = ProgramColors::OfItems;
+        if (wanted.colors == ProgramColors::OfItems && !m_canShowItemColors)
+            wanted.colors = ProgramColors::All;
         if (isPlain(wanted)) return nullptr;
-        std::optional<Variant>& variant = m_built[static_cast<int>(wanted.fence)][wanted.drawsMasks]
-                                                 [wanted.marksItems][wanted.readsRecords][wanted.itemColorsOnly];
+        std::optional<Variant>& variant =
+            m_built[static_cast<int>(wanted.fence)][wanted.drawsMasks][wanted.marksItems][wanted.readsRecords]
+                   [static_cast<int>(wanted.colors)];
         if (!variant) variant.emplace(build(wanted));
         if (variant->program) return &*variant;
         if (wanted.readsRecords)
@@ -131,7 +137,8 @@ private:
         if (wanted.marksItems) drop(withoutMarks);
         if (wanted.fence != ProgramFence::None) defines.emplace_back(defineOf(wanted.fence));
         if (wanted.readsRecords) defines.emplace_back(withRecords);
-        if (wanted.itemColorsOnly) defines.emplace_back(withItemColorsOnly);
+        if (wanted.colors != ProgramColors::All) defines.emplace_back(withItemColorsOnly);
+        if (wanted.colors == ProgramColors::VisibleItems) defines.emplace_back(withVisibleItemsOnly);
         Variant variant;
         variant.program = buildShaderProgram(this, m_sources.files, defines, {});
         if (variant.program->isLinked()) {
@@ -158,8 +165,9 @@ private:
     bool m_canDrawMasks;
     bool m_canMark;
     bool m_canReadRecords;
-    bool m_canShowLess;
-    std::optional<Variant> m_built[3][2][2][2][2]; ///< in the order of ProgramVariant
+    bool m_canShowItemColors;
+    bool m_canShowVisibleItems;
+    std::optional<Variant> m_built[3][2][2][2][3]; ///< in the order of ProgramVariant
 };
 
 } // namespace

@@ -11,6 +11,13 @@ enum class ProgramFence {
     Swept   ///< a polygon swept into depth, compiled with RX_USE_SWEPT_FENCE
 };
 
+/// Which colours a program has to be able to show.
+enum class ProgramColors {
+    All,         ///< those of vertices, textures and materials, too
+    OfItems,     ///< one an item, compiled with RX_ITEM_COLORS_ONLY
+    VisibleItems ///< and none of them has an alpha of 0, compiled with RX_VISIBLE_ITEMS_ONLY besides
+};
+
 /// What a pass needs of a program beyond what it is by itself.
 struct ProgramVariant
 {
@@ -22,9 +29,7 @@ struct ProgramVariant
     /// Whether what an item has of its own is read from records instead of uniforms: compiled with
     /// RX_USE_ITEM_RECORDS. See ItemRecords.
     bool readsRecords = false;
-    /// Whether no item shows colours of its vertices, a texture or a material: compiled with
-    /// RX_ITEM_COLORS_ONLY.
-    bool itemColorsOnly = false;
+    ProgramColors colors = ProgramColors::All;
 };
 
 /// The program that draws as this one does, and what the variant says as well: the program itself where it

@@ -78,7 +78,10 @@ void writeItem(vec4 item_color, uvec2 item_id, int instance_index, vec4 place, v
     item_id_low = vec4(0.0);
     item_id_hi = vec4(0.0);
     coords_w = vec4(0.0);
+    // Where no alpha can be 0, a program without this lets the driver look at depths before it is run.
+#ifndef ALL_IS_VISIBLE
     if (item_color.a == 0.0) discard;
+#endif
     bool is_outside = isOutsideFence(place);
     if (is_outside && !(fence_gray_preview && draw_mode == ordinal_draw)) discard;
     if (draw_mode == ordinal_draw) {

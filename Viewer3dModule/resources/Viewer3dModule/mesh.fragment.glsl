@@ -3,7 +3,11 @@
 // chosen by the same defines as in the vertex stage; a primitive may leave attributes out that its modes do not read.
 // With RX_USE_PER_VERTEX_COLOR and RX_USE_ELEVATION_COLOR their colour is that of the height, and only the alpha is
 // that of the source. With RX_ITEM_COLORS_ONLY none of the items has a colour mode but the first one, or a material:
-// what is not read is not interpolated either, and drivers that run both sides of a condition are spared one.
+// what is not read is not interpolated either, and drivers that run both sides of a condition are spared one. With
+// RX_VISIBLE_ITEMS_ONLY besides, see SelectionMode.glsl.
+#if defined(RX_VISIBLE_ITEMS_ONLY) && !defined(RX_USE_ELEVATION_COLOR)
+#define ALL_IS_VISIBLE
+#endif
 //#include "shader:Viewer3dModule/DrawModes.glsl"
 //#include "shader:Viewer3dModule/SelectionMode.glsl"
 

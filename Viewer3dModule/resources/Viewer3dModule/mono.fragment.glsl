@@ -1,6 +1,10 @@
 #version 430 core
 // One colour: the item's, or with RX_USE_PER_VERTEX_COLOR that of the vertices, or with RX_USE_ELEVATION_COLOR besides
-// that of the height, as transparent as the item and its vertices are.
+// that of the height, as transparent as the item and its vertices are. With RX_VISIBLE_ITEMS_ONLY see
+// SelectionMode.glsl.
+#if defined(RX_VISIBLE_ITEMS_ONLY) && !defined(RX_USE_ELEVATION_COLOR)
+#define ALL_IS_VISIBLE
+#endif
 //#include "shader:Viewer3dModule/DrawModes.glsl"
 //#include "shader:Viewer3dModule/GluePriority.glsl"
 //#include "shader:Viewer3dModule/SelectionMode.glsl"
