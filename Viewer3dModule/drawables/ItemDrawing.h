@@ -34,6 +34,7 @@ struct ItemDrawing
     unsigned int colors = 0;    ///< four bytes a vertex, 0 to 255 for 0 to 1; 0: none
     unsigned int indices = 0;   ///< 32 bits each, counted from the item's first vertex; 0: none
     std::size_t firstVertex = 0;
+    std::size_t firstIndex = 0;    ///< the item's own, in the buffer of indices
     std::uint32_t vertexCount = 0; ///< of the item's own, from that one on, in every buffer of vertices
     std::uint32_t indexCount = 0;
 

@@ -1,11 +1,11 @@
 #include <Viewer3dModule/drawables/MeshNode3d.h>
 
-#include <Viewer3dModule/drawables/GlBuffer.h>
 #include <Viewer3dModule/drawables/GlTexture.h>
 #include <Viewer3dModule/drawables/ItemDrawing.h>
 #include <Viewer3dModule/drawables/ItemLook.h>
 #include <Viewer3dModule/drawables/MeshNormals.h>
 #include <Viewer3dModule/drawables/VertexArrayBinding.h>
+#include <Viewer3dModule/drawables/VertexPool.h>
 #include <Viewer3dModule/drawers/DrawerType.h>
 #include <Viewer3dModule/drawers/Item3dDrawer.h>
 #include <Viewer3dModule/drawers/PaintContext.h>
@@ -121,11 +121,23 @@ Drawable3dPrimitive::GeometryInfo geometryInfoOf(const MeshData& data)
     return info;
 }
 
+enum Stream { Positions, Normals, Colors, TexCoords };
+constexpr vertex_pool::Layout indicesOnly = {sizeof(std::uint32_t)};
+
+vertex_pool::Layout layoutOf(const MeshData& data)
+{
+    vertex_pool::Layout layout = {sizeof(glm::vec3)};
+    if (!data.normals.empty()) layout[Normals] = sizeof(glm::vec3);
+    if (!data.colors.empty()) layout[Colors] = sizeof(std::uint32_t);
+    if (!data.texCoords.empty()) layout[TexCoords] = sizeof(glm::vec2);
+    return layout;
+}
+
 // Uploads the values, if there are any, and frees their memory.
 template <class T>
-void moveTo(GlBuffer& buffer, OpenGLFunctions& gl, std::vector<T>& values)
+void moveTo(const vertex_pool::Slice& slice, std::size_t stream, OpenGLFunctions& gl, std::vector<T>& values)
 {
-    if (!values.empty()) buffer.upload(gl, values, GL_STATIC_DRAW);
+    slice.write(gl, stream, 0, values.data(), values.size());
     values = std::vector<T>();
 }
 
@@ -172,8 +184,9 @@ struct MeshNode3d::Private
 {
     explicit Private(MeshData meshData);
     void upload(OpenGLFunctions& gl);
-    void bindAttributes(VertexArrayBinding& binding) const;
-    void drawPart(const MeshData::Part& part, OpenGLFunctions& gl, PartLook& look, int instances) const;
+    int bindAttributes(VertexArrayBinding& binding, bool countsFromZero) const;
+    void drawPart(const MeshData::Part& part, OpenGLFunctions& gl, PartLook& look, int instances,
+                  int firstVertex) const;
     unsigned int textureOf(const MeshData::Part& part) const;
     bool hasOneLook() const;
     void describeLook(ItemDrawing& drawing, const MeshData::Part& part) const;
@@ -187,11 +200,9 @@ struct MeshNode3d::Private
     bool isSolid = false;
 
     bool isUploaded = false;
-    GlBuffer positions;
-    GlBuffer normals;
-    GlBuffer colors;
-    GlBuffer texCoords;
-    GlBuffer indices;
+    vertex_pool::Layout layout = {};
+    vertex_pool::Slice vertices;
+    vertex_pool::Slice indices;
     std::vector<GlTexture> textures; // one an image, without a name where the image is null
 };
 
@@ -204,6 +215,7 @@ MeshNode3d::Private::Private(MeshData meshData)
     completeNormals(data);
     totalCount = data.positions.size();
     indexCount = data.indices.size();
+    layout = layoutOf(data);
     info = geometryInfoOf(data);
     isSolid = isSolidMesh(data);
 }
@@ -211,11 +223,13 @@ MeshNode3d::Private::Private(MeshData meshData)
 void MeshNode3d::Private::upload(OpenGLFunctions& gl)
 {
     isUploaded = true;
-    moveTo(positions, gl, data.positions);
-    moveTo(normals, gl, data.normals);
-    moveTo(colors, gl, data.colors);
-    moveTo(texCoords, gl, data.texCoords);
-    moveTo(indices, gl, data.indices);
+    vertices = vertex_pool::Slice(gl, layout, totalCount);
+    indices = vertex_pool::Slice(gl, indicesOnly, indexCount);
+    moveTo(vertices, Positions, gl, data.positions);
+    moveTo(vertices, Normals, gl, data.normals);
+    moveTo(vertices, Colors, gl, data.colors);
+    moveTo(vertices, TexCoords, gl, data.texCoords);
+    moveTo(indices, 0, gl, data.indices);
     for (QImage& image : data.images) {
         textures.emplace_back().upload(gl, image);
         image = QImage();
@@ -223,40 +237,48 @@ void MeshNode3d::Private::upload(OpenGLFunctions& gl)
     data.images.clear();
 }
 
-void MeshNode3d::Private::bindAttributes(VertexArrayBinding& binding) const
+// Returns the number that the first vertex has in draw calls, see Polyline3dPrimitive::bind.
+int MeshNode3d::Private::bindAttributes(VertexArrayBinding& binding, bool countsFromZero) const
 {
-    binding.setFloats(VertexAttribute::Coords, 3, positions);
-    if (normals.name() != 0) binding.setFloats(VertexAttribute::Normal, 3, normals);
-    if (colors.name() != 0) binding.setColors(VertexAttribute::Color, colors);
-    if (texCoords.name() != 0) binding.setFloats(VertexAttribute::TexCoords, 2, texCoords);
-    binding.setIndices(indices);
+    const auto offset = [&](Stream stream) {
+        return countsFromZero ? std::size_t(vertices.first()) * layout[stream] : 0;
+    };
+    binding.setFloats(VertexAttribute::Coords, 3, vertices.buffer(Positions), offset(Positions));
+    if (layout[Normals] != 0)
+        binding.setFloats(VertexAttribute::Normal, 3, vertices.buffer(Normals), offset(Normals));
+    if (layout[Colors] != 0)
+        binding.setColors(VertexAttribute::Color, vertices.buffer(Colors), offset(Colors));
+    if (layout[TexCoords] != 0)
+        binding.setFloats(VertexAttribute::TexCoords, 2, vertices.buffer(TexCoords), offset(TexCoords));
+    binding.setIndices(indices.buffer(0));
     binding.ready();
+    return countsFromZero ? 0 : static_cast<int>(vertices.first());
 }
 
 // 0 for a part that shows none.
 unsigned int MeshNode3d::Private::textureOf(const MeshData::Part& part) const
 {
-    if (texCoords.name() == 0 || part.image < 0 || static_cast<std::size_t>(part.image) >= textures.size())
+    if (layout[TexCoords] == 0 || part.image < 0 || static_cast<std::size_t>(part.image) >= textures.size())
         return 0;
     return textures[static_cast<std::size_t>(part.image)].name();
 }
 
 void MeshNode3d::Private::drawPart(const MeshData::Part& part, OpenGLFunctions& gl, PartLook& look,
-                                   int instances) const
+                                   int instances, int firstVertex) const
 {
     const unsigned int texture = textureOf(part);
-    look.setColorMode(texture != 0         ? ColorMode::Texture
-                      : colors.name() != 0 ? ColorMode::Vertices
-                                           : ColorMode::Item);
+    look.setColorMode(texture != 0          ? ColorMode::Texture
+                      : layout[Colors] != 0 ? ColorMode::Vertices
+                                            : ColorMode::Item);
     look.setColor(part.color.isValid() ? part.color : defaultColor);
     look.setLit(part.kind == MeshData::Part::Triangles);
     if (part.kind != MeshData::Part::Triangles)
         look.setPenWidth(part.kind == MeshData::Part::Points ? part.pointSize : lineWidth);
     if (texture != 0) gl.glBindTexture(GL_TEXTURE_2D, texture);
-    gl.glDrawElementsInstanced(
+    const std::uintptr_t firstIndex = std::uintptr_t(indices.first()) + part.firstIndex;
+    gl.glDrawElementsInstancedBaseVertex(
         kindOf(part.kind).mode, static_cast<GLsizei>(part.indexCount), GL_UNSIGNED_INT,
-        reinterpret_cast<const void*>(static_cast<std::uintptr_t>(part.firstIndex) * sizeof(std::uint32_t)),
-        instances);
+        reinterpret_cast<const void*>(firstIndex * sizeof(std::uint32_t)), instances, firstVertex);
     if (texture != 0) gl.glBindTexture(GL_TEXTURE_2D, 0);
 }
 
@@ -275,13 +297,13 @@ void MeshNode3d::draw(const PaintContext& context, int instances)
     // A geometry stage that wants adjacency takes none of the kinds that a mesh has.
     const bool withAdjacency = (context.primitives & PrimitiveBit::Adjacency) != 0;
     VertexArrayBinding binding(*gl, context);
-    m_private->bindAttributes(binding);
+    const int firstVertex = m_private->bindAttributes(binding, Item3dDrawer::numbersVertices(context));
     PartLook look(*gl, context);
     gl->glActiveTexture(GL_TEXTURE0);
     for (const MeshData::Part& part : m_private->data.parts) {
         const std::int32_t bit = kindOf(part.kind).bit;
         if ((context.primitives & bit) != 0 && (bit == PrimitiveBit::Points || !withAdjacency))
-            m_private->drawPart(part, *gl, look, instances);
+            m_private->drawPart(part, *gl, look, instances, firstVertex);
     }
 }
 
@@ -289,7 +311,7 @@ void MeshNode3d::draw(const PaintContext& context, int instances)
 bool MeshNode3d::Private::hasOneLook() const
 {
     const MeshData::Part& first = data.parts.front();
-    return texCoords.name() == 0 &&
+    return layout[TexCoords] == 0 &&
            std::all_of(data.parts.begin(), data.parts.end(), [&first](const MeshData::Part& part) {
                return part.kind == first.kind && part.color == first.color &&
                       (part.kind != MeshData::Part::Points ||
@@ -305,7 +327,7 @@ void MeshNode3d::Private::describeLook(ItemDrawing& drawing, const MeshData::Par
                    : isLines ? ItemDrawing::Kind::Lines
                              : ItemDrawing::Kind::Triangles;
     drawing.color = part.color.isValid() ? part.color : defaultColor;
-    drawing.colorMode = colors.name() != 0 ? ColorMode::Vertices : ColorMode::Item;
+    drawing.colorMode = layout[Colors] != 0 ? ColorMode::Vertices : ColorMode::Item;
     drawing.isLit = part.kind == MeshData::Part::Triangles;
     drawing.penWidth = isPoints ? part.pointSize : lineWidth;
 }
@@ -320,10 +342,12 @@ bool MeshNode3d::describeDrawing(ItemDrawing& drawing)
     if (!own.hasOneLook()) return false;
     for (const MeshData::Part& part : own.data.parts)
         drawing.stretches.push_back({part.firstIndex, part.indexCount});
-    drawing.positions = own.positions.name();
-    drawing.normals = own.normals.name();
-    drawing.colors = own.colors.name();
-    drawing.indices = own.indices.name();
+    drawing.positions = own.vertices.buffer(Positions);
+    drawing.normals = own.vertices.buffer(Normals);
+    drawing.colors = own.vertices.buffer(Colors);
+    drawing.firstVertex = own.vertices.first();
+    drawing.indices = own.indices.buffer(0);
+    drawing.firstIndex = own.indices.first();
     drawing.vertexCount = static_cast<std::uint32_t>(own.totalCount);
     drawing.indexCount = static_cast<std::uint32_t>(own.indexCount);
     own.describeLook(drawing, own.data.parts.front());
@@ -363,9 +387,7 @@ std::vector<glm::vec3> MeshNode3d::getVertices() const
     OpenGLFunctions* gl = currentGLFunctions();
     if (!gl || count == 0) return {};
     std::vector<glm::vec3> vertices(m_private->vertexCount);
-    gl->glBindBuffer(GL_ARRAY_BUFFER, m_private->positions.name());
-    gl->glGetBufferSubData(GL_ARRAY_BUFFER, 0, count * static_cast<GLsizeiptr>(sizeof(glm::vec3)),
-                           vertices.data());
+    m_private->vertices.read(*gl, Positions, 0, vertices.data(), vertices.size());
     return vertices;
 }
 
@@ -383,4 +405,9 @@ void MeshNode3d::setPointSize(float pixels)
 bool MeshNode3d::isSolid() const
 {
     return m_private->isSolid;
+}
+
+bool MeshNode3d::showsItemColors() const
+{
+    return m_private->layout[Colors] == 0 && m_private->layout[TexCoords] == 0;
 }

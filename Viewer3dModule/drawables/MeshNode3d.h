@@ -37,6 +37,8 @@ public:
     void setPointSize(float pixels) override;
     /// As far as can be told without looking at every texel: not with images that have an alpha channel.
     bool isSolid() const override;
+    bool showsItemColors() const override;
+    bool drawsByPrimitives() const override { return true; }
 
 private:
     struct Private;

@@ -31,6 +31,8 @@ public:
     std::pair<std::vector<glm::vec3>, std::vector<int>> getData();
     /// Draws nothing until the next setPoints; the buffer stays.
     void clear();
+    std::vector<glm::vec3> getVertices() override { return m_primitive.getVertices(); }
+    glm::vec3 getVertex(int index) override { return m_primitive.getVertex(index); }
     GeometryInfo getGeometryInfo() override;
 
     /// Draws the polylines; public for elements' items that draw one as a part of theirs.
@@ -42,7 +44,7 @@ private:
     int getVertexCount() const override { return m_primitive.getVertexCount(); }
     unsigned int getVBO() const override { return m_primitive.getVBO(); }
 
-    Polyline3dPrimitive m_primitive;
+    Polyline3dPrimitive m_primitive{Polyline3dPrimitive::Storage::Shared};
     std::vector<int> m_counts;
     int m_drawerId;
     int m_defaultDrawerType;

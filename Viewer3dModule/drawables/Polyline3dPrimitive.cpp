@@ -9,10 +9,12 @@
 #include <Viewer3dModule/shaders/Uniforms.h>
 
 #include <algorithm>
+#include <limits>
 #include <utility>
 
 namespace {
 
+constexpr vertex_pool::Layout positionsOnly = {sizeof(glm::vec3)};
 constexpr float dashLength = 10.0f; // pixels, of dashes and gaps
 
 // Segments at the ends of a strip, as four vertices with adjacency each: the only one of a strip of two
@@ -34,19 +36,28 @@ LinePen::LinePen(const QPen& pen)
 {
 }
 
+Polyline3dPrimitive::Polyline3dPrimitive(Storage storage)
+    : m_storage(storage)
+{
+}
+
 Polyline3dPrimitive::Polyline3dPrimitive(Polyline3dPrimitive&& other) noexcept
-    : m_vertices(std::move(other.m_vertices))
-    , m_vertexCount(std::exchange(other.m_vertexCount, 0))
+    : m_buffer(std::move(other.m_buffer))
+    , m_slice(std::move(other.m_slice))
     , m_endIndices(std::move(other.m_endIndices))
+    , m_vertexCount(std::exchange(other.m_vertexCount, 0))
+    , m_storage(other.m_storage)
 {
 }
 
 Polyline3dPrimitive& Polyline3dPrimitive::operator=(Polyline3dPrimitive&& other) noexcept
 {
     Polyline3dPrimitive taken(std::move(other));
-    m_vertices = std::move(taken.m_vertices);
+    std::swap(m_buffer, taken.m_buffer);
+    std::swap(m_slice, taken.m_slice);
+    std::swap(m_endIndices, taken.m_endIndices);
     m_vertexCount = taken.m_vertexCount;
-    m_endIndices = std::move(taken.m_endIndices);
+    m_storage = taken.m_storage;
     return *this;
 }
 
@@ -56,15 +67,61 @@ void Polyline3dPrimitive::setVertices(const std::vector<glm::vec3>& vertices)
 {
     OpenGLFunctions* gl = getGLFunctions();
     if (!gl) return;
-    m_vertices.upload(*gl, vertices, GL_DYNAMIC_DRAW);
+    if (m_storage == Storage::Own) {
+        m_buffer.upload(*gl, vertices, GL_DYNAMIC_DRAW);
+    } else {
+        if (m_slice.count() != vertices.size())
+            m_slice = vertex_pool::Slice(*gl, positionsOnly, vertices.size());
+        m_slice.write(*gl, 0, 0, vertices.data(), vertices.size());
+    }
     m_vertexCount = static_cast<int>(vertices.size());
 }
 
 void Polyline3dPrimitive::setVertex(int index, const glm::vec3& vertex)
 {
     OpenGLFunctions* gl = getGLFunctions();
-    if (!gl || m_vertices.name() == 0 || index < 0 || index >= m_vertexCount) return;
-    m_vertices.replace(*gl, static_cast<std::size_t>(index), vertex);
+    if (!gl || index < 0 || index >= m_vertexCount) return;
+    const auto place = static_cast<std::size_t>(index);
+    if (m_storage == Storage::Own)
+        m_buffer.replace(*gl, place, vertex);
+    else
+        m_slice.write(*gl, 0, place, &vertex, 1);
+}
+
+std::vector<glm::vec3> Polyline3dPrimitive::getVertices()
+{
+    if (m_storage == Storage::Own) return Drawable3dPrimitive::getVertices();
+    OpenGLFunctions* gl = getGLFunctions();
+    if (!gl) return {};
+    std::vector<glm::vec3> vertices(m_slice.count());
+    m_slice.read(*gl, 0, 0, vertices.data(), vertices.size());
+    return vertices;
+}
+
+glm::vec3 Polyline3dPrimitive::getVertex(int index)
+{
+    if (m_storage == Storage::Own) return Drawable3dPrimitive::getVertex(index);
+    glm::vec3 vertex(std::numeric_limits<float>::quiet_NaN());
+    OpenGLFunctions* gl = getGLFunctions();
+    if (gl && index >= 0 && index < m_vertexCount)
+        m_slice.read(*gl, 0, static_cast<std::size_t>(index), &vertex, 1);
+    return vertex;
+}
+
+unsigned int Polyline3dPrimitive::buffer() const
+{
+    return m_storage == Storage::Own ? m_buffer.name() : m_slice.buffer(0);
+}
+
+// The number that the first vertex has in draw calls. Slices of one buffer are told apart by it alone, so
+// that the attribute stays as it is from one to the next; but not for programs that ask for the number.
+int Polyline3dPrimitive::bind(VertexArrayBinding& binding, const PaintContext& context) const
+{
+    const std::size_t first = m_slice.first();
+    const bool countsFromZero = first == 0 || Item3dDrawer::numbersVertices(context);
+    binding.setFloats(VertexAttribute::Coords, 3, buffer(), countsFromZero ? first * sizeof(glm::vec3) : 0);
+    binding.ready();
+    return countsFromZero ? 0 : static_cast<int>(first);
 }
 
 void Polyline3dPrimitive::setPen(const PaintContext& context, const QPen& pen)
@@ -112,9 +169,8 @@ void Polyline3dPrimitive::drawRange(const PaintContext& context, int first, int 
     const Range range = clamped(first, count);
     if (!gl || range.count == 0) return;
     VertexArrayBinding binding(*gl, context);
-    binding.setFloats(VertexAttribute::Coords, 3, m_vertices);
-    binding.ready();
-    drawStrip(binding, context.primitives, range, instances);
+    const int base = bind(binding, context);
+    drawStrip(binding, context.primitives, {base + range.start, range.count}, instances);
 }
 
 void Polyline3dPrimitive::drawStrips(const PaintContext& context, const std::vector<int>& counts)
@@ -122,11 +178,11 @@ void Polyline3dPrimitive::drawStrips(const PaintContext& context, const std::vec
     OpenGLFunctions* gl = getGLFunctions();
     if (!gl || m_vertexCount == 0 || counts.empty()) return;
     VertexArrayBinding binding(*gl, context);
-    binding.setFloats(VertexAttribute::Coords, 3, m_vertices);
-    binding.ready();
+    const int base = bind(binding, context);
     std::int64_t first = 0;
     for (const int count : counts) {
-        drawStrip(binding, context.primitives, clamped(first, count), 1);
+        const Range range = clamped(first, count);
+        drawStrip(binding, context.primitives, {base + range.start, range.count}, 1);
         first += count;
     }
 }
@@ -155,8 +211,11 @@ void Polyline3dPrimitive::drawWithAdjacency(VertexArrayBinding& binding, Range r
 {
     if (range.count < 2) return;
     OpenGLFunctions& gl = binding.gl();
-    if (m_endIndices.name() == 0) m_endIndices.upload(gl, endIndices, GL_STATIC_DRAW);
-    binding.setIndices(m_endIndices);
+    if (!m_endIndices) {
+        m_endIndices = std::make_unique<GlBuffer>();
+        m_endIndices->upload(gl, endIndices, GL_STATIC_DRAW);
+    }
+    binding.setIndices(*m_endIndices);
     const auto drawEnd = [&gl, instances](EndSegment segment, int vertex) {
         gl.glDrawElementsInstancedBaseVertex(GL_LINES_ADJACENCY, 4, GL_UNSIGNED_INT, offsetOf(segment),
                                              instances, vertex);
@@ -180,7 +239,8 @@ void Polyline3dPrimitive::describeStrips(ItemDrawing& drawing, const QPen& pen,
                                          const std::vector<int>& counts) const
 {
     drawing.kind = ItemDrawing::Kind::Strips;
-    drawing.positions = m_vertices.name();
+    drawing.positions = buffer();
+    drawing.firstVertex = m_slice.first();
     drawing.vertexCount = static_cast<std::uint32_t>(m_vertexCount);
     drawing.color = pen.color();
     drawing.penWidth = static_cast<float>(pen.widthF());

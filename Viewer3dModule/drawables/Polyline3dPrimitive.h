@@ -2,8 +2,11 @@
 
 #include <Viewer3dModule/drawables/Drawable3dPrimitive.h>
 #include <Viewer3dModule/drawables/GlBuffer.h>
+#include <Viewer3dModule/drawables/VertexPool.h>
 
 #include <QtGui/QPen>
+
+#include <memory>
 
 class VertexArrayBinding;
 struct ItemDrawing;
@@ -19,11 +22,16 @@ struct VIEWER3DMODULE_EXPORT LinePen
     explicit LinePen(const QPen& pen);
 };
 
-/// One vertex buffer of positions, of which any range is drawn as a strip.
+/// One vertex buffer of positions, or a slice of one, of which any range is drawn as a strip.
 class VIEWER3DMODULE_EXPORT Polyline3dPrimitive : public Drawable3dPrimitive
 {
 public:
-    Polyline3dPrimitive() = default;
+    /// Where the vertices lie.
+    enum class Storage : std::uint8_t {
+        Own,   ///< in a buffer of the primitive's own, which getVBO names
+        Shared ///< with those of others, see VertexPool: best for many small ones. getVBO is 0
+    };
+    explicit Polyline3dPrimitive(Storage storage = Storage::Own);
     /// The source is left without vertices.
     Polyline3dPrimitive(Polyline3dPrimitive&& other) noexcept;
     Polyline3dPrimitive& operator=(Polyline3dPrimitive&& other) noexcept;
@@ -59,12 +67,14 @@ public:
     /// What drawStrips draws.
     void describeStrips(ItemDrawing& drawing, const QPen& pen, const std::vector<int>& counts) const;
 
+    std::vector<glm::vec3> getVertices() override;
+    glm::vec3 getVertex(int index) override;
     /// One point, or the segments of the strip.
     GeometryInfo getGeometryInfo() override;
 
     /// For items that answer for the buffer of theirs.
     int getVertexCount() const override { return m_vertexCount; }
-    unsigned int getVBO() const override { return m_vertices.name(); }
+    unsigned int getVBO() const override { return m_buffer.name(); }
 
 private:
     /// Vertices of the buffer; none when the count is 0.
@@ -74,10 +84,14 @@ private:
         int count;
     };
     Range clamped(std::int64_t first, std::int64_t count) const;
+    unsigned int buffer() const;
+    int bind(VertexArrayBinding& binding, const PaintContext& context) const;
     void drawStrip(VertexArrayBinding& binding, std::int32_t primitives, Range range, int instances);
     void drawWithAdjacency(VertexArrayBinding& binding, Range range, int instances);
 
-    GlBuffer m_vertices;
+    GlBuffer m_buffer;                      // of own vertices
+    vertex_pool::Slice m_slice;             // of shared ones
+    std::unique_ptr<GlBuffer> m_endIndices; // made when a program first asks for adjacency
     int m_vertexCount = 0;
-    GlBuffer m_endIndices; // made when a program first asks for adjacency
+    Storage m_storage;
 };

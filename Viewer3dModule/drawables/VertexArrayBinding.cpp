@@ -47,11 +47,16 @@ void VertexArrayBinding::setFloats(unsigned int location, int components, unsign
 
 void VertexArrayBinding::setColors(unsigned int location, const GlBuffer& buffer)
 {
-    m_setup.setAttribute(location, {buffer.name(), 4, GL_UNSIGNED_BYTE, 0});
+    setColors(location, buffer.name(), 0);
+}
+
+void VertexArrayBinding::setColors(unsigned int location, unsigned int buffer, std::size_t offset)
+{
+    m_setup.setAttribute(location, {buffer, 4, GL_UNSIGNED_BYTE, offset});
     m_used |= 1u << location;
 }
 
 void VertexArrayBinding::setIndices(const GlBuffer& buffer)
 {
-    m_setup.setIndices(buffer.name());
+    setIndices(buffer.name());
 }

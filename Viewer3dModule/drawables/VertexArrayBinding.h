@@ -38,8 +38,10 @@ public:
     void setFloats(unsigned int location, int components, unsigned int buffer, std::size_t offset);
     /// Feeds the attribute from four bytes a vertex, 0 to 255 for 0 to 1.
     void setColors(unsigned int location, const GlBuffer& buffer);
+    void setColors(unsigned int location, unsigned int buffer, std::size_t offset);
     /// Draw calls with indices take them from here.
     void setIndices(const GlBuffer& buffer);
+    void setIndices(unsigned int buffer) { m_setup.setIndices(buffer); }
     /// To be called when all that the draw calls read is set, and before the first of them: what other
     /// primitives have left is switched off.
     void ready() { m_setup.keepOnly(m_used); }

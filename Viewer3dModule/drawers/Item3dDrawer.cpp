@@ -330,6 +330,12 @@ void Item3dDrawer::rotate(const PaintContext& context, float angle, const glm::v
     setTransform(context, glm::rotate(glm::mat4(1.0f), angle, axis), true);
 }
 
+bool Item3dDrawer::numbersVertices(const PaintContext& context)
+{
+    const Item3dDrawer* drawer = context.drawer;
+    return !drawer || drawer->m_preparedProgram != context.program || drawer->m_itemUniforms.numbersVertices;
+}
+
 ItemPass* Item3dDrawer::activePass(const PaintContext& context)
 {
     return m_itemPass.isActive() && m_preparedProgram == context.program ? &m_itemPass : nullptr;

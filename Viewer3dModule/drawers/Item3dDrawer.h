@@ -100,6 +100,8 @@ public:
     /// The locations for the context's program: the drawer's where the context names a drawer that prepared
     /// it, else asked of the program (slow); all -1 without a program.
     static ItemUniforms itemUniforms(const PaintContext& context);
+    /// See ItemUniforms.
+    static bool numbersVertices(const PaintContext& context);
     /// What the items of the pass have bound and set so far, where it is kept for the item that is drawn now
     /// and the context is that of the pass; else null. See ItemPass::of.
     ItemPass* activePass(const PaintContext& context);

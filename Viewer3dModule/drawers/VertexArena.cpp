@@ -43,7 +43,7 @@ void VertexArena::fill(OpenGLFunctions& gl, Place& place, const ItemDrawing& dra
         m_normals.copy(gl, sizeof(glm::vec3), drawing.normals, drawing.firstVertex, place.vertices);
     if (m_layout.hasColors)
         m_colors.copy(gl, sizeof(std::uint32_t), drawing.colors, drawing.firstVertex, place.vertices);
-    m_indexValues.copy(gl, sizeof(std::uint32_t), drawing.indices, 0, place.indices);
+    m_indexValues.copy(gl, sizeof(std::uint32_t), drawing.indices, drawing.firstIndex, place.indices);
 }
 
 void VertexArena::clear(Place& place)

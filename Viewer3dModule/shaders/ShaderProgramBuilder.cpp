@@ -16,6 +16,8 @@ namespace {
 
 using Stage = QOpenGLShader::ShaderTypeBit;
 
+const char* const numbersVerticesProperty = "numbers_vertices";
+
 // The order counts: a path may hold several of the words.
 std::optional<Stage> stageOf(const QString& file)
 {
@@ -64,6 +66,15 @@ void setPrimitives(QOpenGLShaderProgram& program)
     const QString source = QString::fromUtf8(program.shaders().constLast()->sourceCode());
     const QRegularExpressionMatch match = layout.match(source);
     if (match.hasMatch()) program.setProperty("primitives", primitivesOf(match.captured(1)));
+}
+
+// Whether the vertex stage asks for the number of a vertex in its buffer.
+void setNumbersVertices(QOpenGLShaderProgram& program)
+{
+    bool numbers = false;
+    for (const QOpenGLShader* shader : program.shaders())
+        numbers = numbers || shader->sourceCode().contains("gl_VertexID");
+    program.setProperty(numbersVerticesProperty, numbers);
 }
 
 bool addStages(QOpenGLShaderProgram& program, const QStringList& files,
@@ -150,6 +161,7 @@ QOpenGLShaderProgram* buildShaderProgram(QObject* parent, const QStringList& fil
     if (!hasStorage(files, defines)) return program;
     // The stages that did compile might link without the missing one, and draw something else than was meant.
     if (!addStages(*program, files, defines)) return program;
+    setNumbersVertices(*program);
     declareVaryings(*program, varyings);
     link(*program, files);
     return program;

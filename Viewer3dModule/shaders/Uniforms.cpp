@@ -1,5 +1,6 @@
 #include <Viewer3dModule/shaders/Uniforms.h>
 
+#include <QtCore/QVariant>
 #include <QtGui/QOpenGLShaderProgram>
 #include <glm/gtc/type_ptr.hpp>
 
@@ -82,5 +83,7 @@ ItemUniforms ItemUniforms::of(QOpenGLShaderProgram& program)
     uniforms.texture0 = program.uniformLocation("uTexture0");
     uniforms.filledTextureBack = program.uniformLocation("filled_texture_back");
     uniforms.materialMode = program.uniformLocation("uMaterialMode");
+    const QVariant numbersVertices = program.property("numbers_vertices");
+    uniforms.numbersVertices = !numbersVertices.isValid() || numbersVertices.toBool();
     return uniforms;
 }

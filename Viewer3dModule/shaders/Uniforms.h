@@ -46,6 +46,9 @@ struct VIEWER3DMODULE_EXPORT ItemUniforms
     int texture0 = -1; ///< "uTexture0"
     int filledTextureBack = -1;
     int materialMode = -1;
+    /// Whether the program's vertex stage asks for the number of a vertex, counted from the first one of its
+    /// buffer: so it is for all programs of which buildShaderProgram does not know better.
+    bool numbersVertices = true;
 
     /// Asks the program, which must be linked; its context must be current.
     static ItemUniforms of(QOpenGLShaderProgram& program);

@@ -24,7 +24,7 @@ protected:
 
 private:
     LineElement* m_element;
-    Polyline3dPrimitive m_line;
+    Polyline3dPrimitive m_line{Polyline3dPrimitive::Storage::Shared};
     LinePen m_pen;
     gmx::BoundingBox m_bounds;
 };
