@@ -18,6 +18,7 @@ Drawable3dItem::Drawable3dItem(Drawable3dItem&& other) noexcept
     , m_visible(other.m_visible)
     , m_drawsOpaque(other.m_drawsOpaque)
     , m_isSolid(other.m_isSolid)
+    , m_showsItemColors(other.m_showsItemColors)
     , m_promisingType(other.m_promisingType)
     , m_pixelReach(other.m_pixelReach)
 {

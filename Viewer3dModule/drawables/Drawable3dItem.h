@@ -95,6 +95,10 @@ public:
     /// otherwise.
     bool drawsByPrimitives() const { return m_promisingType && *m_promisingType == typeid(*this); }
     void setDrawsByPrimitives(bool draws) { m_promisingType = draws ? &typeid(*this) : nullptr; }
+    /// Whether the item promises to show no colours of vertices, no texture and no material; its own colour
+    /// may differ from part to part. A pass of such items takes a simpler program. False at first.
+    bool showsItemColors() const { return m_showsItemColors; }
+    void setShowsItemColors(bool shows) { m_showsItemColors = shows; }
     /// Whether the item promises that none of its fragments is left out for its colour: unless it is
     /// highlighted, no alpha of its parts, vertices and texels is 0. A pass for depths alone draws it without
     /// looking at colours. False at first.
@@ -132,6 +136,7 @@ private:
     bool m_visible = true;
     bool m_drawsOpaque = false;
     bool m_isSolid = false;
+    bool m_showsItemColors = false;
     const std::type_info* m_promisingType = nullptr;
     float m_pixelReach = 32.0f; // pens and points up to 64 pixels wide
 

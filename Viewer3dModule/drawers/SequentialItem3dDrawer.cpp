@@ -2,9 +2,11 @@
 
 #include <Viewer3dModule/drawables/Drawable3dItem.h>
 #include <Viewer3dModule/host/Fence3dItem.h>
+#include <Viewer3dModule/host/View3dSettings.h>
 #include <Viewer3dModule/scene/CurrentContextGuard.h>
 #include <Viewer3dModule/scene/Scene3d.h>
 #include <Viewer3dModule/shaders/DrawMode.h>
+#include <Viewer3dModule/shaders/ProgramVariants.h>
 #include <framework/graphics/InteractiveGraphicsItem.h>
 
 #include <QtCore/QVariant>
@@ -103,6 +105,27 @@ bool hasAllFragments(const Drawable3dItem& item)
     return (item.isSolid() || item.drawsOpaque()) && !item.isHighlighted();
 }
 
+bool isHighlightVisible()
+{
+    const View3dSettings* settings = View3dSettings::getInstance();
+    return !settings || settings->getSelectedColor().alpha() != 0;
+}
+
+// What the program has to show of those that might be drawn; most registries end this with their first item.
+ProgramColors colorsOf(const std::vector<Drawable3dItem*>& items)
+{
+    bool isAnyDrawn = false;
+    bool areAllVisible = isHighlightVisible();
+    for (const Drawable3dItem* item : items) {
+        if (!item->isVisible()) continue;
+        if (!item->showsItemColors()) return ProgramColors::All;
+        isAnyDrawn = true;
+        areAllVisible = areAllVisible && (item->isSolid() || item->drawsOpaque());
+    }
+    if (!isAnyDrawn) return ProgramColors::All;
+    return areAllVisible ? ProgramColors::VisibleItems : ProgramColors::OfItems;
+}
+
 // The pass goes on in the caller's context, which building makes way for the scene's.
 QOpenGLShaderProgram* createGeometryProgram(Scene3d& scene)
 {
@@ -197,7 +220,10 @@ QOpenGLShaderProgram* SequentialItem3dDrawer::depthProgram(const PaintContext& c
 void SequentialItem3dDrawer::drawItems(const PaintContext& context, const Filter& filter)
 {
     PaintContext pass = context;
-    if (!beginPass(pass)) return;
+    setProgramColors(colorsOf(getItems()));
+    const bool canDraw = beginPass(pass);
+    setProgramColors(ProgramColors::All);
+    if (!canDraw) return;
     const FirstVertexConvention convention(currentGLFunctions(), itemUniforms().dashSize >= 0);
     const KeepingPass keeping(itemPass(), pass);
     for (Drawable3dItem* item : getItems())

@@ -9,6 +9,7 @@ LineItem::LineItem(LineElement* element)
 {
     setDrawsOpaque(true);
     setDrawsByPrimitives(true);
+    setShowsItemColors(true);
     setPixelReach(element->width() / 2.0f + 1.0f);
 }
 

@@ -8,7 +8,8 @@ MeshItem::MeshItem(MeshElement* element)
     , m_node(element->takeNode())
 {
     setSolid(m_node->isSolid());
-    setDrawsByPrimitives(true);
+    setDrawsByPrimitives(m_node->drawsByPrimitives());
+    setShowsItemColors(m_node->showsItemColors());
 }
 
 MeshItem::~MeshItem() = default;

@@ -35,6 +35,8 @@ void CityObjectItem::updateDataImpl()
     if (!element || !scene()) return;
     if (m_isChanged) {
         m_node = std::make_unique<MeshNode3d>(CityMesh::of(*element, CityMesh::Pictures::With));
+        setDrawsByPrimitives(m_node->drawsByPrimitives());
+        setShowsItemColors(m_node->showsItemColors());
         if (m_pointSize) m_node->setPointSize(*m_pointSize);
         renewLabel(*element);
     }

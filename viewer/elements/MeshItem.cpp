@@ -24,6 +24,8 @@ void MeshItem::takeNode()
     if (!element || !element->getNode()) return;
     m_node = element->takeNode();
     setSolid(m_node->isSolid());
+    setDrawsByPrimitives(m_node->drawsByPrimitives());
+    setShowsItemColors(m_node->showsItemColors());
     if (!m_pointSize) return;
     m_node->setPointSize(*m_pointSize);
     setPixelReach(std::max(pixelReach(), *m_pointSize / 2.0f + 1.0f));
