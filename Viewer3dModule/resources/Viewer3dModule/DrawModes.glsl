@@ -22,7 +22,8 @@ const int texture_color_mode = 2;
 // every program, so that any two stages fit. Uniforms that change with every item are read by the vertex stage only:
 // a fragment stage that reads them costs a frame of many items twice the time.
 //   color         the item's colour after its flags
-//   index         the instance's index within its draw call, 0 in programs that draw no instances
+//   index         in passes of the selection buffer the number of the item's bit: the uniform item_index and, in
+//                 programs that draw instances, the instance's index within its draw call
 //   color_mode    the uniform uColorMode
 //   is_lit        1 when the uniform uLightMode is set; only surfaces with normals look at it
 //   place         where it lies, as fencePlace() gives it: by it the fence of the view leaves out what is outside.
@@ -57,9 +58,15 @@ const int texture_color_mode = 2;
 #define ITEM_UNIFORMS uniform vec4 item_color; uniform vec4 selection_color; uniform int uColorMode = 0; \
     uniform bool uLightMode = true;
 #endif
+#ifdef RX_NO_SELECTION_BUFFER
+#define FIRST_ITEM_INDEX 0
+#else
+uniform int item_index = 0;
+#define FIRST_ITEM_INDEX item_index
+#endif
 #define FILL_ITEM(own_flags, own_id, own_index) \
     item.color = colorFromFlags(own_flags, item_color, selection_color); \
-    item.id = own_id; item.flags = own_flags; item.index = own_index; \
+    item.id = own_id; item.flags = own_flags; item.index = FIRST_ITEM_INDEX + own_index; \
     item.color_mode = ITEM_COLOR_MODE; item.is_lit = ITEM_IS_LIT ? 1 : 0; FILL_VERTEX_COLOR
 
 // How a geometry stage hands the block on, before each vertex that it emits; where that is another place than the

@@ -38,6 +38,6 @@ void main()
     if (is_adding && draw_mode == glue_mask_draw) discard;
     vec4 shown = item.color;
     if (is_adding && isInCore()) shown.rgb = coreColor(shown.rgb);
-    writeItem(shown, item.id, marker_idx, item.place, bytesOf(~uint(node_flag)));
+    writeItem(shown, item.id, item.index + marker_idx, item.place, bytesOf(~uint(node_flag)));
     if (draw_mode == selection_mask_draw) coords_w = bytesOf(~uint(marker_idx));
 }

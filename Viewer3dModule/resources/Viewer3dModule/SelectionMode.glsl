@@ -19,8 +19,6 @@ uniform int draw_mode = ordinal_draw;
 // both sides of a condition would make every fragment pay for it. In such a pass they draw nothing.
 #ifndef RX_NO_SELECTION_BUFFER
 
-// Changes with every item, but only in passes that draw the selection buffer: other passes never set it.
-uniform int item_index = 0;
 // Left, bottom, right, top in pixels, inclusive, origin at the lower left. Compared with pixel centres, as the mask is.
 uniform vec4 selection_rect = vec4(0.0);
 
@@ -48,19 +46,26 @@ bool isSelectedByMask(ivec2 pixel)
     return (word & (1 << (pixel.x % 32))) != 0;
 }
 
-// Marks item item_index + offset as selected when this fragment lies in the selected area.
-void set_item_index(int offset)
+// Marks the item of this bit as selected when this fragment lies in the selected area.
+void markItem(int index)
 {
     if (any(lessThan(gl_FragCoord.xy, selection_rect.xy))) return;
     if (any(greaterThan(gl_FragCoord.xy, selection_rect.zw))) return;
     if (!isSelectedByMask(ivec2(gl_FragCoord.xy))) return;
-    int index = item_index + offset;
     if (index < 0 || index / 32 >= items_selection_data.length()) return;
     atomicOr(items_selection_data[index / 32], 1 << (index % 32));
 }
 
+// The same for item item_index + offset, for stages that do not have the bit from the block Item. Those that call it
+// read a uniform that changes with every item.
+void set_item_index(int offset)
+{
+    markItem(item_index + offset);
+}
+
 #else
 
+void markItem(int index) {}
 void set_item_index(int offset) {}
 
 #endif
@@ -70,9 +75,10 @@ vec4 bytesOf(uint word)
     return unpackUnorm4x8(word);
 }
 
-// Writes one fragment of an item as the pass wants it. place is that of fencePlace(); glue_coords is what the glue mask
-// gets besides the id. Every output is written in every mode, zero where the mode has nothing to say.
-void writeItem(vec4 item_color, uvec2 item_id, int instance_index, vec4 place, vec4 glue_coords)
+// Writes one fragment of an item as the pass wants it. index is the number of its bit, and place that of fencePlace();
+// glue_coords is what the glue mask gets besides the id. Every output is written in every mode, zero where the mode has
+// nothing to say.
+void writeItem(vec4 item_color, uvec2 item_id, int index, vec4 place, vec4 glue_coords)
 {
     color = vec4(0.0);
     item_id_low = vec4(0.0);
@@ -87,7 +93,7 @@ void writeItem(vec4 item_color, uvec2 item_id, int instance_index, vec4 place, v
     if (draw_mode == ordinal_draw) {
         color = is_outside ? fencePreviewColor(item_color) : item_color;
     } else if (draw_mode == selection_buffer_draw) {
-        if (item_color.a >= 0.5) set_item_index(instance_index);
+        if (item_color.a >= 0.5) markItem(index);
         discard;
     } else {
         if (draw_mode == selection_mask_draw) {

@@ -251,10 +251,10 @@ TEST_F(FencedPassesTest, UniformsKeepTheirValuesInAllVariants)
     EXPECT_EQ(program->uniformLocation("fence_to_use"), -1);
     for (const ProgramFence kind : {ProgramFence::Sphere, ProgramFence::Swept}) {
         for (const bool marks : {false, true}) {
-            QOpenGLShaderProgram& variant = beginProgramVariant(*program, {kind, marks});
+            QOpenGLShaderProgram& variant = beginProgramVariant(*program, {kind, marks, marks});
             EXPECT_NE(&variant, program);
-            EXPECT_EQ(&beginProgramVariant(*program, {kind, marks}), &variant) << "built anew";
-            EXPECT_EQ(&beginProgramVariant(variant, {kind, marks}), &variant) << "has it already";
+            EXPECT_EQ(&beginProgramVariant(*program, {kind, marks, marks}), &variant) << "built anew";
+            EXPECT_EQ(&beginProgramVariant(variant, {kind, marks, marks}), &variant) << "has it already";
             EXPECT_GE(variant.uniformLocation("fence_to_use"), 0);
             EXPECT_EQ(variant.uniformLocation("sphere_fence_radius") >= 0, kind == ProgramFence::Sphere);
             EXPECT_EQ(variant.uniformLocation("item_index") >= 0, marks);

@@ -112,6 +112,25 @@ TEST_F(SelectedAreaTest, SeveralItemsSetTheirBitsOneBesideTheOther)
     EXPECT_EQ(selectedWords()[1], (1u << 8) | (1u << 9));
 }
 
+// A fragment stage of a host's that counts the bits of an item by itself.
+TEST_F(SelectedAreaTest, StagesMayCountFromTheItemsIndex)
+{
+    const QTemporaryDir folder;
+    QFile file(folder.filePath(QStringLiteral("host.fragment.glsl")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("#version 430 core\n//#include \"shader:Viewer3dModule/DrawModes.glsl\"\n"
+               "//#include \"shader:Viewer3dModule/SelectionMode.glsl\"\n"
+               "void main() { set_item_index(3); discard; }\n");
+    file.close();
+    use({"host's", {shaderPath(QStringLiteral("common.vertex")), file.fileName()}, {}});
+    attribute(0, 3, {(Column + 0.5f) / 32.0f - 1.0f, (Row + 0.5f) / 32.0f - 1.0f, 0.0f});
+    set("selection_rect", wholeView);
+    set("item_index", 20);
+    beginSelection();
+    draw(GL_POINTS, 1);
+    EXPECT_EQ(selectedWords()[0], 1u << 23);
+}
+
 /// Every pixel of the view is an item of its own: one instance each, counted row by row from the lower left.
 class SelectedPixelsTest : public ShaderDrawing
 {
