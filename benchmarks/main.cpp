@@ -64,6 +64,7 @@ public:
         const QStringList findings = ResultTable::findings(m_results, m_recorded);
         for (const QString& line : findings)
             std::fprintf(stderr, "%s\n", qPrintable(line));
+        if (m_options.writes && !findings.empty()) std::fprintf(stderr, "nothing is recorded\n");
         if (m_options.writes && findings.empty()) writeTables();
         return findings.empty() ? 0 : 1;
     }
@@ -136,7 +137,7 @@ private:
             if (result.work.isEmpty()) result.work = work.title;
             if (result.goal <= 0.0) result.goal = work.goal;
             result.size = size;
-            if (m_options.sides == PairedRuns::Both) continue;
+            if (m_options.sides == PairedRuns::Both || result.pairs == 0) continue;
             result.problem.clear(); // there is one picture only
             result.remark = QStringLiteral("alone");
             if (result.kind == Result::Paired) result.unit = QStringLiteral("ms");

@@ -50,21 +50,16 @@ std::vector<Result> compareBatched(qint64 size, const PairedRuns::Effort& effort
 
 Work batched(const QString& key, const QString& title, double goal, bool isAtOnce)
 {
-    return {key,
-            title,
-            goal,
-            {1000, 10000, 100000},
-            {10000},
-            [isAtOnce](qint64 size, const auto& effort) { return compareBatched(size, effort, isAtOnce); }};
+    const auto measure = [isAtOnce](qint64 size, const auto& effort) {
+        return compareBatched(size, effort, isAtOnce);
+    };
+    return {key, title, goal, {1000, 10000, 100000}, {10000}, measure};
 }
 
 Work drawing(const QString& key, const QString& title, const Pen& pen)
 {
-    return {
-        key,           title,
-        1.10,          {1000, 10000, 100000},
-        {1000, 10000}, [pen](qint64 size, const auto& effort) {
-                return compareLines(size, effort, pen); }};
+    const auto measure = [pen](qint64 size, const auto& effort) { return compareLines(size, effort, pen); };
+    return {key, title, 1.10, {1000, 10000, 100000}, {1000, 10000}, measure};
 }
 
 std::vector<Result> compareZoomed(qint64 size, const PairedRuns::Effort& effort)
