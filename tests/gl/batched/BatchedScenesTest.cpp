@@ -7,6 +7,7 @@
 
 #include <glm/gtc/matrix_transform.hpp>
 
+#include <algorithm>
 #include <cstdio>
 #include <set>
 
@@ -31,7 +32,7 @@ protected:
 
     QColor color()
     {
-        const int alpha = dice.oneIn(6) ? dice.between(0, 255) : 255;
+        const int alpha = dice.oneIn(6) ? std::max(dice.between(-200, 255), 0) : 255;
         return {dice.between(0, 255), dice.between(0, 255), dice.between(0, 255), alpha};
     }
     QPen pen()
