@@ -26,12 +26,19 @@ public:
         bool isSeen(const Drawable3dItem& item) const
         {
             const int place = item.m_indexPlace;
-            return place < 0 || m_version != m_index->m_version ||
-                   m_found[static_cast<std::size_t>(place)] != 0;
+            return place < 0 || !isValid() || m_found[static_cast<std::size_t>(place)] != 0;
+        }
+        /// Whether an item is seen because its box and reach say so.
+        bool isSeenByBox(const Drawable3dItem& item) const
+        {
+            const int place = item.m_indexPlace;
+            return place >= 0 && isValid() && m_found[static_cast<std::size_t>(place)] != 0;
         }
 
     private:
         friend class ItemIndex;
+        bool isValid() const { return m_version == m_index->m_version; }
+
         const ItemIndex* m_index = nullptr;
         std::uint64_t m_version = 0;
         std::vector<std::uint8_t> m_found;

@@ -122,9 +122,12 @@ bool ItemSelection::isAllInArea(const QRect& pixels) const
     return m_area.pixels().contains(pixels) && (m_areaIsRectangle || m_area.containsAll(pixels));
 }
 
-bool ItemSelection::reachesArea(const gmx::BoundingBox& box, double reach) const
+bool ItemSelection::reachesArea(const Drawable3dItem& item, const gmx::BoundingBox& box)
 {
-    if (!m_areaVolume.reaches(box, reach)) return false;
+    const bool isInRectangle = m_inArea.isSeenByBox(item);
+    if (isInRectangle && m_areaIsRectangle) return true;
+    const double reach = m_reach.of(item);
+    if (!isInRectangle && !m_areaVolume.reaches(box, reach)) return false;
     if (m_areaIsRectangle) return true;
     const QRect pixels = m_picture.pixelsOf(box, reach);
     return pixels.isEmpty() || m_area.containsAny(pixels);
@@ -139,7 +142,7 @@ ItemSelection::Filter ItemSelection::candidates()
         const InteractiveGraphicsItem* hostItem = item->hostItem();
         if (!hostItem) return m_options.mode == SelectionMode::Visible && isChosen(item);
         const gmx::BoundingBox box = hostItem->sceneBoundingBox();
-        if (!reachesArea(box, m_reach.of(*item)) || !isChosen(item)) return false;
+        if (!reachesArea(*item, box) || !isChosen(item)) return false;
         if (m_options.rule == SelectionRule::Inside) m_items.emplace(hostItem->getId(), item);
         if (!isSelectedByBox(*item, box)) return true;
         m_selectedByBox.push_back(hostItem->getId());

@@ -46,7 +46,7 @@ private:
     using Ids = std::unordered_set<LONGID>;
 
     bool isAllInArea(const QRect& pixels) const;
-    bool reachesArea(const gmx::BoundingBox& box, double reach) const;
+    bool reachesArea(const Drawable3dItem& item, const gmx::BoundingBox& box);
     bool isChosen(Drawable3dItem* item) const;
     /// The kinds of primitives (PrimitiveBit) of which drawing by the drawer sets the item's bit.
     int kindsMarkedBy(const Item3dDrawer* drawer);
