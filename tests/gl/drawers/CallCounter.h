@@ -1,0 +1,27 @@
+#pragma once
+
+#include <Viewer3dModule/shaders/OpenGLFunctions.h>
+
+#include <functional>
+#include <vector>
+
+/// Counts the calls of OpenGL that drawing makes through the function tables of one context, for as long as
+/// it lives: all that binds, sets, enables, uploads or draws, and all that asks. The calls go on to the
+/// driver. One at a time, and the context outlives it.
+class CallCounter
+{
+public:
+    /// @param gl  a table of the context, which is current
+    explicit CallCounter(OpenGLFunctions& gl);
+    ~CallCounter();
+    CallCounter(const CallCounter&) = delete;
+    CallCounter& operator=(const CallCounter&) = delete;
+
+    /// Since the last reset.
+    int calls() const;   ///< of all kinds
+    int queries() const; ///< glGet and the like
+    void reset();
+
+private:
+    std::vector<std::function<void()>> m_undo;
+};

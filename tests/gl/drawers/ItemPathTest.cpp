@@ -1,0 +1,258 @@
+#include "CallCounter.h"
+
+#include "tests/gl/instanced/InstancedTest.h"
+
+#include <Viewer3dModule/drawables/MeshNode3d.h>
+#include <Viewer3dModule/drawables/PolyPolyline3dItem.h>
+#include <Viewer3dModule/drawers/DrawerType.h>
+#include <Viewer3dModule/drawers/SequentialItem3dDrawer.h>
+
+#include <glm/gtc/matrix_transform.hpp>
+
+#include <cstdlib>
+#include <new>
+
+// What an item costs a frame in calls, allocations and questions to the driver. The numbers are those that
+// are reached, and nothing is to exceed them.
+
+static std::size_t allocationCount = 0;
+
+void* operator new(std::size_t size)
+{
+    ++allocationCount;
+    if (void* place = std::malloc(size)) return place;
+    throw std::bad_alloc();
+}
+void operator delete(void* place) noexcept
+{
+    std::free(place);
+}
+void operator delete(void* place, std::size_t) noexcept
+{
+    std::free(place);
+}
+
+namespace {
+
+struct FrameCost
+{
+    double calls, queries, allocations; ///< an item
+};
+
+glm::mat4 placeOfItem(int index)
+{
+    const auto step = static_cast<float>(index) * 0.01f;
+    return glm::translate(glm::mat4(1.0f), glm::vec3(step - 0.5f, 0.5f - step, 0.0f));
+}
+
+QColor colorOfItem(int index)
+{
+    return QColor::fromHsv(index * 7 % 360, 200, 200);
+}
+
+class BoxItem : public Drawable3dItem
+{
+public:
+    BoxItem(int index, bool promises)
+        : m_node(meshOf(index))
+    {
+        if (!promises) return;
+        setDrawsByPrimitives(m_node.drawsByPrimitives());
+        setShowsItemColors(m_node.showsItemColors());
+        setSolid(m_node.isSolid());
+    }
+    using Drawable3dItem::setDrawer;
+
+protected:
+    void draw(const PaintContext& context) override { m_node.draw(context, 1); }
+
+private:
+    static MeshData meshOf(int index)
+    {
+        MeshData data;
+        for (unsigned corner = 0; corner < 8; ++corner)
+            data.positions.emplace_back(corner & 1u ? 0.1f : 0.0f, corner & 2u ? 0.1f : 0.0f,
+                                        corner & 4u ? 0.1f : 0.0f);
+        data.indices = {0, 1, 3, 0, 3, 2, 4, 5, 7, 4, 7, 6, 0, 1, 5, 0, 5, 4,
+                        2, 3, 7, 2, 7, 6, 0, 2, 6, 0, 6, 4, 1, 3, 7, 1, 7, 5};
+        MeshData::Part part;
+        part.indexCount = 36;
+        part.color = colorOfItem(index);
+        data.parts.push_back(part);
+        return data;
+    }
+    MeshNode3d m_node;
+};
+
+class ItemPathTest : public InstancedTest
+{
+protected:
+    static constexpr int Few = 20, Many = 40;
+
+    void SetUp() override
+    {
+        InstancedTest::SetUp();
+        m_target = std::make_unique<RenderTarget>(*gl, QSize(32, 32));
+        m_target->bind();
+    }
+    void TearDown() override
+    {
+        scene->makeCurrent();
+        m_target.reset();
+        InstancedTest::TearDown();
+    }
+
+    /// What each of the items after the first few adds to a frame.
+    FrameCost costOf(Item3dDrawer& drawer, const std::function<std::unique_ptr<Drawable3dItem>(int)>& make)
+    {
+        std::vector<std::unique_ptr<Drawable3dItem>> items;
+        const auto total = [&](int count) {
+            while (static_cast<int>(items.size()) < count)
+                items.push_back(make(static_cast<int>(items.size())));
+            return frameOf(drawer);
+        };
+        const FrameCost few = total(Few), many = total(Many);
+        constexpr double more = Many - Few;
+        return {(many.calls - few.calls) / more, (many.queries - few.queries) / more,
+                (many.allocations - few.allocations) / more};
+    }
+    std::unique_ptr<Drawable3dItem> line(int index, int drawerType, const QPen& pen = QPen())
+    {
+        auto item = std::make_unique<PolyPolyline3dItem>(0, drawerType);
+        item->setPoints({{0, 0, 0}, {0.1f, 0, 0}, {0.1f, 0.1f, 0}}, {3});
+        QPen own = pen;
+        own.setColor(colorOfItem(index));
+        item->setPen(own);
+        item->setTransform(placeOfItem(index), false);
+        item->setSceneDrawer(scene.get());
+        return item;
+    }
+    std::unique_ptr<Drawable3dItem> box(int index, bool promises)
+    {
+        auto item = std::make_unique<BoxItem>(index, promises);
+        item->setTransform(placeOfItem(index), false);
+        item->setDrawer(scene->getDefaultDrawer(DrawerType::Mesh));
+        return item;
+    }
+
+private:
+    FrameCost frameOf(Item3dDrawer& drawer)
+    {
+        const PaintContext context = paintContext(32, 32);
+        drawer.draw(context, {}); // uploads, and what else the first frame does
+        drawer.draw(context, {});
+        CallCounter counter(*gl);
+        const std::size_t before = allocationCount;
+        drawer.draw(context, {});
+        const auto allocations = static_cast<double>(allocationCount - before);
+        return {double(counter.calls()), double(counter.queries()), allocations};
+    }
+
+    std::unique_ptr<RenderTarget> m_target;
+};
+
+// The matrix, the colour, the identifier, the draw call.
+TEST_F(ItemPathTest, ALineCostsFourCalls)
+{
+    for (const int type : {DrawerType::Mono, DrawerType::WideLines}) {
+        const FrameCost cost =
+            costOf(*scene->getDefaultDrawer(type), [&](int index) { return line(index, type); });
+        EXPECT_LE(cost.calls, 4.0) << type;
+        EXPECT_LE(cost.queries, 0.0) << type;
+        EXPECT_LE(cost.allocations, 0.0) << type;
+    }
+}
+
+// Dashes are set and ended, and the size of the view is told with them.
+TEST_F(ItemPathTest, ADashedLineCostsEightCalls)
+{
+    const int type = DrawerType::DashedLines;
+    const FrameCost cost = costOf(*scene->getDefaultDrawer(type),
+                                  [&](int index) { return line(index, type, QPen(Qt::DashLine)); });
+    EXPECT_LE(cost.calls, 8.0);
+    EXPECT_LE(cost.queries, 0.0);
+    EXPECT_LE(cost.allocations, 0.0);
+}
+
+// Two matrices, the colour, the identifier, the texture unit, the draw call.
+TEST_F(ItemPathTest, ABoxCostsSixCalls)
+{
+    const FrameCost cost =
+        costOf(*scene->getDefaultDrawer(DrawerType::Mesh), [&](int index) { return box(index, true); });
+    EXPECT_LE(cost.calls, 6.0);
+    EXPECT_LE(cost.queries, 0.0);
+    EXPECT_LE(cost.allocations, 0.0);
+}
+
+TEST_F(ItemPathTest, WithoutPromisesABoxSetsAllUpAndPutsItBack)
+{
+    const FrameCost cost =
+        costOf(*scene->getDefaultDrawer(DrawerType::Mesh), [&](int index) { return box(index, false); });
+    EXPECT_LE(cost.calls, 23.0);
+    EXPECT_LE(cost.queries, 0.0);
+    EXPECT_LE(cost.allocations, 0.0);
+}
+
+TEST_F(ItemPathTest, AMarkCostsNothing)
+{
+    MarkDrawer drawer(scene.get());
+    const FrameCost cost = costOf(drawer, [&](int index) {
+        auto item = std::make_unique<MarkItem>(index + 1, glm::vec3(placeOfItem(index)[3]));
+        item->setDrawer(&drawer);
+        return item;
+    });
+    EXPECT_LE(cost.calls, 0.0);
+    EXPECT_LE(cost.queries, 0.0);
+    EXPECT_LE(cost.allocations, 0.0);
+}
+
+// Between items that keep what they bind one that binds otherwise finds and leaves nothing bound.
+TEST_F(ItemPathTest, OthersBetweenThemAreDrawnAlike)
+{
+    class Stranger : public PolyPolyline3dItem
+    {
+    public:
+        using PolyPolyline3dItem::PolyPolyline3dItem;
+        GLint bound = -1, enabled = -1;
+
+    protected:
+        using PolyPolyline3dItem::draw;
+        void draw(const PaintContext& context) override
+        {
+            OpenGLFunctions& functions = *getGLFunctions();
+            functions.glGetIntegerv(GL_VERTEX_ARRAY_BINDING, &bound);
+            PolyPolyline3dItem::draw(context);
+            functions.glBindVertexArray(context.vertexArray);
+            functions.glGetVertexAttribiv(0, GL_VERTEX_ATTRIB_ARRAY_ENABLED, &enabled);
+            functions.glBindVertexArray(0);
+            uniforms::set(functions, context.program->uniformLocation("item_color"), QColor(Qt::red));
+            uniforms::set(functions, context.program->uniformLocation("item_flags"), -2);
+        }
+    };
+    const auto lineAt = [](PolyPolyline3dItem& item, float y) {
+        item.setPoints({{-1, y, 0}, {1, y, 0}}, {2});
+        item.setPen(QPen(Qt::green));
+    };
+    PolyPolyline3dItem first(0, DrawerType::Mono), last(0, DrawerType::Mono);
+    Stranger between(0, DrawerType::Mono);
+    EXPECT_TRUE(first.drawsByPrimitives());
+    EXPECT_FALSE(between.drawsByPrimitives()) << "a promise is not inherited";
+    float y = -0.5f;
+    for (PolyPolyline3dItem* item : {&first, static_cast<PolyPolyline3dItem*>(&between), &last}) {
+        lineAt(*item, y);
+        y += 0.5f;
+        item->setSceneDrawer(scene.get());
+    }
+    const QImage picture = drawFrame(paintContext(8, 8));
+    int green = 0;
+    for (int row = 0; row < 8; ++row)
+        green += picture.pixelColor(4, row) == QColor(0, 255, 0);
+    EXPECT_EQ(green, 3);
+    EXPECT_EQ(between.bound, 0);
+    EXPECT_EQ(between.enabled, 0);
+    GLint bound = -1;
+    gl->glGetIntegerv(GL_VERTEX_ARRAY_BINDING, &bound);
+    EXPECT_EQ(bound, 0);
+}
+
+} // namespace
