@@ -3,6 +3,7 @@
 #include <Viewer3dModule/drawables/Drawable3dItem.h>
 #include <Viewer3dModule/drawers/Item3dSelectionProvider.h>
 #include <Viewer3dModule/drawers/SequentialItem3dDrawer.h>
+#include <Viewer3dModule/host/View3dSettings.h>
 #include <Viewer3dModule/scene/Scene3d.h>
 #include <Viewer3dModule/scene/longestTargetSide.h>
 #include <Viewer3dModule/shaders/DrawMode.h>
@@ -26,6 +27,13 @@ PaintContext passOf(const PaintContext& view, Scene3d& scene)
     pass.scene = &scene;
     pass.vertexArray = scene.getDefaultVao(); // one of another context would be no name here
     return pass;
+}
+
+/// Whether the alpha of highlighted items counts; it does with a host that registers no settings.
+bool countsHighlight()
+{
+    const View3dSettings* settings = View3dSettings::getInstance();
+    return !settings || settings->getSelectedColor().alphaF() >= 0.5;
 }
 
 glm::dmat4 viewProjection(const PaintContext& pass)
@@ -97,6 +105,7 @@ ItemSelection::ItemSelection(Scene3d& scene, Item3dSelectionProvider& provider, 
     , m_areaVolume(viewProjection(m_pass), view.viewportRect.size(), m_area.pixels())
     , m_picture(viewProjection(m_pass), view.viewportRect.size(), m_pass.viewportRect)
     , m_isFenced(scene.isFenced())
+    , m_countsHighlight(countsHighlight())
 {
 }
 
@@ -181,7 +190,8 @@ bool ItemSelection::isSelectedByBox(Drawable3dItem& item, const gmx::BoundingBox
     // A pixel's width for the rounding of what lies on the border.
     const QRect pixels = m_picture.pixelsOf(box, 1.0);
     const bool isLarge = std::max(pixels.width(), pixels.height()) >= 8; // more than 2 without the rounding
-    return (hasPoints || isLarge) && isAllInArea(pixels) && m_picture.holds(box) && !item.isHighlighted();
+    return (hasPoints || isLarge) && isAllInArea(pixels) && m_picture.holds(box) &&
+           (m_countsHighlight || !item.isHighlighted());
 }
 
 // --- what lies in the area
@@ -189,7 +199,11 @@ bool ItemSelection::isSelectedByBox(Drawable3dItem& item, const gmx::BoundingBox
 
 std::vector<LONGID> ItemSelection::touched(OpenGLFunctions& gl)
 {
-    std::vector<LONGID> found = draw(gl, m_pass, m_polygon, false, m_area.pixels(), candidates());
+    // Of two points the rectangle counts alone, and no fragment looks at a mask.
+    const QRectF box = m_polygon.boundingRect();
+    const QPolygonF diagonal(QVector<QPointF>{box.topLeft(), box.bottomRight()});
+    std::vector<LONGID> found =
+        draw(gl, m_pass, m_areaIsRectangle ? diagonal : m_polygon, false, m_area.pixels(), candidates());
     found.insert(found.end(), m_selectedByBox.begin(), m_selectedByBox.end());
     makeUnique(found);
     return found;

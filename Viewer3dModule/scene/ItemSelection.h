@@ -79,6 +79,7 @@ private:
     PictureVolume m_areaVolume;
     PictureVolume m_picture;
     bool m_isFenced;
+    bool m_countsHighlight;
     ItemReach m_reach;
     ItemIndex::Seen m_inArea; // of the last candidates()
     std::vector<LONGID> m_selectedByBox;
