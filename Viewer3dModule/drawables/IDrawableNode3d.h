@@ -56,5 +56,7 @@ public:
     /// Drawable3dItem::showsItemColors; and whether it draws by the module's primitives alone, see
     /// Drawable3dItem::drawsByPrimitives.
     virtual bool showsItemColors() const { return false; }
+    /// Whether nothing of it is lit.
+    virtual bool isUnlit() const { return false; }
     virtual bool drawsByPrimitives() const { return false; }
 };

@@ -147,6 +147,7 @@ bool Item3dDrawer::prepareProgram(PaintContext& context)
         variant.marksItems = context.drawMode == DrawMode::SelectionBufferDraw;
         variant.readsRecords = m_readsRecords;
         variant.colors = m_programColors;
+        variant.isUnlit = m_isUnlit;
         if (isFenced())
             variant.fence = m_scene->getFence()->getFenceType() == Fence3DObject::SphereFence
                                 ? ProgramFence::Sphere

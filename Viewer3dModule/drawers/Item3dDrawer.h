@@ -133,6 +133,8 @@ protected:
     void setReadsRecords(bool reads) { m_readsRecords = reads; }
     /// Likewise which colours the variant is to show.
     void setProgramColors(ProgramColors colors) { m_programColors = colors; }
+    /// Likewise whether nothing is lit.
+    void setUnlit(bool unlit) { m_isUnlit = unlit; }
 
     ItemPass& itemPass() { return m_itemPass; }
     /// saveTransformState, and what only makes that matrix the current one again: it is not set in the
@@ -171,6 +173,7 @@ private:
     bool m_insideFence = false;
     bool m_readsRecords = false;
     ProgramColors m_programColors = ProgramColors(); // all
+    bool m_isUnlit = false;
     bool m_isForeground = false;
 
     bool m_lightModeChanged = false;

@@ -126,6 +126,17 @@ ProgramColors colorsOf(const std::vector<Drawable3dItem*>& items)
     return areAllVisible ? ProgramColors::VisibleItems : ProgramColors::OfItems;
 }
 
+bool areUnlit(const std::vector<Drawable3dItem*>& items)
+{
+    bool isAnyDrawn = false;
+    for (const Drawable3dItem* item : items) {
+        if (!item->isVisible()) continue;
+        if (!item->isUnlit()) return false;
+        isAnyDrawn = true;
+    }
+    return isAnyDrawn;
+}
+
 // The pass goes on in the caller's context, which building makes way for the scene's.
 QOpenGLShaderProgram* createGeometryProgram(Scene3d& scene)
 {
@@ -221,8 +232,10 @@ void SequentialItem3dDrawer::drawItems(const PaintContext& context, const Filter
 {
     PaintContext pass = context;
     setProgramColors(colorsOf(getItems()));
+    setUnlit(areUnlit(getItems()));
     const bool canDraw = beginPass(pass);
     setProgramColors(ProgramColors::All);
+    setUnlit(false);
     if (!canDraw) return;
     const FirstVertexConvention convention(currentGLFunctions(), itemUniforms().dashSize >= 0);
     const KeepingPass keeping(itemPass(), pass);

@@ -22,6 +22,8 @@ const char* const withRecords = "RX_USE_ITEM_RECORDS";
 const char* const withItemColorsOnly = "RX_ITEM_COLORS_ONLY";
 const char* const withVisibleItemsOnly = "RX_VISIBLE_ITEMS_ONLY";
 
+const char* const withNormals = "RX_USE_PER_VERTEX_NORMAL";
+
 const char* defineOf(ProgramFence fence)
 {
     return fence == ProgramFence::Sphere ? "RX_USE_SPHERE_FENCE" : "RX_USE_SWEPT_FENCE";
@@ -30,7 +32,7 @@ const char* defineOf(ProgramFence fence)
 bool isPlain(const ProgramVariant& variant)
 {
     return variant.fence == ProgramFence::None && !variant.drawsMasks && !variant.marksItems &&
-           !variant.readsRecords && variant.colors == ProgramColors::All;
+           !variant.readsRecords && variant.colors == ProgramColors::All && !variant.isUnlit;
 }
 
 /// The variants of one program, whose child this is.
@@ -49,6 +51,8 @@ public:
                            !has("RX_USE_INSTANCED_DRAW"))
         , m_canShowItemColors(asksFor("fragment", withItemColorsOnly))
         , m_canShowVisibleItems(asksFor("fragment", withVisibleItemsOnly))
+        , m_canBeUnlit(has(withNormals) && m_sources.files.size() == 2 && asksFor("vertex", withNormals) &&
+                       asksFor("fragment", withNormals))
     {
     }
 
@@ -97,10 +101,11 @@ private:
             wanted.colors = ProgramColors::OfItems;
         if (wanted.colors == ProgramColors::OfItems && !m_canShowItemColors)
             wanted.colors = ProgramColors::All;
+        if (!m_canBeUnlit) wanted.isUnlit = false;
         if (isPlain(wanted)) return nullptr;
         std::optional<Variant>& variant =
             m_built[static_cast<int>(wanted.fence)][wanted.drawsMasks][wanted.marksItems][wanted.readsRecords]
-                   [static_cast<int>(wanted.colors)];
+                   [static_cast<int>(wanted.colors)][wanted.isUnlit];
         if (!variant) variant.emplace(build(wanted));
         if (variant->program) return &*variant;
         if (wanted.readsRecords)
@@ -137,6 +142,7 @@ private:
         if (wanted.marksItems) drop(withoutMarks);
         if (wanted.fence != ProgramFence::None) defines.emplace_back(defineOf(wanted.fence));
         if (wanted.readsRecords) defines.emplace_back(withRecords);
+        if (wanted.isUnlit) drop(withNormals);
         if (wanted.colors != ProgramColors::All) defines.emplace_back(withItemColorsOnly);
         if (wanted.colors == ProgramColors::VisibleItems) defines.emplace_back(withVisibleItemsOnly);
         Variant variant;
@@ -167,7 +173,8 @@ private:
     bool m_canReadRecords;
     bool m_canShowItemColors;
     bool m_canShowVisibleItems;
-    std::optional<Variant> m_built[3][2][2][2][3]; ///< in the order of ProgramVariant
+    bool m_canBeUnlit;                                // other stages hand normals on whatever is defined
+    std::optional<Variant> m_built[3][2][2][2][3][2]; ///< in the order of ProgramVariant
 };
 
 } // namespace

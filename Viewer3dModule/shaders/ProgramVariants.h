@@ -30,6 +30,8 @@ struct ProgramVariant
     /// RX_USE_ITEM_RECORDS. See ItemRecords.
     bool readsRecords = false;
     ProgramColors colors = ProgramColors::All;
+    /// Whether nothing is lit, as lines and points are: compiled without RX_USE_PER_VERTEX_NORMAL.
+    bool isUnlit = false;
 };
 
 /// The program that draws as this one does, and what the variant says as well: the program itself where it

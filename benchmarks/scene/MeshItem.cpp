@@ -10,6 +10,7 @@ MeshItem::MeshItem(MeshElement* element)
     setSolid(m_node->isSolid());
     setDrawsByPrimitives(m_node->drawsByPrimitives());
     setShowsItemColors(m_node->showsItemColors());
+    setUnlit(m_node->isUnlit());
 }
 
 MeshItem::~MeshItem() = default;
