@@ -86,9 +86,13 @@ vec3 litColor(vec3 surface_color)
 
 void main()
 {
+#if defined(RX_ITEM_COLORS_ONLY) && !defined(RX_USE_ELEVATION_COLOR)
+    vec4 surface = item.color; // which the flags have chosen already
+#else
     vec4 own_color;
     vec4 highlight_color;
     chooseColors(own_color, highlight_color);
     vec4 surface = colorFromFlags(item.flags, own_color, highlight_color);
+#endif
     writeItem(vec4(litColor(surface.rgb), surface.a), item.id, item.index, item.place, vec4(0.0));
 }
