@@ -133,6 +133,22 @@ vertex_pool::Layout layoutOf(const MeshData& data)
     return layout;
 }
 
+// Whether the parts' indices only count vertices in their order, as those of points mostly do: then they are
+// drawn without indices, and firstIndex of a part becomes its first vertex.
+bool dropCountingIndices(MeshData& data)
+{
+    const bool onlyCount = std::all_of(data.parts.begin(), data.parts.end(), [&](const MeshData::Part& part) {
+        for (std::uint32_t i = 1; i < part.indexCount; ++i)
+            if (data.indices[part.firstIndex + i] != data.indices[part.firstIndex] + i) return false;
+        return true;
+    });
+    if (!onlyCount) return false;
+    for (MeshData::Part& part : data.parts)
+        part.firstIndex = data.indices[part.firstIndex];
+    data.indices = std::vector<std::uint32_t>();
+    return true;
+}
+
 // Uploads the values, if there are any, and frees their memory.
 template <class T>
 void moveTo(const vertex_pool::Slice& slice, std::size_t stream, OpenGLFunctions& gl, std::vector<T>& values)
@@ -207,6 +223,7 @@ struct MeshNode3d::Private
 };
 
 MeshNode3d::Private::Private(MeshData meshData)
+    bool isIndexed = true;
     : data(std::move(meshData))
 {
     dropWhatDoesNotFit(data);
@@ -226,6 +243,7 @@ void MeshNode3d::Private::upload(OpenGLFunctions& gl)
     vertices = vertex_pool::Slice(gl, layout, totalCount);
     indices = vertex_pool::Slice(gl, indicesOnly, indexCount);
     moveTo(vertices, Positions, gl, data.positions);
+    isIndexed = !dropCountingIndices(data);
     moveTo(vertices, Normals, gl, data.normals);
     moveTo(vertices, Colors, gl, data.colors);
     moveTo(vertices, TexCoords, gl, data.texCoords);
@@ -250,7 +268,7 @@ int MeshNode3d::Private::bindAttributes(VertexArrayBinding& binding, bool counts
         binding.setColors(VertexAttribute::Color, vertices.buffer(Colors), offset(Colors));
     if (layout[TexCoords] != 0)
         binding.setFloats(VertexAttribute::TexCoords, 2, vertices.buffer(TexCoords), offset(TexCoords));
-    binding.setIndices(indices.buffer(0));
+    if (isIndexed) binding.setIndices(indices.buffer(0));
     binding.ready();
     return countsFromZero ? 0 : static_cast<int>(vertices.first());
 }
@@ -276,9 +294,12 @@ void MeshNode3d::Private::drawPart(const MeshData::Part& part, OpenGLFunctions& 
         look.setPenWidth(part.kind == MeshData::Part::Points ? part.pointSize : lineWidth);
     if (texture != 0) gl.glBindTexture(GL_TEXTURE_2D, texture);
     const std::uintptr_t firstIndex = std::uintptr_t(indices.first()) + part.firstIndex;
-    gl.glDrawElementsInstancedBaseVertex(
-        kindOf(part.kind).mode, static_cast<GLsizei>(part.indexCount), GL_UNSIGNED_INT,
-        reinterpret_cast<const void*>(firstIndex * sizeof(std::uint32_t)), instances, firstVertex);
+    if (isIndexed)
+        gl.glDrawElementsInstancedBaseVertex(
+            mode, count, GL_UNSIGNED_INT, reinterpret_cast<const void*>(firstIndex * sizeof(std::uint32_t)),
+            instances, firstVertex);
+    else
+        gl.glDrawArraysInstanced(mode, firstVertex + static_cast<GLint>(part.firstIndex), count, instances);
     if (texture != 0) gl.glBindTexture(GL_TEXTURE_2D, 0);
 }
 
@@ -287,6 +308,8 @@ MeshNode3d::MeshNode3d(MeshData data)
 {
 }
 
+    const auto mode = kindOf(part.kind).mode;
+    const auto count = static_cast<GLsizei>(part.indexCount);
 MeshNode3d::~MeshNode3d() = default;
 
 void MeshNode3d::draw(const PaintContext& context, int instances)
