@@ -24,8 +24,8 @@ public:
     /// those that were not taken.
     virtual void draw(const PaintContext& context, int instances) = 0;
 
-    /// Tells what draw draws, where all of it has one look: see Drawable3dItem::describeDrawing, by which an
-    /// item that draws nothing else calls this. The pass's context, or one of its share group, is current.
+    /// Tells what draw draws, where all of it is of one kind: see Drawable3dItem::describeDrawing, by which
+    /// an item that draws nothing else calls this. The pass's context, or one of its share group, is current.
     virtual bool describeDrawing(ItemDrawing&) { return false; }
 
     /// Model coordinates of the node's local (0, 0, 0).

@@ -9,7 +9,7 @@
 #include <vector>
 
 /// What an item draws, told once so that a drawer can draw it together with others: stretches of one kind, of
-/// its own vertices, in one look. Buffers are OpenGL names, not owned; they are read before the next draw of
+/// its own vertices. Buffers are OpenGL names, not owned; they are read before the next draw of
 /// the item.
 struct ItemDrawing
 {
@@ -24,10 +24,20 @@ struct ItemDrawing
     {
         std::uint32_t first;
         std::uint32_t count;
+        std::uint32_t look = 0; ///< among looks
+    };
+    /// What the item would set before the draw calls of a stretch.
+    struct Look
+    {
+        QColor color;                             ///< uniform item_color
+        float penWidth = 1.0f;                    ///< pixels, uniform pen_width
+        std::int32_t colorMode = ColorMode::Item; ///< or Vertices
+        bool isLit = true;                        ///< where the view's light is on
     };
 
     Kind kind = Kind::Strips;
     std::vector<Stretch> stretches; ///< in the order in which they are drawn; none: the item draws nothing
+    std::vector<Look> looks;        ///< at least one where there are stretches
 
     unsigned int positions = 0; ///< three floats a vertex
     unsigned int normals = 0;   ///< three floats a vertex; 0: none
@@ -37,9 +47,4 @@ struct ItemDrawing
     std::size_t firstIndex = 0;    ///< the item's own, in the buffer of indices
     std::uint32_t vertexCount = 0; ///< of the item's own, from that one on, in every buffer of vertices
     std::uint32_t indexCount = 0;
-
-    QColor color;                             ///< uniform item_color
-    float penWidth = 1.0f;                    ///< pixels, uniform pen_width
-    std::int32_t colorMode = ColorMode::Item; ///< or Vertices
-    bool isLit = true;                        ///< where the view's light is on
 };

@@ -40,6 +40,18 @@ Kind kindOf(MeshData::Part::Kind kind)
     }
 }
 
+ItemDrawing::Kind tellingKind(MeshData::Part::Kind kind)
+{
+    switch (kind) {
+    case MeshData::Part::Points:
+        return ItemDrawing::Kind::Points;
+    case MeshData::Part::Lines:
+        return ItemDrawing::Kind::Lines;
+    default:
+        return ItemDrawing::Kind::Triangles;
+    }
+}
+
 bool fits(const MeshData& data, const MeshData::Part& part)
 {
     if (part.firstIndex > data.indices.size() || part.indexCount > data.indices.size() - part.firstIndex ||
@@ -121,18 +133,6 @@ Drawable3dPrimitive::GeometryInfo geometryInfoOf(const MeshData& data)
     return info;
 }
 
-enum Stream { Positions, Normals, Colors, TexCoords };
-constexpr vertex_pool::Layout indicesOnly = {sizeof(std::uint32_t)};
-
-vertex_pool::Layout layoutOf(const MeshData& data)
-{
-    vertex_pool::Layout layout = {sizeof(glm::vec3)};
-    if (!data.normals.empty()) layout[Normals] = sizeof(glm::vec3);
-    if (!data.colors.empty()) layout[Colors] = sizeof(std::uint32_t);
-    if (!data.texCoords.empty()) layout[TexCoords] = sizeof(glm::vec2);
-    return layout;
-}
-
 // Whether the parts' indices only count vertices in their order, as those of points mostly do: then they are
 // drawn without indices, and firstIndex of a part becomes its first vertex.
 bool dropCountingIndices(MeshData& data)
@@ -147,6 +147,18 @@ bool dropCountingIndices(MeshData& data)
         part.firstIndex = data.indices[part.firstIndex];
     data.indices = std::vector<std::uint32_t>();
     return true;
+}
+
+enum Stream { Positions, Normals, Colors, TexCoords };
+constexpr vertex_pool::Layout indicesOnly = {sizeof(std::uint32_t)};
+
+vertex_pool::Layout layoutOf(const MeshData& data)
+{
+    vertex_pool::Layout layout = {sizeof(glm::vec3)};
+    if (!data.normals.empty()) layout[Normals] = sizeof(glm::vec3);
+    if (!data.colors.empty()) layout[Colors] = sizeof(std::uint32_t);
+    if (!data.texCoords.empty()) layout[TexCoords] = sizeof(glm::vec2);
+    return layout;
 }
 
 // Uploads the values, if there are any, and frees their memory.
@@ -204,13 +216,14 @@ struct MeshNode3d::Private
     void drawPart(const MeshData::Part& part, OpenGLFunctions& gl, PartLook& look, int instances,
                   int firstVertex) const;
     unsigned int textureOf(const MeshData::Part& part) const;
-    bool hasOneLook() const;
-    void describeLook(ItemDrawing& drawing, const MeshData::Part& part) const;
+    bool canBeTold() const;
+    ItemDrawing::Look lookOf(const MeshData::Part& part) const;
 
     MeshData data;               // its arrays and images are empty after the upload
     std::size_t vertexCount = 0; // without the copies for normals, which come after them
     std::size_t totalCount = 0;  // with them
     std::size_t indexCount = 0;
+    bool isIndexed = true;
     gmx::BoundingBox bounds;
     Drawable3dPrimitive::GeometryInfo info;
     bool isSolid = false;
@@ -223,7 +236,6 @@ struct MeshNode3d::Private
 };
 
 MeshNode3d::Private::Private(MeshData meshData)
-    bool isIndexed = true;
     : data(std::move(meshData))
 {
     dropWhatDoesNotFit(data);
@@ -231,6 +243,7 @@ MeshNode3d::Private::Private(MeshData meshData)
     vertexCount = data.positions.size();
     completeNormals(data);
     totalCount = data.positions.size();
+    isIndexed = !dropCountingIndices(data);
     indexCount = data.indices.size();
     layout = layoutOf(data);
     info = geometryInfoOf(data);
@@ -243,7 +256,6 @@ void MeshNode3d::Private::upload(OpenGLFunctions& gl)
     vertices = vertex_pool::Slice(gl, layout, totalCount);
     indices = vertex_pool::Slice(gl, indicesOnly, indexCount);
     moveTo(vertices, Positions, gl, data.positions);
-    isIndexed = !dropCountingIndices(data);
     moveTo(vertices, Normals, gl, data.normals);
     moveTo(vertices, Colors, gl, data.colors);
     moveTo(vertices, TexCoords, gl, data.texCoords);
@@ -293,6 +305,8 @@ void MeshNode3d::Private::drawPart(const MeshData::Part& part, OpenGLFunctions& 
     if (part.kind != MeshData::Part::Triangles)
         look.setPenWidth(part.kind == MeshData::Part::Points ? part.pointSize : lineWidth);
     if (texture != 0) gl.glBindTexture(GL_TEXTURE_2D, texture);
+    const auto mode = kindOf(part.kind).mode;
+    const auto count = static_cast<GLsizei>(part.indexCount);
     const std::uintptr_t firstIndex = std::uintptr_t(indices.first()) + part.firstIndex;
     if (isIndexed)
         gl.glDrawElementsInstancedBaseVertex(
@@ -308,8 +322,6 @@ MeshNode3d::MeshNode3d(MeshData data)
 {
 }
 
-    const auto mode = kindOf(part.kind).mode;
-    const auto count = static_cast<GLsizei>(part.indexCount);
 MeshNode3d::~MeshNode3d() = default;
 
 void MeshNode3d::draw(const PaintContext& context, int instances)
@@ -331,28 +343,22 @@ void MeshNode3d::draw(const PaintContext& context, int instances)
 }
 
 // Textures are left to draw.
-bool MeshNode3d::Private::hasOneLook() const
+bool MeshNode3d::Private::canBeTold() const
 {
-    const MeshData::Part& first = data.parts.front();
+    const MeshData::Part::Kind kind = data.parts.front().kind;
     return layout[TexCoords] == 0 &&
-           std::all_of(data.parts.begin(), data.parts.end(), [&first](const MeshData::Part& part) {
-               return part.kind == first.kind && part.color == first.color &&
-                      (part.kind != MeshData::Part::Points ||
-                       !(part.pointSize < first.pointSize || part.pointSize > first.pointSize));
-           });
+           std::all_of(data.parts.begin(), data.parts.end(),
+                       [kind](const MeshData::Part& part) { return part.kind == kind; });
 }
 
-void MeshNode3d::Private::describeLook(ItemDrawing& drawing, const MeshData::Part& part) const
+ItemDrawing::Look MeshNode3d::Private::lookOf(const MeshData::Part& part) const
 {
-    const bool isPoints = part.kind == MeshData::Part::Points;
-    const bool isLines = part.kind == MeshData::Part::Lines;
-    drawing.kind = isPoints  ? ItemDrawing::Kind::Points
-                   : isLines ? ItemDrawing::Kind::Lines
-                             : ItemDrawing::Kind::Triangles;
-    drawing.color = part.color.isValid() ? part.color : defaultColor;
-    drawing.colorMode = layout[Colors] != 0 ? ColorMode::Vertices : ColorMode::Item;
-    drawing.isLit = part.kind == MeshData::Part::Triangles;
-    drawing.penWidth = isPoints ? part.pointSize : lineWidth;
+    ItemDrawing::Look look;
+    look.color = part.color.isValid() ? part.color : defaultColor;
+    look.colorMode = layout[Colors] != 0 ? ColorMode::Vertices : ColorMode::Item;
+    look.isLit = part.kind == MeshData::Part::Triangles;
+    look.penWidth = part.kind == MeshData::Part::Points ? part.pointSize : lineWidth;
+    return look;
 }
 
 bool MeshNode3d::describeDrawing(ItemDrawing& drawing)
@@ -362,9 +368,13 @@ bool MeshNode3d::describeDrawing(ItemDrawing& drawing)
     if (!gl) return false;
     if (own.data.parts.empty()) return true;
     if (!own.isUploaded) own.upload(*gl);
-    if (!own.hasOneLook()) return false;
-    for (const MeshData::Part& part : own.data.parts)
-        drawing.stretches.push_back({part.firstIndex, part.indexCount});
+    if (!own.canBeTold()) return false;
+    drawing.kind = tellingKind(own.data.parts.front().kind);
+    for (const MeshData::Part& part : own.data.parts) {
+        const auto look = static_cast<std::uint32_t>(drawing.looks.size());
+        drawing.looks.push_back(own.lookOf(part));
+        drawing.stretches.push_back({part.firstIndex, part.indexCount, look});
+    }
     drawing.positions = own.vertices.buffer(Positions);
     drawing.normals = own.vertices.buffer(Normals);
     drawing.colors = own.vertices.buffer(Colors);
@@ -373,7 +383,6 @@ bool MeshNode3d::describeDrawing(ItemDrawing& drawing)
     drawing.firstIndex = own.indices.first();
     drawing.vertexCount = static_cast<std::uint32_t>(own.totalCount);
     drawing.indexCount = static_cast<std::uint32_t>(own.indexCount);
-    own.describeLook(drawing, own.data.parts.front());
     return true;
 }
 

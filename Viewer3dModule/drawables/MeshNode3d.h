@@ -22,7 +22,7 @@ public:
     /// context.vertexArray one of its own; the first draw uploads. Leaves no texture bound and texture unit 0
     /// active.
     void draw(const PaintContext& context, int instances) override;
-    /// Not of a mesh with texture coordinates, or with parts that look different. May upload, as draw does.
+    /// Not of a mesh with texture coordinates, or with parts of several kinds. May upload, as draw does.
     bool describeDrawing(ItemDrawing& drawing) override;
     glm::dvec3 getOrigin() const override;
     gmx::BoundingBox getBounds() const override;

@@ -242,8 +242,10 @@ void Polyline3dPrimitive::describeStrips(ItemDrawing& drawing, const QPen& pen,
     drawing.positions = buffer();
     drawing.firstVertex = m_slice.first();
     drawing.vertexCount = static_cast<std::uint32_t>(m_vertexCount);
-    drawing.color = pen.color();
-    drawing.penWidth = static_cast<float>(pen.widthF());
+    ItemDrawing::Look look;
+    look.color = pen.color();
+    look.penWidth = static_cast<float>(pen.widthF());
+    drawing.looks.push_back(look);
     std::int64_t first = 0;
     for (const int count : counts) {
         const Range range = clamped(first, count);

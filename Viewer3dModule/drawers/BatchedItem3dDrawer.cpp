@@ -59,9 +59,10 @@ ProgramColors colorsOf(const BatchedItems::Entry& entry, bool isHighlightVisible
 
 enum class Way { Together, Alone, NotAtAll };
 
-// How an item that told what it draws is drawn in a pass that takes these primitives.
-Way wayOf(const BatchedItems::Entry& entry, std::int32_t primitives)
+// How an item is drawn in a pass that takes these primitives.
+Way wayOf(const BatchedItems::Entry& entry, std::int32_t primitives, bool takesOnePen)
 {
+    if (!entry.isTold || (takesOnePen && !entry.hasOnePen)) return Way::Alone;
     const bool withAdjacency = (primitives & PrimitiveBit::Adjacency) != 0;
     const auto ifTaken = [primitives](std::int32_t bit) {
         return (primitives & bit) != 0 ? Way::Together : Way::NotAtAll;
@@ -81,12 +82,12 @@ Way wayOf(const BatchedItems::Entry& entry, std::int32_t primitives)
 }
 
 // The commands of an item, in the layout that OpenGL wants.
-std::uint32_t appendCommands(std::vector<std::uint32_t>& words, const BatchedItems::Entry& entry,
-                             std::uint32_t record)
+std::uint32_t appendCommands(std::vector<std::uint32_t>& words, const BatchedItems::Entry& entry)
 {
     std::uint32_t commands = 0;
     const std::uint32_t firstVertex = entry.place.vertices.first;
     for (const ItemDrawing::Stretch& stretch : entry.stretches) {
+        const std::uint32_t record = entry.records.first + stretch.look;
         if (entry.isIndexed)
             words.insert(words.end(),
                          {stretch.count, 1u, entry.place.indices.first + stretch.first, firstVertex, record});
@@ -225,7 +226,7 @@ void BatchedItem3dDrawer::plan(OpenGLFunctions& gl, const RecordPass& pass, cons
         Drawable3dItem& item = *items[index];
         if (!item.isVisible() || (filter && !filter(&item))) continue;
         const BatchedItems::Entry& entry = batches.items.follow(gl, index, item, itemId(item));
-        const Way way = entry.isTold ? wayOf(entry, pass.context().primitives) : Way::Alone;
+        const Way way = wayOf(entry, pass.context().primitives, pass.penWidth() >= 0);
         if (way == Way::NotAtAll) continue;
         RunKey key{0, nullptr, false, ProgramColors::All, 0.0f};
         if (way == Way::Together)
@@ -237,8 +238,7 @@ void BatchedItem3dDrawer::plan(OpenGLFunctions& gl, const RecordPass& pass, cons
         Run& run = batches.runs.back();
         batches.drawn.push_back(index);
         ++run.itemCount;
-        if (way == Way::Together)
-            run.commandCount += appendCommands(batches.words, entry, static_cast<std::uint32_t>(index));
+        if (way == Way::Together) run.commandCount += appendCommands(batches.words, entry);
     }
     for (Run& run : batches.runs)
         if (run.itemCount < static_cast<std::size_t>(std::max(m_leastRun, 0))) run.isTogether = false;
@@ -263,13 +263,13 @@ void BatchedItem3dDrawer::drawTogether(OpenGLFunctions& gl, const RecordPass& pa
     ItemRecords::unbind(gl);
 }
 
-// A selection index for each record from the first to the last of the run; those between that the pass does
-// not draw report nothing.
+// A selection index for each item from the first to the last of the run; those between that the pass does not
+// draw report nothing.
 void BatchedItem3dDrawer::giveIndices(OpenGLFunctions& gl, const RecordPass& pass, const Run& run)
 {
     IItem3dSelectionProvider* provider = RecordPass::providerOf(pass.context());
     if (!provider) {
-        uniforms::set(gl, pass.firstRecord(), std::numeric_limits<int>::max()); // no record marks anything
+        uniforms::set(gl, pass.firstItem(), std::numeric_limits<int>::max()); // no item marks anything
         return;
     }
     const auto begin = m_batches->drawn.begin() + static_cast<std::ptrdiff_t>(run.firstItem);
@@ -280,5 +280,5 @@ void BatchedItem3dDrawer::giveIndices(OpenGLFunctions& gl, const RecordPass& pas
         if (const InteractiveGraphicsItem* hostItem = getItems()[*index]->hostItem())
             ids[*index - *begin] = hostItem->getId();
     provider->addItemIds(ids);
-    uniforms::set(gl, pass.firstRecord(), static_cast<int>(*begin));
+    uniforms::set(gl, pass.firstItem(), static_cast<int>(*begin));
 }

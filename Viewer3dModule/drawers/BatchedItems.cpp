@@ -7,12 +7,26 @@
 #include <cstring>
 #include <utility>
 
+namespace {
+
+std::int32_t flagsOf(const BatchedItems::Entry& entry)
+{
+    return entry.isHighlighted ? ItemFlag::Highlighted : ItemFlag::Normal;
+}
+
+} // namespace
+
 void BatchedItems::resize(std::size_t count)
 {
     for (std::size_t index = count; index < m_entries.size(); ++index)
-        if (m_entries[index].arena) m_entries[index].arena->clear(m_entries[index].place);
+        clear(m_entries[index]);
     m_entries.resize(count);
-    m_records.resize(count);
+}
+
+void BatchedItems::clear(Entry& entry)
+{
+    if (entry.arena) entry.arena->clear(entry.place);
+    m_recordPlaces.giveBack(std::exchange(entry.records, {}));
 }
 
 void BatchedItems::forget(std::size_t index)
@@ -42,7 +56,7 @@ const BatchedItems::Entry& BatchedItems::follow(OpenGLFunctions& gl, std::size_t
         (entry.transformRevision != item.transformRevision() || entry.isHighlighted != isHighlighted)) {
         entry.transformRevision = item.transformRevision();
         entry.isHighlighted = isHighlighted;
-        updateRecord(index);
+        updateRecords(index);
     }
     return entry;
 }
@@ -60,7 +74,8 @@ void BatchedItems::describe(OpenGLFunctions& gl, std::size_t index, Drawable3dIt
     entry.isHighlighted = item.isHighlighted();
     if (!entry.isTold) drawing = ItemDrawing();
     place(gl, entry, drawing);
-    if (entry.isTold) setRecord(index, drawing, id);
+    describeLooks(entry, drawing.looks);
+    setRecords(index, drawing.looks, id);
 }
 
 void BatchedItems::place(OpenGLFunctions& gl, Entry& entry, const ItemDrawing& drawing)
@@ -73,33 +88,53 @@ void BatchedItems::place(OpenGLFunctions& gl, Entry& entry, const ItemDrawing& d
     arena->fill(gl, entry.place, drawing);
     entry.kind = drawing.kind;
     entry.isIndexed = drawing.indices != 0;
-    entry.isVisible = drawing.color.alpha() != 0;
-    entry.hasVertexColors = drawing.colorMode == ColorMode::Vertices;
-    entry.penWidth = drawing.penWidth;
     entry.stretches = drawing.stretches;
     entry.hasDots = drawing.kind == ItemDrawing::Kind::Strips &&
                     std::any_of(drawing.stretches.begin(), drawing.stretches.end(),
                                 [](const ItemDrawing::Stretch& stretch) { return stretch.count == 1; });
 }
 
-void BatchedItems::setRecord(std::size_t index, const ItemDrawing& drawing, const glm::uvec2& id)
+void BatchedItems::describeLooks(Entry& entry, const std::vector<ItemDrawing::Look>& looks)
 {
-    ItemRecord record;
-    record.color = uniforms::vectorOf(drawing.color);
-    record.penWidth = drawing.penWidth;
-    record.item = glm::uvec4(ItemRecord::look(ItemFlag::Normal, drawing.colorMode, drawing.isLit),
-                             static_cast<std::uint32_t>(index), id.x, id.y);
-    record.model = m_records[index].model;
-    m_records.set(index, record);
-    updateRecord(index);
+    const auto any = [&looks](auto holds) { return std::any_of(looks.begin(), looks.end(), holds); };
+    entry.penWidth = looks.empty() ? 0.0f : looks.front().penWidth;
+    entry.hasOnePen = !any([&entry](const ItemDrawing::Look& look) {
+        return look.penWidth < entry.penWidth || look.penWidth > entry.penWidth;
+    });
+    entry.hasVertexColors =
+        any([](const ItemDrawing::Look& look) { return look.colorMode != ColorMode::Item; });
+    entry.isVisible = !any([](const ItemDrawing::Look& look) { return look.color.alpha() == 0; });
 }
 
-void BatchedItems::updateRecord(std::size_t index)
+void BatchedItems::setRecords(std::size_t index, const std::vector<ItemDrawing::Look>& looks,
+                              const glm::uvec2& id)
+{
+    Entry& entry = m_entries[index];
+    if (entry.records.count != looks.size()) {
+        m_recordPlaces.giveBack(entry.records);
+        entry.records = m_recordPlaces.take(static_cast<std::uint32_t>(looks.size()));
+        m_records.resize(m_recordPlaces.end());
+    }
+    std::size_t place = entry.records.first;
+    for (const ItemDrawing::Look& look : looks) {
+        ItemRecord record;
+        record.color = uniforms::vectorOf(look.color);
+        record.penWidth = look.penWidth;
+        record.item = glm::uvec4(ItemRecord::look(flagsOf(entry), look.colorMode, look.isLit),
+                                 static_cast<std::uint32_t>(index), id.x, id.y);
+        record.model = m_base * entry.item->getTransform();
+        m_records.set(place++, record);
+    }
+}
+
+void BatchedItems::updateRecords(std::size_t index)
 {
     const Entry& entry = m_entries[index];
-    ItemRecord record = m_records[index];
-    record.model = m_base * entry.item->getTransform();
-    record.item.x =
-        ItemRecord::withFlags(record.item.x, entry.isHighlighted ? ItemFlag::Highlighted : ItemFlag::Normal);
-    m_records.set(index, record);
+    for (std::size_t place = entry.records.first; place < entry.records.first + entry.records.count;
+         ++place) {
+        ItemRecord record = m_records[place];
+        record.model = m_base * entry.item->getTransform();
+        record.item.x = ItemRecord::withFlags(record.item.x, flagsOf(entry));
+        m_records.set(place, record);
+    }
 }

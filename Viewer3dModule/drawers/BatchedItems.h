@@ -26,11 +26,13 @@ public:
         bool hasDots = false; ///< strips of one vertex, which may be points
         bool isIndexed = false;
         bool hasVertexColors = false; ///< that show
-        bool isVisible = true;        ///< its own colour has an alpha above 0
+        bool isVisible = true;        ///< no colour of its own has an alpha of 0
         ItemDrawing::Kind kind = ItemDrawing::Kind::Strips;
-        float penWidth = 1.0f; ///< pixels
+        bool hasOnePen = true; ///< of one width
+        float penWidth = 1.0f; ///< pixels, of the first look
         VertexArena* arena = nullptr;
-        VertexArena::Place place; ///< in the arena
+        VertexArena::Place place;      ///< in the arena
+        SliceAllocator::Slice records; ///< one a look
         std::vector<ItemDrawing::Stretch> stretches;
     };
 
@@ -50,11 +52,14 @@ public:
 private:
     void describe(OpenGLFunctions& gl, std::size_t index, Drawable3dItem& item, const glm::uvec2& id);
     void place(OpenGLFunctions& gl, Entry& entry, const ItemDrawing& drawing);
-    void setRecord(std::size_t index, const ItemDrawing& drawing, const glm::uvec2& id);
-    void updateRecord(std::size_t index);
+    void describeLooks(Entry& entry, const std::vector<ItemDrawing::Look>& looks);
+    void setRecords(std::size_t index, const std::vector<ItemDrawing::Look>& looks, const glm::uvec2& id);
+    void updateRecords(std::size_t index);
+    void clear(Entry& entry);
 
     std::array<std::unique_ptr<VertexArena>, VertexArena::Layout::Count> m_arenas;
     std::vector<Entry> m_entries;
+    SliceAllocator m_recordPlaces;
     ItemRecords m_records;
     glm::mat4 m_base = glm::mat4(1.0f);
 };

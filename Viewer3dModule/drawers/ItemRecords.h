@@ -13,7 +13,7 @@ struct ItemRecord
 {
     glm::mat4 model = glm::mat4(1.0f); ///< item to scene coordinates
     glm::vec4 color = glm::vec4(0.0f);
-    glm::uvec4 item = glm::uvec4(0u); ///< look(), the record's number, the item's id
+    glm::uvec4 item = glm::uvec4(0u); ///< look(), the item's index in the registry, its id
     float penWidth = 1.0f;            ///< pixels
 
     /// @param flags      see ItemFlag
@@ -48,8 +48,8 @@ private:
     GlBuffer m_buffer;
 };
 
-/// The records of a drawer's items, as instance attributes: a draw call that begins with instance n has
-/// record n. Destroyed while a context of the share group is current.
+/// The records of a drawer's items, one or more each, as instance attributes: a draw call that begins with
+/// instance n has record n. Destroyed while a context of the share group is current.
 class ItemRecords
 {
 public:

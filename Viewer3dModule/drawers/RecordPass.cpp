@@ -55,7 +55,7 @@ bool RecordPass::begin(const PaintContext& context, bool isLimitedByFence)
         uniforms::set(*gl, location, 0);
     m_hasNormals = m_context.program->attributeLocation("normalMatrix") >= 0;
     m_penWidth = itemUniforms().penWidth;
-    m_firstRecord = m_context.program->uniformLocation("first_record");
+    m_firstItem = m_context.program->uniformLocation("first_item");
     return true;
 }
 

@@ -23,7 +23,7 @@ public:
     bool hasNormals() const { return m_hasNormals; }
     /// Uniforms; -1 where the program has none.
     int penWidth() const { return m_penWidth; }
-    int firstRecord() const { return m_firstRecord; }
+    int firstItem() const { return m_firstItem; }
 
     /// Goes on in a prepared context after another program was in use.
     static void useAgain(const PaintContext& context);
@@ -36,5 +36,5 @@ private:
     ProgramColors m_colors;
     bool m_hasNormals = false;
     int m_penWidth = -1;
-    int m_firstRecord = -1;
+    int m_firstItem = -1;
 };

@@ -46,7 +46,7 @@ const int texture_color_mode = 2;
 // What every vertex stage is told about the item, and how it fills the block with it; the place, and a colour of the
 // vertex' own, come after that. A stage that has the item's record, an instance attribute, reads from that what is the
 // item's own: item_record.x has the flags, counted down from 0, in bits 0 and 1, the colour mode in bits 2 and 3, and
-// bit 4 is set where the item is lit if the view's light is on; y is the record's number and z, w the item's id.
+// bit 4 is set where the item is lit if the view's light is on; y is the item's number in its drawer and z, w its id.
 #ifdef ITEM_HAS_RECORD
 #define RECORD_FLAGS(record) -int((record).x & 3u)
 #define ITEM_COLOR_MODE int((item_record.x >> 2) & 3u)

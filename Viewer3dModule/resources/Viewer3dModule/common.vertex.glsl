@@ -36,7 +36,7 @@ layout(location = 4) in mat4 model; // takes locations 4 to 7
 layout(location = 8) in vec4 item_color;
 layout(location = 9) in uvec4 item_record; // see RECORD_FLAGS
 layout(location = 10) in float pen_width;
-uniform int first_record = 0; // that of the first item of a draw call
+uniform int first_item = 0; // the number of the first one of a draw call
 #else
 uniform mat4 model = mat4(1.0);
 uniform float pen_width = 1.0;
@@ -99,7 +99,7 @@ void main()
 #endif
 
 #ifdef ITEM_HAS_RECORD
-    FILL_ITEM(RECORD_FLAGS(item_record), item_record.zw, int(item_record.y) - first_record)
+    FILL_ITEM(RECORD_FLAGS(item_record), item_record.zw, int(item_record.y) - first_item)
 #elif defined(RX_USE_INSTANCED_DRAW)
     FILL_ITEM(item_flags, item_id, gl_InstanceID)
 #else

@@ -129,6 +129,34 @@ TEST_F(BatchedItem3dDrawerTest, NormalsFollowTheViewAndTheItem)
     EXPECT_EQ(uploads(turned, DrawerType::Mesh), 0u);
 }
 
+TEST_F(BatchedItem3dDrawerTest, PartsOfAMeshHaveRecordsOfTheirOwn)
+{
+    const QColor colors[] = {QColor(255, 0, 0), QColor(0, 255, 0)};
+    for (int i = 0; i < 8; ++i) {
+        MeshData data;
+        const float y = -1.0f + (2.0f * float(i) + 1.0f) / 8.0f;
+        data.positions = {{-1, y, 0}, {0, y, 0}, {1, y, 0}};
+        data.indices = {0, 1, 1, 2};
+        for (std::uint32_t k = 0; k < 2; ++k) {
+            MeshData::Part part;
+            part.kind = MeshData::Part::Lines;
+            part.firstIndex = 2 * k;
+            part.indexCount = 2;
+            part.color = colors[k];
+            data.parts.push_back(part);
+        }
+        addTold(DrawerType::Mesh, i + 1)->mesh = std::make_unique<MeshNode3d>(std::move(data));
+    }
+    const QImage image = drawn(batched(DrawerType::Mesh), view()).images[0];
+    EXPECT_EQ(batched(DrawerType::Mesh).drawnTogether(), 8u);
+    EXPECT_EQ(countPixels(image, colors[0]), 8 * Size.width() / 2);
+    EXPECT_EQ(countPixels(image, colors[1]), 8 * Size.width() / 2);
+    told(3).highlighted = true;
+    items.erase(items.begin());
+    EXPECT_EQ(drawn(batched(DrawerType::Mesh), view()).images,
+              drawn(pair(DrawerType::Mesh).sequential, view()).images);
+}
+
 TEST_F(BatchedItem3dDrawerTest, WhatChangesWithoutATraceIsToldByUpdateItem)
 {
     addLines(10);
