@@ -224,3 +224,30 @@ TEST_F(Tiles, OneIsTheWholePicture)
     m_renderer->drawFrame(viewpoint, size, m_scene->getDefaultVao(), Qt::white);
     checkImage("tiles_one", tiles, target->toImage().convertToFormat(QImage::Format_RGB32));
 }
+
+// Near views of a part, from all sides: what lies out of sight is left out and leaves no gap.
+TEST_F(Tiles, PartsAreTheSameWithAllDrawn)
+{
+    open(sampleFiles(), 9.0f);
+    const QSize size(120, 90);
+    const gmx::BoundingBox box = m_renderer->visibleBounds();
+    const auto target = makeTarget(m_renderer->makeCurrent(), size, 0);
+    int covered = 0;
+    for (int i = 0; i < 40; ++i) {
+        const glm::dvec3 share(0.1 + 0.2 * (i % 5), 0.1 + 0.2 * (i / 5 % 4), 0.2);
+        const glm::dvec3 at = box.getMin() + share * box.getSize();
+        const double distance = box.getDiagonal() * (i % 3 == 0 ? 0.02 : 0.08);
+        const glm::dvec3 eye = at + distance * glm::dvec3(std::cos(i), std::sin(i), 0.1 + 0.3 * (i % 4));
+        const Viewpoint viewpoint = Viewpoint::looking(
+            eye, at, {0, 0, 1}, i % 2 == 0 ? IProjection::Central : IProjection::Parallel, size);
+        QImage pictures[2];
+        for (const bool isCulled : {false, true}) {
+            m_renderer->setCulling(isCulled);
+            m_renderer->drawFrame(viewpoint, size, m_scene->getDefaultVao(), Qt::white);
+            pictures[isCulled] = target->toImage().convertToFormat(QImage::Format_RGB32);
+        }
+        ASSERT_EQ(pictures[true], pictures[false]) << i;
+        covered += countPixels(pictures[true], [](QRgb p) { return p != qRgb(255, 255, 255); });
+    }
+    EXPECT_GT(covered, 40 * 120 * 90 / 5);
+}
