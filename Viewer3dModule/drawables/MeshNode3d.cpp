@@ -379,7 +379,7 @@ bool MeshNode3d::describeDrawing(ItemDrawing& drawing)
     drawing.normals = own.vertices.buffer(Normals);
     drawing.colors = own.vertices.buffer(Colors);
     drawing.firstVertex = own.vertices.first();
-    drawing.indices = own.indices.buffer(0);
+    drawing.indices = own.isIndexed ? own.indices.buffer(0) : 0;
     drawing.firstIndex = own.indices.first();
     drawing.vertexCount = static_cast<std::uint32_t>(own.totalCount);
     drawing.indexCount = static_cast<std::uint32_t>(own.indexCount);

@@ -13,7 +13,8 @@ class RecordPass;
 /// identifier) and copies of its vertices on the graphics processor; an edit rewrites the record, and
 /// highlighting and moving nothing else. A pass in which nothing has changed uploads nothing.
 ///
-/// All other items are drawn one by one, in their places in the order, and so are those of short runs. All
+/// All other items, and those of more than 20,000 vertices or indices, are drawn one by one, in their places
+/// in the order, and so are those of short runs. All
 /// items are in passes whose program has no variant that reads records (see ProgramVariant): other vertex
 /// stages than common.vertex, dashes; in geometry capture; and where the pass asks for other strips than
 /// lines.

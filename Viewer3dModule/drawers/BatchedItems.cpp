@@ -9,6 +9,10 @@
 
 namespace {
 
+// Vertices or indices of an item. Beside the drawing of more a call of its own counts for nothing, and copies
+// of them take much memory.
+constexpr std::uint32_t mostValues = 20000;
+
 std::int32_t flagsOf(const BatchedItems::Entry& entry)
 {
     return entry.isHighlighted ? ItemFlag::Highlighted : ItemFlag::Normal;
@@ -66,7 +70,8 @@ void BatchedItems::describe(OpenGLFunctions& gl, std::size_t index, Drawable3dIt
 {
     Entry& entry = m_entries[index];
     ItemDrawing drawing;
-    entry.isTold = item.describeDrawing(drawing);
+    entry.isTold =
+        item.describeDrawing(drawing) && std::max(drawing.vertexCount, drawing.indexCount) <= mostValues;
     entry.item = &item;
     // Asked afterwards: an item may make its drawing only now.
     entry.drawingRevision = item.drawingRevision();

@@ -71,6 +71,11 @@ int CityObjectItem::getDefaultDrawerType() const
     return DrawerType::Mesh;
 }
 
+bool CityObjectItem::describeDrawing(ItemDrawing& drawing)
+{
+    return m_node && m_node->describeDrawing(drawing);
+}
+
 Drawable3dPrimitive::GeometryInfo CityObjectItem::getGeometryInfo()
 {
     return m_node ? m_node->getGeometryInfo() : GeometryInfo();

@@ -24,6 +24,7 @@ public:
     void updateDataImpl() override;
     void updateVisibility() override;
     int getDefaultDrawerType() const override;
+    bool describeDrawing(ItemDrawing& drawing) override;
     GeometryInfo getGeometryInfo() override;
     /// Reads them back in the scene's context; the caller's is current afterwards.
     std::vector<glm::vec3> getVertices() override;

@@ -177,6 +177,14 @@ int FeatureItem::getDefaultDrawerType() const
     return m_info.pointCount == 0 ? type : feature_drawers::withPoints(type);
 }
 
+// Subclasses that draw something else have other drawers.
+bool FeatureItem::describeDrawing(ItemDrawing& drawing)
+{
+    const int type = getDefaultDrawerType();
+    const bool hasLineDrawer = type == DrawerType::Mono || type == DrawerType::WideLines;
+    return hasLineDrawer && !m_areas && m_info.pointCount == 0 && m_lines.describeDrawing(drawing);
+}
+
 std::vector<glm::vec3> FeatureItem::getVertices()
 {
     const auto* element = static_cast<FeatureElement*>(getModelElement());

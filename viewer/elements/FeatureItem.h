@@ -27,6 +27,8 @@ public:
     void updateDataImpl() override;
     void updateVisibility() override;
     int getDefaultDrawerType() const override;
+    /// Of features that have lines only.
+    bool describeDrawing(ItemDrawing& drawing) override;
     GeometryInfo getGeometryInfo() override { return m_info; }
     /// Those of the lines, a ring's first one repeated at its end, then the points. Those of areas are among
     /// them, but for the feet of walls.

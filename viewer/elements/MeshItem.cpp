@@ -44,6 +44,11 @@ int MeshItem::getDefaultDrawerType() const
     return m_node ? m_node->getDrawerType() : DrawerType::Mesh;
 }
 
+bool MeshItem::describeDrawing(ItemDrawing& drawing)
+{
+    return m_node && m_node->describeDrawing(drawing);
+}
+
 Drawable3dPrimitive::GeometryInfo MeshItem::getGeometryInfo()
 {
     return m_node ? m_node->getGeometryInfo() : GeometryInfo();

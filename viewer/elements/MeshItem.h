@@ -18,6 +18,7 @@ public:
 
     void updateDataImpl() override;
     int getDefaultDrawerType() const override;
+    bool describeDrawing(ItemDrawing& drawing) override;
     GeometryInfo getGeometryInfo() override;
     /// The node's vertices: model coordinates minus the node's origin. Reads them back in the scene's
     /// context; the caller's is current afterwards.

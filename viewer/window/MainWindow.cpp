@@ -7,6 +7,7 @@
 #include <viewer/ModelFolder.h>
 #include <viewer/OutputFile.h>
 #include <viewer/PictureFile.h>
+#include <viewer/elements/BatchedDrawers.h>
 #include <viewer/elements/ElementTypes.h>
 #include <viewer/elements/LabelDrawer.h>
 #include <viewer/elements/ViewpointElement.h>
@@ -76,6 +77,7 @@ MainWindow::MainWindow(Host& host)
     , m_loadingBar(new LoadingBar(this))
 {
     LabelDrawer::addTo(*m_scene, QStringLiteral("name"));
+    batched_drawers::addTo(*m_scene);
     m_scene->doneCurrent();
     for (const Host::Message& message : host.getStartMessages())
         m_messages->add(message.type, message.text);
