@@ -99,6 +99,10 @@ public:
     /// may differ from part to part. A pass of such items takes a simpler program. False at first.
     bool showsItemColors() const { return m_showsItemColors; }
     void setShowsItemColors(bool shows) { m_showsItemColors = shows; }
+    /// Whether the item promises to show no texture and no material, but colours of vertices perhaps.
+    /// Likewise.
+    bool isUntextured() const { return m_isUntextured || m_showsItemColors; }
+    void setUntextured(bool untextured) { m_isUntextured = untextured; }
     /// Whether the item promises that nothing it draws is lit, as lines and points of meshes are not. False
     /// at first.
     bool isUnlit() const { return m_isUnlit; }
@@ -141,6 +145,7 @@ private:
     bool m_drawsOpaque = false;
     bool m_isSolid = false;
     bool m_showsItemColors = false;
+    bool m_isUntextured = false;
     bool m_isUnlit = false;
     const std::type_info* m_promisingType = nullptr;
     float m_pixelReach = 32.0f; // pens and points up to 64 pixels wide

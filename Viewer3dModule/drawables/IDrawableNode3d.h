@@ -56,6 +56,8 @@ public:
     /// Drawable3dItem::showsItemColors; and whether it draws by the module's primitives alone, see
     /// Drawable3dItem::drawsByPrimitives.
     virtual bool showsItemColors() const { return false; }
+    /// Whether it has no texture and no material.
+    virtual bool isUntextured() const { return false; }
     /// Whether nothing of it is lit.
     virtual bool isUnlit() const { return false; }
     virtual bool drawsByPrimitives() const { return false; }

@@ -444,6 +444,11 @@ bool MeshNode3d::showsItemColors() const
     return m_private->layout[Colors] == 0 && m_private->layout[TexCoords] == 0;
 }
 
+bool MeshNode3d::isUntextured() const
+{
+    return m_private->layout[TexCoords] == 0;
+}
+
 bool MeshNode3d::isUnlit() const
 {
     return m_private->info.triangleCount == 0;

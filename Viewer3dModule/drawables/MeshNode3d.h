@@ -38,6 +38,7 @@ public:
     /// As far as can be told without looking at every texel: not with images that have an alpha channel.
     bool isSolid() const override;
     bool showsItemColors() const override;
+    bool isUntextured() const override;
     bool isUnlit() const override;
     bool drawsByPrimitives() const override { return true; }
 

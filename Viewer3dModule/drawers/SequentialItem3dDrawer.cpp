@@ -116,14 +116,17 @@ ProgramColors colorsOf(const std::vector<Drawable3dItem*>& items)
 {
     bool isAnyDrawn = false;
     bool areAllVisible = isHighlightVisible();
+    bool areItemColors = true;
     for (const Drawable3dItem* item : items) {
         if (!item->isVisible()) continue;
-        if (!item->showsItemColors()) return ProgramColors::All;
+        if (!item->isUntextured()) return ProgramColors::All;
         isAnyDrawn = true;
         areAllVisible = areAllVisible && (item->isSolid() || item->drawsOpaque());
+        areItemColors = areItemColors && item->showsItemColors();
     }
     if (!isAnyDrawn) return ProgramColors::All;
-    return areAllVisible ? ProgramColors::VisibleItems : ProgramColors::OfItems;
+    if (areItemColors) return areAllVisible ? ProgramColors::VisibleItems : ProgramColors::OfItems;
+    return areAllVisible ? ProgramColors::VisibleVertices : ProgramColors::All;
 }
 
 bool areUnlit(const std::vector<Drawable3dItem*>& items)

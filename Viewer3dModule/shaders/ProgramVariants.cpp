@@ -22,6 +22,8 @@ const char* const withRecords = "RX_USE_ITEM_RECORDS";
 const char* const withItemColorsOnly = "RX_ITEM_COLORS_ONLY";
 const char* const withVisibleItemsOnly = "RX_VISIBLE_ITEMS_ONLY";
 
+const char* const withTexCoords = "RX_USE_PER_VERTEX_TEX_COORDS";
+const char* const withoutMaterials = "RX_NO_MATERIALS";
 const char* const withNormals = "RX_USE_PER_VERTEX_NORMAL";
 
 const char* defineOf(ProgramFence fence)
@@ -51,6 +53,8 @@ public:
                            !has("RX_USE_INSTANCED_DRAW"))
         , m_canShowItemColors(asksFor("fragment", withItemColorsOnly))
         , m_canShowVisibleItems(asksFor("fragment", withVisibleItemsOnly))
+        , m_canShowVisibleVertices(m_sources.files.size() == 2 && asksFor("vertex", withTexCoords) &&
+                                   asksFor("fragment", withoutMaterials))
         , m_canBeUnlit(has(withNormals) && m_sources.files.size() == 2 && asksFor("vertex", withNormals) &&
                        asksFor("fragment", withNormals))
     {
@@ -101,6 +105,8 @@ private:
             wanted.colors = ProgramColors::OfItems;
         if (wanted.colors == ProgramColors::OfItems && !m_canShowItemColors)
             wanted.colors = ProgramColors::All;
+        if (wanted.colors == ProgramColors::VisibleVertices && !m_canShowVisibleVertices)
+            wanted.colors = ProgramColors::All;
         if (!m_canBeUnlit) wanted.isUnlit = false;
         if (isPlain(wanted)) return nullptr;
         std::optional<Variant>& variant =
@@ -143,8 +149,8 @@ private:
         if (wanted.fence != ProgramFence::None) defines.emplace_back(defineOf(wanted.fence));
         if (wanted.readsRecords) defines.emplace_back(withRecords);
         if (wanted.isUnlit) drop(withNormals);
-        if (wanted.colors != ProgramColors::All) defines.emplace_back(withItemColorsOnly);
-        if (wanted.colors == ProgramColors::VisibleItems) defines.emplace_back(withVisibleItemsOnly);
+        if (wanted.colors == ProgramColors::VisibleVertices) drop(withTexCoords);
+        addColors(wanted.colors, defines);
         Variant variant;
         variant.program = buildShaderProgram(this, m_sources.files, defines, {});
         if (variant.program->isLinked()) {
@@ -155,6 +161,15 @@ private:
                         qUtf8Printable(m_sources.files.value(0)), missing(wanted));
         delete std::exchange(variant.program, nullptr);
         return variant;
+    }
+
+    static void addColors(ProgramColors colors, std::vector<std::string>& defines)
+    {
+        const bool isOfVertices = colors == ProgramColors::VisibleVertices;
+        const bool isOfItems = colors == ProgramColors::OfItems || colors == ProgramColors::VisibleItems;
+        if (isOfItems) defines.emplace_back(withItemColorsOnly);
+        if (isOfVertices) defines.emplace_back(withoutMaterials);
+        if (isOfVertices || colors == ProgramColors::VisibleItems) defines.emplace_back(withVisibleItemsOnly);
     }
 
     // What is given up first when the variant cannot be built.
@@ -173,8 +188,9 @@ private:
     bool m_canReadRecords;
     bool m_canShowItemColors;
     bool m_canShowVisibleItems;
+    bool m_canShowVisibleVertices;
     bool m_canBeUnlit;                                // other stages hand normals on whatever is defined
-    std::optional<Variant> m_built[3][2][2][2][3][2]; ///< in the order of ProgramVariant
+    std::optional<Variant> m_built[3][2][2][2][4][2]; ///< in the order of ProgramVariant
 };
 
 } // namespace

@@ -13,9 +13,11 @@ enum class ProgramFence {
 
 /// Which colours a program has to be able to show.
 enum class ProgramColors {
-    All,         ///< those of vertices, textures and materials, too
-    OfItems,     ///< one an item, compiled with RX_ITEM_COLORS_ONLY
-    VisibleItems ///< and none of them has an alpha of 0, compiled with RX_VISIBLE_ITEMS_ONLY besides
+    All,            ///< those of vertices, textures and materials, too
+    OfItems,        ///< one an item, compiled with RX_ITEM_COLORS_ONLY
+    VisibleItems,   ///< and none of them has an alpha of 0, compiled with RX_VISIBLE_ITEMS_ONLY besides
+    VisibleVertices ///< those of vertices, too, none of alpha 0, but no textures and no materials: compiled
+                    ///< with RX_VISIBLE_ITEMS_ONLY and RX_NO_MATERIALS, without RX_USE_PER_VERTEX_TEX_COORDS
 };
 
 /// What a pass needs of a program beyond what it is by itself.

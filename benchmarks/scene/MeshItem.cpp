@@ -10,6 +10,7 @@ MeshItem::MeshItem(MeshElement* element)
     setSolid(m_node->isSolid());
     setDrawsByPrimitives(m_node->drawsByPrimitives());
     setShowsItemColors(m_node->showsItemColors());
+    setUntextured(m_node->isUntextured());
     setUnlit(m_node->isUnlit());
 }
 

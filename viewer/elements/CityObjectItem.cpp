@@ -37,6 +37,7 @@ void CityObjectItem::updateDataImpl()
         m_node = std::make_unique<MeshNode3d>(CityMesh::of(*element, CityMesh::Pictures::With));
         setDrawsByPrimitives(m_node->drawsByPrimitives());
         setShowsItemColors(m_node->showsItemColors());
+        setUntextured(m_node->isUntextured());
         setUnlit(m_node->isUnlit());
         if (m_pointSize) m_node->setPointSize(*m_pointSize);
         renewLabel(*element);

@@ -26,6 +26,7 @@ void MeshItem::takeNode()
     setSolid(m_node->isSolid());
     setDrawsByPrimitives(m_node->drawsByPrimitives());
     setShowsItemColors(m_node->showsItemColors());
+    setUntextured(m_node->isUntextured());
     setUnlit(m_node->isUnlit());
     if (!m_pointSize) return;
     m_node->setPointSize(*m_pointSize);

@@ -4,7 +4,7 @@
 // With RX_USE_PER_VERTEX_COLOR and RX_USE_ELEVATION_COLOR their colour is that of the height, and only the alpha is
 // that of the source. With RX_ITEM_COLORS_ONLY none of the items has a colour mode but the first one, or a material:
 // what is not read is not interpolated either, and drivers that run both sides of a condition are spared one. With
-// RX_VISIBLE_ITEMS_ONLY besides, see SelectionMode.glsl.
+// RX_NO_MATERIALS none has a material. With RX_VISIBLE_ITEMS_ONLY besides, see SelectionMode.glsl.
 #if defined(RX_VISIBLE_ITEMS_ONLY) && !defined(RX_USE_ELEVATION_COLOR)
 #define ALL_IS_VISIBLE
 #endif
@@ -69,7 +69,7 @@ void chooseColors(out vec4 own_color, out vec4 highlight_color)
 
 vec3 litColor(vec3 surface_color)
 {
-#ifdef RX_ITEM_COLORS_ONLY
+#if defined(RX_ITEM_COLORS_ONLY) || defined(RX_NO_MATERIALS)
     const bool has_material = false;
 #else
     bool has_material = uMaterialMode == 1;

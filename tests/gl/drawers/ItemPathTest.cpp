@@ -53,36 +53,71 @@ QColor colorOfItem(int index)
 class BoxItem : public Drawable3dItem
 {
 public:
-    BoxItem(int index, bool promises)
-        : m_node(meshOf(index))
+    BoxItem(MeshData data, bool promises)
+        : m_node(std::move(data))
     {
         if (!promises) return;
         setDrawsByPrimitives(m_node.drawsByPrimitives());
         setShowsItemColors(m_node.showsItemColors());
+        setUntextured(m_node.isUntextured());
+        setUnlit(m_node.isUnlit());
         setSolid(m_node.isSolid());
     }
     using Drawable3dItem::setDrawer;
+    bool isHighlighted() const override { return highlighted; }
+    bool highlighted = false;
 
 protected:
     void draw(const PaintContext& context) override { m_node.draw(context, 1); }
 
 private:
-    static MeshData meshOf(int index)
-    {
-        MeshData data;
-        for (unsigned corner = 0; corner < 8; ++corner)
-            data.positions.emplace_back(corner & 1u ? 0.1f : 0.0f, corner & 2u ? 0.1f : 0.0f,
-                                        corner & 4u ? 0.1f : 0.0f);
-        data.indices = {0, 1, 3, 0, 3, 2, 4, 5, 7, 4, 7, 6, 0, 1, 5, 0, 5, 4,
-                        2, 3, 7, 2, 7, 6, 0, 2, 6, 0, 6, 4, 1, 3, 7, 1, 7, 5};
-        MeshData::Part part;
-        part.indexCount = 36;
-        part.color = colorOfItem(index);
-        data.parts.push_back(part);
-        return data;
-    }
     MeshNode3d m_node;
 };
+
+MeshData boxMesh(int index)
+{
+    MeshData data;
+    for (unsigned corner = 0; corner < 8; ++corner)
+        data.positions.emplace_back(corner & 1u ? 0.3f : 0.0f, corner & 2u ? 0.3f : 0.0f,
+                                    corner & 4u ? 0.3f : 0.0f);
+    data.indices = {0, 1, 3, 0, 3, 2, 4, 5, 7, 4, 7, 6, 0, 1, 5, 0, 5, 4,
+                    2, 3, 7, 2, 7, 6, 0, 2, 6, 0, 6, 4, 1, 3, 7, 1, 7, 5};
+    MeshData::Part part;
+    part.indexCount = 36;
+    part.color = colorOfItem(index);
+    data.parts.push_back(part);
+    return data;
+}
+
+MeshData boxWithVertexColors(int index)
+{
+    MeshData data = boxMesh(index);
+    for (std::uint32_t i = 0; i < 8; ++i)
+        data.colors.push_back(0xFF000000u | (0x30u * i) | (0xFFu - 0x20u * i) << 8u | 0x80u << 16u);
+    return data;
+}
+
+MeshData boxWithTexture(int index)
+{
+    MeshData data = boxMesh(index);
+    for (const glm::vec3& position : data.positions)
+        data.texCoords.emplace_back(position.x * 3.0f, position.y * 3.0f + position.z);
+    QImage image(4, 4, QImage::Format_RGB32);
+    for (int i = 0; i < 16; ++i)
+        image.setPixelColor(i % 4, i / 4, QColor::fromHsv(i * 20, 255, 255));
+    data.images = {image};
+    data.parts[0].image = 0;
+    return data;
+}
+
+MeshData pointsOf(MeshData data)
+{
+    data.indices = {0, 1, 2, 3, 4, 5, 6, 7};
+    data.parts[0].indexCount = 8;
+    data.parts[0].kind = MeshData::Part::Points;
+    data.parts[0].pointSize = 3.0f;
+    return data;
+}
 
 class ItemPathTest : public InstancedTest
 {
@@ -129,7 +164,7 @@ protected:
     }
     std::unique_ptr<Drawable3dItem> box(int index, bool promises)
     {
-        auto item = std::make_unique<BoxItem>(index, promises);
+        auto item = std::make_unique<BoxItem>(boxMesh(index), promises);
         item->setTransform(placeOfItem(index), false);
         item->setDrawer(scene->getDefaultDrawer(DrawerType::Mesh));
         return item;
@@ -204,6 +239,46 @@ TEST_F(ItemPathTest, AMarkCostsNothing)
     EXPECT_LE(cost.calls, 0.0);
     EXPECT_LE(cost.queries, 0.0);
     EXPECT_LE(cost.allocations, 0.0);
+}
+
+// Whatever simpler program a pass may take by its items' promises, and whatever is left bound between them.
+TEST_F(ItemPathTest, PromisesChangeNoPixel)
+{
+    using Meshes = std::vector<MeshData>;
+    const std::vector<Meshes> cases = {
+        {boxMesh(0), boxMesh(9), boxMesh(20)},
+        {boxMesh(0), boxWithVertexColors(9), boxMesh(20)},
+        {boxWithVertexColors(0), boxWithTexture(9), boxMesh(20)},
+        {pointsOf(boxMesh(0)), pointsOf(boxMesh(9)), pointsOf(boxMesh(20))},
+        {pointsOf(boxWithVertexColors(0)), pointsOf(boxMesh(9)), pointsOf(boxWithVertexColors(20))},
+        {pointsOf(boxWithVertexColors(0)), boxWithTexture(9), boxWithVertexColors(20)},
+    };
+    Item3dDrawer* drawer = scene->getDefaultDrawer(DrawerType::Mesh);
+    PaintContext context = paintContext(48, 48);
+    context.view = glm::rotate(glm::mat4(1.0f), 0.6f, glm::vec3(1, 2, 3));
+    const auto draw = [&](const Meshes& meshes, bool promise, int mode) {
+        std::vector<std::unique_ptr<BoxItem>> items;
+        float x = -0.6f;
+        for (const MeshData& mesh : meshes) {
+            items.push_back(std::make_unique<BoxItem>(mesh, promise));
+            items.back()->setTransform(glm::translate(glm::mat4(1.0f), glm::vec3(x, 0.1f, 0.0f)), false);
+            x += 0.4f;
+            items.back()->setDrawer(drawer);
+        }
+        items.back()->highlighted = true;
+        context.drawMode = mode;
+        RenderTarget target(*gl, QSize(48, 48));
+        target.bind();
+        target.clear(Qt::black);
+        drawer->draw(context, {});
+        return target.image();
+    };
+    for (std::size_t i = 0; i < cases.size(); ++i)
+        for (const int mode : {int(DrawMode::OrdinalDraw), int(DrawMode::SelectionMaskDraw)}) {
+            const QImage plain = draw(cases[i], false, mode);
+            EXPECT_EQ(draw(cases[i], true, mode), plain) << i << ", mode " << mode;
+            EXPECT_LT(countPixels(plain, Qt::black), 48 * 48 - 20) << i << ", mode " << mode;
+        }
 }
 
 // Between items that keep what they bind one that binds otherwise finds and leaves nothing bound.
