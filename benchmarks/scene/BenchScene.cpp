@@ -21,13 +21,13 @@
 
 BenchScene::BenchScene(const View& view, Drawers drawers)
     : m_view(view)
+    , m_drawers(drawers)
     , m_project(Application::instance()->createProject())
     , m_scene(std::make_unique<Scene3d>(m_project->getModel(), nullptr))
 {
     if (!m_scene->makeCurrent() || !m_scene->getGLFunctions())
         throw std::runtime_error("there is no OpenGL 4.3 core profile here");
     m_target = std::make_unique<RenderTarget>(gl(), view.size);
-    setUpDrawers(drawers);
 }
 
 BenchScene::~BenchScene()
@@ -37,22 +37,29 @@ BenchScene::~BenchScene()
 }
 
 // The one place where the drawers of the workloads are chosen: a drawer that is added here under a type,
-// before the types of elements, draws all items of it.
-void BenchScene::setUpDrawers(Drawers drawers)
+// before the type of elements, draws all items of it. Done when the first elements of the type come, because
+// programs take time to build, and a host has those that it needs.
+void BenchScene::registerType(int type)
 {
-    if (drawers == Batched) {
-        addBatched(LineElement::Type, DrawerType::Mono);
-        addBatched(LineElement::Type, DrawerType::WideLines);
-        addBatched(MeshElement::Type, DrawerType::Mesh);
+    Scene3d* scene = m_scene.get();
+    scene->makeCurrent();
+    if (type == LineElement::Type) {
+        if (m_drawers == Batched) {
+            addBatched(type, DrawerType::Mono);
+            addBatched(type, DrawerType::WideLines);
+        }
+        CGraphics3dExtension::registerElementType<LineElement, LineItem>(type, scene);
+    } else if (type == MeshElement::Type) {
+        if (m_drawers == Batched) addBatched(type, DrawerType::Mesh);
+        CGraphics3dExtension::registerElementType<MeshElement, MeshItem>(type, scene);
+    } else if (type == MarkElement::Type) {
+        scene->addDefaultDrawer(MarkItem::DrawerKind,
+                                std::make_unique<InstancedViewerOrientedTextureDrawer>(scene));
+        CGraphics3dExtension::registerElementType<MarkElement, MarkItem>(type, scene);
+    } else if (type == LabelElement::Type) {
+        scene->addDefaultDrawer(LabelItem::DrawerKind, std::make_unique<LabelItemDrawer>(scene));
+        CGraphics3dExtension::registerElementType<LabelElement, LabelItem>(type, scene);
     }
-    m_scene->addDefaultDrawer(MarkItem::DrawerKind,
-                              std::make_unique<InstancedViewerOrientedTextureDrawer>(m_scene.get()));
-    m_scene->addDefaultDrawer(LabelItem::DrawerKind, std::make_unique<LabelItemDrawer>(m_scene.get()));
-
-    CGraphics3dExtension::registerElementType<LineElement, LineItem>(LineElement::Type, m_scene.get());
-    CGraphics3dExtension::registerElementType<MeshElement, MeshItem>(MeshElement::Type, m_scene.get());
-    CGraphics3dExtension::registerElementType<MarkElement, MarkItem>(MarkElement::Type, m_scene.get());
-    CGraphics3dExtension::registerElementType<LabelElement, LabelItem>(LabelElement::Type, m_scene.get());
 }
 
 // In place of the clone of the default drawer that the first item would make.
@@ -72,7 +79,9 @@ Scene3d::ItemFilter BenchScene::frameFilter(const PaintContext& context)
 
 std::vector<CModelElement*> BenchScene::add(std::vector<std::unique_ptr<CModelElement>> elements)
 {
-    CModelElementManager* manager = model().getCreateItemManager(elements.front()->getType());
+    const int type = elements.front()->getType();
+    if (!CGraphics3dExtension::isItemTypeDrawable(type, &model())) registerType(type);
+    CModelElementManager* manager = model().getCreateItemManager(type);
     std::vector<CModelElement*> added = manager->addItems(std::move(elements));
     m_scene->flushBounds();
     if (m_scene->modelToSceneTransform() != glm::dmat4(1.0))

@@ -49,10 +49,11 @@ public:
     Scene3d::ItemFilter frameFilter(const PaintContext& context);
 
 private:
-    void setUpDrawers(Drawers drawers);
+    void registerType(int type);
     void addBatched(int visibilityType, int drawerType);
 
     View m_view;
+    Drawers m_drawers;
     std::unique_ptr<CProject> m_project;
     std::unique_ptr<Scene3d> m_scene;
     std::unique_ptr<RenderTarget> m_target;
