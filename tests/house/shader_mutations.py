@@ -52,7 +52,7 @@ MUTATIONS = [
         ("low word of the id", "bytesOf(item_id.x)", "bytesOf(item_id.y)"),
         ("high word of the id", "bytesOf(item_id.y)", "bytesOf(item_id.x)"),
         ("glue mark", "coords_w = glue_coords;", "coords_w = 1.0 - glue_coords;"),
-        ("mode unless told", "int draw_mode = ordinal_draw", "int draw_mode = selection_mask_draw"),
+        ("mode unless told", "uniform int draw_mode = ordinal_draw", "uniform int draw_mode = selection_mask_draw"),
     ),
     *changes(
         "set_item_index", "SelectionMode", "gl_item_modes",
@@ -79,6 +79,24 @@ MUTATIONS = [
         ("size of points", "gl_PointSize = pen_width", "gl_PointSize = 2.0 * pen_width"),
         ("order of the matrices", "view * world;", "world * view;"),
         ("pen unless told", "pen_width = 1.0", "pen_width = 3.0"),
+    ),
+    *changes(
+        "records", "DrawModes", "gl_batched",
+        ("flags of a record", "int((record).x & 3u)", "int((record).x & 1u)"),
+        ("colour mode of a record", "item_record.x >> 2", "item_record.x >> 3"),
+        ("light of a record", "& 16u) != 0u", "& 16u) == 0u"),
+        ("light of the view", "(uLightMode && (item_record", "(true && (item_record"),
+    ),
+    *changes(
+        "records", "common.vertex", "gl_batched",
+        ("id of a record", "item_record.zw", "item_record.wz"),
+        ("number of an item", "int(item_record.y) - first_item", "int(item_record.y)"),
+        ("pen of a record", "layout(location = 10) in float pen_width", "const float pen_width = 1.0"),
+        ("normals of a record", "layout(location = 11) in mat3 normalMatrix", "mat3 normalMatrix = mat3(1.0)"),
+    ),
+    *changes(
+        "records", "mono.fragment", "gl_batched",
+        ("what all is visible of", "#if defined(RX_VISIBLE_ITEMS_ONLY)", "#if defined(RX_USE_ITEM_RECORDS)"),
     ),
     *changes(
         "mono", "mono.fragment", "gl_item_modes",
