@@ -186,17 +186,18 @@ void BoxTree::find(const PictureVolume& volume, std::vector<std::uint8_t>& found
 {
     update();
     found.assign(size(), 0);
-    if (!m_levels.empty()) visit(volume, m_levels.size() - 1, 0, found);
+    if (!m_levels.empty()) visit(volume, PictureVolume::allPlanes, m_levels.size() - 1, 0, found);
 }
 
-void BoxTree::visit(const PictureVolume& volume, std::size_t level, std::size_t index,
-                    std::vector<std::uint8_t>& found) const
+// A plane that a box lies inside of need not be looked at for the boxes in it.
+void BoxTree::visit(const PictureVolume& volume, PictureVolume::Planes planes, std::size_t level,
+                    std::size_t index, std::vector<std::uint8_t>& found) const
 {
-    const auto partOf = [&volume](const Box& box) {
+    const auto partOf = [&volume](const Box& box, PictureVolume::Planes& rest) {
         if (box.isEmpty()) return PictureVolume::Part::None;
-        return volume.partOf(box.low * 0.5 + box.high * 0.5, (box.high - box.low) / 2.0, box.reach);
+        return volume.partOf(box.low * 0.5 + box.high * 0.5, (box.high - box.low) / 2.0, box.reach, rest);
     };
-    const PictureVolume::Part part = partOf(m_levels[level][index]);
+    const PictureVolume::Part part = partOf(m_levels[level][index], planes);
     if (part == PictureVolume::Part::None) return;
     if (part == PictureVolume::Part::All) {
         takeAll(level, index, found);
@@ -206,13 +207,15 @@ void BoxTree::visit(const PictureVolume& volume, std::size_t level, std::size_t 
     if (level > 0) {
         const std::size_t end = std::min(first + width, m_levels[level - 1].size());
         for (std::size_t child = first; child < end; ++child)
-            visit(volume, level - 1, child, found);
+            visit(volume, planes, level - 1, child, found);
         return;
     }
     const std::size_t end = std::min(first + width, m_leaves.size());
-    for (std::size_t i = first; i < end; ++i)
-        if (partOf(m_leaves[i]) != PictureVolume::Part::None)
+    for (std::size_t i = first; i < end; ++i) {
+        PictureVolume::Planes rest = planes;
+        if (partOf(m_leaves[i], rest) != PictureVolume::Part::None)
             found[static_cast<std::size_t>(m_leaves[i].number)] = 1;
+    }
 }
 
 void BoxTree::takeAll(std::size_t level, std::size_t index, std::vector<std::uint8_t>& found) const

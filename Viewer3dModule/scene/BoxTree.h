@@ -58,7 +58,7 @@ private:
     template <class Children>
     static Box uniteSixteen(const Children& children, std::size_t node);
     Box nodeOf(std::size_t level, std::size_t index) const;
-    void visit(const PictureVolume& volume, std::size_t level, std::size_t index,
+    void visit(const PictureVolume& volume, unsigned int planes, std::size_t level, std::size_t index,
                std::vector<std::uint8_t>& found) const;
     void takeAll(std::size_t level, std::size_t index, std::vector<std::uint8_t>& found) const;
 

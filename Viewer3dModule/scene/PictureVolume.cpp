@@ -50,19 +50,22 @@ PictureVolume::PictureVolume(const glm::dmat4& viewProjection, const QSize& pict
 bool PictureVolume::reaches(const gmx::BoundingBox& box, double reach) const
 {
     if (!std::isfinite(reach) || !box.isValid()) return true;
-    return partOf(box.getCenter(), box.getSize() / 2.0, reach) != Part::None;
+    Planes planes = allPlanes;
+    return partOf(box.getCenter(), box.getSize() / 2.0, reach, planes) != Part::None;
 }
 
-PictureVolume::Part PictureVolume::partOf(const glm::dvec3& center, const glm::dvec3& half,
-                                          double reach) const
+PictureVolume::Part PictureVolume::partOf(const glm::dvec3& center, const glm::dvec3& half, double reach,
+                                          Planes& planes) const
 {
-    bool isHeld = true;
-    for (const Plane& plane : m_planes) {
+    for (std::size_t i = 0; i < m_planes.size(); ++i) {
+        const Planes bit = 1u << i;
+        if ((planes & bit) == 0) continue;
+        const Plane& plane = m_planes[i];
         const Range range(plane.side + reach * plane.outwards, center, half);
         if (!(range.high >= -range.tolerance)) return Part::None;
-        isHeld = isHeld && Range(plane.side, center, half).low >= 0.0;
+        if (Range(plane.side, center, half).low >= 0.0) planes &= ~bit;
     }
-    return isHeld ? Part::All : Part::Some;
+    return planes == 0 ? Part::All : Part::Some;
 }
 
 bool PictureVolume::holds(const gmx::BoundingBox& box) const

@@ -25,9 +25,13 @@ public:
     /// What of a box can be seen in the pixels: nothing, also not of what is drawn up to `reach` pixels
     /// around it; all of it and of every box in it; or there is no telling.
     enum class Part { None, Some, All };
-    /// @param half   of the box's size
-    /// @param reach  pixels, finite
-    Part partOf(const glm::dvec3& center, const glm::dvec3& half, double reach) const;
+    /// The planes around the volume, a bit each.
+    using Planes = unsigned int;
+    static constexpr Planes allPlanes = 0x3F;
+    /// @param half    of the box's size
+    /// @param reach   pixels, finite
+    /// @param planes  those to look at; afterwards those that there is no telling of, for boxes in this one
+    Part partOf(const glm::dvec3& center, const glm::dvec3& half, double reach, Planes& planes) const;
     /// Whether the whole box is seen in the pixels; false for one that is null or invalid.
     bool holds(const gmx::BoundingBox& box) const;
     /// The pixels that the box may cover, with `reach` pixels around it, in the picture or beyond it; an
