@@ -19,7 +19,7 @@ class RecordPass;
 /// stages than common.vertex, dashes; in geometry capture; and where the pass asks for other strips than
 /// lines.
 ///
-/// Takes more memory than the sequential drawer: some 300 bytes an item and its vertices once more. Worth it
+/// Takes more memory than the sequential drawer: some 500 bytes an item and its vertices once more. Worth it
 /// for a thousand items and more that change little between frames.
 ///
 /// Destroyed while a context of the scene's share group is current.
