@@ -234,8 +234,10 @@ QOpenGLShaderProgram* SequentialItem3dDrawer::depthProgram(const PaintContext& c
 void SequentialItem3dDrawer::drawItems(const PaintContext& context, const Filter& filter)
 {
     PaintContext pass = context;
-    setProgramColors(colorsOf(getItems()));
-    setUnlit(areUnlit(getItems()));
+    if (context.drawMode == DrawMode::OrdinalDraw) { // others are not worth a look at all items
+        setProgramColors(colorsOf(getItems()));
+        setUnlit(areUnlit(getItems()));
+    }
     const bool canDraw = beginPass(pass);
     setProgramColors(ProgramColors::All);
     setUnlit(false);
