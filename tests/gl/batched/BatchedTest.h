@@ -23,6 +23,7 @@ public:
         : Graphics3dItem(&element)
         , m_id(id)
     {
+        setDrawsByPrimitives(true);
     }
     using Drawable3dItem::setDrawer;
     using Drawable3dItem::setTransform;
