@@ -1,7 +1,7 @@
 #include <Viewer3dModule/drawables/VertexPool.h>
 
 #include <Viewer3dModule/drawables/GlBuffer.h>
-#include <Viewer3dModule/drawers/SliceAllocator.h>
+#include <Viewer3dModule/drawables/SliceAllocator.h>
 
 #include <QtGui/QOpenGLContext>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <Viewer3dModule/drawables/GlBuffer.h>
-#include <Viewer3dModule/drawers/SliceAllocator.h>
+#include <Viewer3dModule/drawables/SliceAllocator.h>
 
 #include <vector>
 

@@ -4,8 +4,8 @@
 #include "tests/support/GlObjects.h"
 #include "tests/support/ImageCheck.h"
 
+#include <Viewer3dModule/drawables/SliceAllocator.h>
 #include <Viewer3dModule/drawers/CompositeDrawer.h>
-#include <Viewer3dModule/drawers/SliceAllocator.h>
 
 #include <QtGui/QOffscreenSurface>
 #include <glm/gtc/matrix_transform.hpp>

@@ -1,4 +1,4 @@
-#include <Viewer3dModule/drawers/SliceAllocator.h>
+#include <Viewer3dModule/drawables/SliceAllocator.h>
 
 #include <iterator>
 
