@@ -219,20 +219,22 @@ struct MeshNode3d::Private
     bool canBeTold() const;
     ItemDrawing::Look lookOf(const MeshData::Part& part) const;
 
-    MeshData data;               // its arrays and images are empty after the upload
-    std::size_t vertexCount = 0; // without the copies for normals, which come after them
-    std::size_t totalCount = 0;  // with them
-    std::size_t indexCount = 0;
-    bool isIndexed = true;
-    gmx::BoundingBox bounds;
-    Drawable3dPrimitive::GeometryInfo info;
-    bool isSolid = false;
-
-    bool isUploaded = false;
-    vertex_pool::Layout layout = {};
+    // What a draw reads, together: many meshes are drawn one after the other, and each is somewhere else.
     vertex_pool::Slice vertices;
     vertex_pool::Slice indices;
+    vertex_pool::Layout layout = {};
+    bool isUploaded = false;
+    bool isIndexed = true;
+    bool isSolid = false;
+    std::vector<MeshData::Part> parts;
+
     std::vector<GlTexture> textures; // one an image, without a name where the image is null
+    MeshData data;                   // its parts are above, its arrays and images empty after the upload
+    std::size_t vertexCount = 0;     // without the copies for normals, which come after them
+    std::size_t totalCount = 0;      // with them
+    std::size_t indexCount = 0;
+    gmx::BoundingBox bounds;
+    Drawable3dPrimitive::GeometryInfo info;
 };
 
 MeshNode3d::Private::Private(MeshData meshData)
@@ -248,6 +250,7 @@ MeshNode3d::Private::Private(MeshData meshData)
     layout = layoutOf(data);
     info = geometryInfoOf(data);
     isSolid = isSolidMesh(data);
+    parts = std::move(data.parts);
 }
 
 void MeshNode3d::Private::upload(OpenGLFunctions& gl)
@@ -327,7 +330,7 @@ MeshNode3d::~MeshNode3d() = default;
 void MeshNode3d::draw(const PaintContext& context, int instances)
 {
     OpenGLFunctions* gl = currentGLFunctions();
-    if (!gl || m_private->data.parts.empty()) return;
+    if (!gl || m_private->parts.empty()) return;
     if (!m_private->isUploaded) m_private->upload(*gl);
     // A geometry stage that wants adjacency takes none of the kinds that a mesh has.
     const bool withAdjacency = (context.primitives & PrimitiveBit::Adjacency) != 0;
@@ -335,7 +338,7 @@ void MeshNode3d::draw(const PaintContext& context, int instances)
     const int firstVertex = m_private->bindAttributes(binding, Item3dDrawer::numbersVertices(context));
     PartLook look(*gl, context);
     gl->glActiveTexture(GL_TEXTURE0);
-    for (const MeshData::Part& part : m_private->data.parts) {
+    for (const MeshData::Part& part : m_private->parts) {
         const std::int32_t bit = kindOf(part.kind).bit;
         if ((context.primitives & bit) != 0 && (bit == PrimitiveBit::Points || !withAdjacency))
             m_private->drawPart(part, *gl, look, instances, firstVertex);
@@ -345,9 +348,9 @@ void MeshNode3d::draw(const PaintContext& context, int instances)
 // Textures are left to draw.
 bool MeshNode3d::Private::canBeTold() const
 {
-    const MeshData::Part::Kind kind = data.parts.front().kind;
+    const MeshData::Part::Kind kind = parts.front().kind;
     return layout[TexCoords] == 0 &&
-           std::all_of(data.parts.begin(), data.parts.end(),
+           std::all_of(parts.begin(), parts.end(),
                        [kind](const MeshData::Part& part) { return part.kind == kind; });
 }
 
@@ -366,11 +369,11 @@ bool MeshNode3d::describeDrawing(ItemDrawing& drawing)
     OpenGLFunctions* gl = currentGLFunctions();
     Private& own = *m_private;
     if (!gl) return false;
-    if (own.data.parts.empty()) return true;
+    if (own.parts.empty()) return true;
     if (!own.isUploaded) own.upload(*gl);
     if (!own.canBeTold()) return false;
-    drawing.kind = tellingKind(own.data.parts.front().kind);
-    for (const MeshData::Part& part : own.data.parts) {
+    drawing.kind = tellingKind(own.parts.front().kind);
+    for (const MeshData::Part& part : own.parts) {
         const auto look = static_cast<std::uint32_t>(drawing.looks.size());
         drawing.looks.push_back(own.lookOf(part));
         drawing.stretches.push_back({part.firstIndex, part.indexCount, look});
@@ -430,7 +433,7 @@ int MeshNode3d::getVertexCount() const
 
 void MeshNode3d::setPointSize(float pixels)
 {
-    for (MeshData::Part& part : m_private->data.parts)
+    for (MeshData::Part& part : m_private->parts)
         part.pointSize = pixels;
 }
 
