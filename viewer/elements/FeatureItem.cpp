@@ -77,6 +77,7 @@ FeatureItem::FeatureItem(FeatureElement* element, std::optional<float> pointSize
     , m_lines(0, DrawerType::Mono)
     , m_info(geometryInfoOf(*element)) // which the drawer type depends on
 {
+    setDrawsByPrimitives(true);
 }
 
 FeatureItem::~FeatureItem() = default;
