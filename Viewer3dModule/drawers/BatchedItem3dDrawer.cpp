@@ -50,9 +50,15 @@ GLenum modeOf(ItemDrawing::Kind kind)
     }
 }
 
-ProgramColors colorsOf(const BatchedItems::Entry& entry, bool isHighlightVisible)
+// The simplest program is worth it in passes of colours, which there are many of.
+ProgramColors usualColors(const PaintContext& context)
 {
-    if (entry.hasVertexColors) return ProgramColors::All;
+    return context.drawMode == DrawMode::OrdinalDraw ? ProgramColors::VisibleItems : ProgramColors::All;
+}
+
+ProgramColors colorsOf(const BatchedItems::Entry& entry, ProgramColors usual, bool isHighlightVisible)
+{
+    if (entry.hasVertexColors || usual == ProgramColors::All) return ProgramColors::All;
     return (entry.isHighlighted ? isHighlightVisible : entry.isVisible) ? ProgramColors::VisibleItems
                                                                         : ProgramColors::OfItems;
 }
@@ -164,7 +170,7 @@ void BatchedItem3dDrawer::drawItems(const PaintContext& context, const Filter& f
     PaintContext alone = context;
     if (!alone.program) alone.program = getDefaultProgram();
     alone.drawer = this;
-    RecordPass& mostly = batches.passFor(ProgramColors::VisibleItems);
+    RecordPass& mostly = batches.passFor(usualColors(context));
     if (!mostly.begin(alone, isFenced())) {
         SequentialItem3dDrawer::drawItems(context, filter);
         return;
@@ -183,7 +189,7 @@ void BatchedItem3dDrawer::drawRuns(OpenGLFunctions& gl, PaintContext& alone)
 {
     Batches& batches = *m_batches;
     const PaintContext plain = alone;
-    const PaintContext* last = &batches.passFor(ProgramColors::VisibleItems).context();
+    const PaintContext* last = &batches.passFor(usualColors(alone)).context();
     std::array<const PaintContext*, 4> prepared{last};
     for (const Run& run : batches.runs) {
         RecordPass& pass = batches.passFor(run.key.colors);
@@ -220,6 +226,7 @@ void BatchedItem3dDrawer::plan(OpenGLFunctions& gl, const RecordPass& pass, cons
     const std::vector<Drawable3dItem*>& items = getItems();
     batches.items.resize(items.size());
     batches.items.setBase(getTransform());
+    const ProgramColors usual = usualColors(pass.context());
     const View3dSettings* settings = View3dSettings::getInstance();
     const bool isHighlightVisible = !settings || settings->getSelectedColor().alpha() != 0;
     for (std::size_t index = 0; index < items.size(); ++index) {
@@ -230,8 +237,8 @@ void BatchedItem3dDrawer::plan(OpenGLFunctions& gl, const RecordPass& pass, cons
         if (way == Way::NotAtAll) continue;
         RunKey key{0, nullptr, false, ProgramColors::All, 0.0f};
         if (way == Way::Together)
-            key = {modeOf(entry.kind), entry.arena, entry.isIndexed, colorsOf(entry, isHighlightVisible),
-                   pass.penWidth() >= 0 ? entry.penWidth : 0.0f};
+            key = {modeOf(entry.kind), entry.arena, entry.isIndexed,
+                   colorsOf(entry, usual, isHighlightVisible), pass.penWidth() >= 0 ? entry.penWidth : 0.0f};
         if (batches.runs.empty() || !(batches.runs.back().key == key))
             batches.runs.push_back(
                 {way == Way::Together, key, batches.drawn.size(), 0, batches.words.size(), 0});

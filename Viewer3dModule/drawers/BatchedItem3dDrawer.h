@@ -14,10 +14,9 @@ class RecordPass;
 /// highlighting and moving nothing else. A pass in which nothing has changed uploads nothing.
 ///
 /// All other items, and those of more than 20,000 vertices or indices, are drawn one by one, in their places
-/// in the order, and so are those of short runs. All
-/// items are in passes whose program has no variant that reads records (see ProgramVariant): other vertex
-/// stages than common.vertex, dashes; in geometry capture; and where the pass asks for other strips than
-/// lines.
+/// in the order, and so are those of short runs. All items are in passes whose program has no variant that
+/// reads records (see ProgramVariant): other vertex stages than common.vertex, dashes; in geometry capture;
+/// and where the pass asks for other strips than lines.
 ///
 /// Takes more memory than the sequential drawer: some 500 bytes an item and its vertices once more. Worth it
 /// for a thousand items and more that change little between frames.
