@@ -3,7 +3,7 @@
 #include <Viewer3dModule/scene/PictureVolume.h>
 
 #include <algorithm>
-#include <cmath>
+#include <numeric>
 #include <utility>
 
 namespace {
@@ -46,47 +46,45 @@ void BoxTree::Box::unite(const Box& other)
 
 int BoxTree::add()
 {
-    int number = static_cast<int>(m_positions.size());
+    auto number = static_cast<int>(m_positions.size());
     if (m_freeNumbers.empty()) {
         m_positions.push_back(0);
+        m_isAstray.push_back(false);
     } else {
         number = m_freeNumbers.back();
         m_freeNumbers.pop_back();
+        m_isAstray[static_cast<std::size_t>(number)] = false; // its old leaf is, and has no number
     }
-    m_positions[static_cast<std::size_t>(number)] = m_leaves.size();
-    m_leaves.emplace_back();
-    m_leaves.back().number = number;
-    ++m_astray;
-    change(m_leaves.size() - 1);
+    m_positions[static_cast<std::size_t>(number)] = static_cast<std::uint32_t>(m_leaves.size());
+    m_leaves.emplace_back().number = number;
+    change(number);
     return number;
 }
 
 void BoxTree::remove(int number)
 {
-    const std::size_t position = m_positions[static_cast<std::size_t>(number)];
-    Leaf& leaf = m_leaves[position];
-    static_cast<Box&>(leaf) = Box();
-    leaf.number = -1;
-    if (!std::exchange(leaf.isAstray, true)) ++m_astray;
+    change(number);
+    m_leaves[m_positions[static_cast<std::size_t>(number)]] = Box();
     m_freeNumbers.push_back(number);
-    change(position);
 }
 
-void BoxTree::set(int number, const gmx::BoundingBox& box, double reach)
+void BoxTree::set(int number, const gmx::BoundingBox& box, float reach)
 {
     Box wanted;
     if (box.isValid()) wanted = {box.getMin(), box.getMax(), reach};
-    const std::size_t position = m_positions[static_cast<std::size_t>(number)];
-    Leaf& leaf = m_leaves[position];
+    wanted.number = number;
+    Box& leaf = m_leaves[m_positions[static_cast<std::size_t>(number)]];
     if (leaf.low == wanted.low && leaf.high == wanted.high && leaf.reach == wanted.reach) return;
-    static_cast<Box&>(leaf) = wanted;
-    if (!std::exchange(leaf.isAstray, true)) ++m_astray;
-    change(position);
+    leaf = wanted;
+    change(number);
 }
 
-void BoxTree::change(std::size_t position)
+void BoxTree::change(int number)
 {
-    m_changed.push_back(position / width);
+    const auto slot = static_cast<std::size_t>(number);
+    m_changed.push_back(static_cast<std::uint32_t>(m_positions[slot] / width));
+    if (!m_isAstray[slot]) ++m_astray;
+    m_isAstray[slot] = true;
 }
 
 // --- upkeep
@@ -100,28 +98,28 @@ void BoxTree::update()
     for (std::size_t level = 0; level < m_levels.size(); ++level) {
         std::sort(m_changed.begin(), m_changed.end());
         m_changed.erase(std::unique(m_changed.begin(), m_changed.end()), m_changed.end());
-        for (std::size_t& node : m_changed) {
+        for (std::uint32_t& node : m_changed) {
             m_levels[level][node] = nodeOf(level, node);
-            node /= width;
+            node /= static_cast<std::uint32_t>(width);
         }
     }
-    m_changed.clear();
+    std::vector<std::uint32_t>().swap(m_changed);
 }
 
 // Along a curve through the box of all middles.
 void BoxTree::order()
 {
     Box middles;
-    for (const Leaf& leaf : m_leaves)
+    for (const Box& leaf : m_leaves)
         if (!leaf.isEmpty()) {
             const glm::dvec3 middle = leaf.low * 0.5 + leaf.high * 0.5;
-            middles.unite({middle, middle, 0.0});
+            middles.unite({middle, middle});
         }
     const glm::dvec3 size = glm::max(middles.high - middles.low, glm::dvec3(1e-300));
-    std::vector<std::pair<std::uint64_t, std::size_t>> places;
+    std::vector<std::pair<std::uint64_t, std::uint32_t>> places;
     places.reserve(m_leaves.size());
-    for (std::size_t position = 0; position < m_leaves.size(); ++position) {
-        const Leaf& leaf = m_leaves[position];
+    for (std::uint32_t position = 0; position < m_leaves.size(); ++position) {
+        const Box& leaf = m_leaves[position];
         if (leaf.number < 0) continue;
         const bool isSomewhere = !leaf.isEmpty();
         places.emplace_back(
@@ -130,19 +128,19 @@ void BoxTree::order()
     }
     std::sort(places.begin(), places.end());
 
-    std::vector<Leaf> ordered;
+    std::vector<Box> ordered;
     ordered.reserve(places.size());
     for (const auto& place : places) {
-        ordered.push_back(m_leaves[place.second]);
-        ordered.back().isAstray = false;
-        m_positions[static_cast<std::size_t>(ordered.back().number)] = ordered.size() - 1;
+        const Box& leaf = m_leaves[place.second];
+        m_positions[static_cast<std::size_t>(leaf.number)] = static_cast<std::uint32_t>(ordered.size());
+        ordered.push_back(leaf);
     }
     m_leaves = std::move(ordered);
+    m_isAstray.assign(m_isAstray.size(), false);
     m_astray = 0;
     m_levels.clear();
-    m_changed.clear();
-    for (std::size_t node = 0; node < nodesFor(m_leaves.size()); ++node)
-        m_changed.push_back(node);
+    m_changed.resize(nodesFor(m_leaves.size()));
+    std::iota(m_changed.begin(), m_changed.end(), 0u);
 }
 
 // A level that grows beyond one box gets another one above, which is worked out with the box that was first.
@@ -156,19 +154,14 @@ void BoxTree::shapeLevels()
     }
 }
 
-template <class Children>
-BoxTree::Box BoxTree::uniteSixteen(const Children& children, std::size_t node)
-{
-    Box box;
-    const std::size_t end = std::min((node + 1) * width, children.size());
-    for (std::size_t child = node * width; child < end; ++child)
-        box.unite(children[child]);
-    return box;
-}
-
 BoxTree::Box BoxTree::nodeOf(std::size_t level, std::size_t index) const
 {
-    return level == 0 ? uniteSixteen(m_leaves, index) : uniteSixteen(m_levels[level - 1], index);
+    const std::vector<Box>& children = level == 0 ? m_leaves : m_levels[level - 1];
+    Box box;
+    const std::size_t end = std::min((index + 1) * width, children.size());
+    for (std::size_t child = index * width; child < end; ++child)
+        box.unite(children[child]);
+    return box;
 }
 
 // --- questions
@@ -195,7 +188,8 @@ void BoxTree::visit(const PictureVolume& volume, PictureVolume::Planes planes, s
 {
     const auto partOf = [&volume](const Box& box, PictureVolume::Planes& rest) {
         if (box.isEmpty()) return PictureVolume::Part::None;
-        return volume.partOf(box.low * 0.5 + box.high * 0.5, (box.high - box.low) / 2.0, box.reach, rest);
+        return volume.partOf(box.low * 0.5 + box.high * 0.5, (box.high - box.low) / 2.0,
+                             static_cast<double>(box.reach), rest);
     };
     const PictureVolume::Part part = partOf(m_levels[level][index], planes);
     if (part == PictureVolume::Part::None) return;

@@ -25,7 +25,7 @@ public:
     void remove(int number);
     /// @param box    scene units; one that is null or invalid is never found, and no part of bounds()
     /// @param reach  how far around it is drawn, pixels, finite
-    void set(int number, const gmx::BoundingBox& box, double reach);
+    void set(int number, const gmx::BoundingBox& box, float reach);
 
     /// All numbers are below it.
     std::size_t size() const { return m_positions.size(); }
@@ -40,32 +40,27 @@ private:
     {
         glm::dvec3 low{std::numeric_limits<double>::infinity()};
         glm::dvec3 high{-std::numeric_limits<double>::infinity()};
-        double reach = 0.0;
+        float reach = 0.0f;
+        int number = -1; // of what was removed, and of those that hold others: -1
 
         bool isEmpty() const { return !(low.x <= high.x); }
         void unite(const Box& other);
     };
-    struct Leaf : Box
-    {
-        int number = -1;      // -1: removed
-        bool isAstray = true; // came, moved or went since the order was made
-    };
 
-    void change(std::size_t position);
+    void change(int number);
     void update();
     void order();
     void shapeLevels();
-    template <class Children>
-    static Box uniteSixteen(const Children& children, std::size_t node);
     Box nodeOf(std::size_t level, std::size_t index) const;
     void visit(const PictureVolume& volume, unsigned int planes, std::size_t level, std::size_t index,
                std::vector<std::uint8_t>& found) const;
     void takeAll(std::size_t level, std::size_t index, std::vector<std::uint8_t>& found) const;
 
-    std::vector<Leaf> m_leaves;
+    std::vector<Box> m_leaves;
     std::vector<std::vector<Box>> m_levels; // the last has at most one box; none without leaves
-    std::vector<std::size_t> m_positions;   // of the numbers among the leaves
+    std::vector<std::uint32_t> m_positions; // of the numbers among the leaves
+    std::vector<bool> m_isAstray;           // whether it came, moved or went since the order was made
     std::vector<int> m_freeNumbers;
-    std::vector<std::size_t> m_changed; // nodes of the first level
+    std::vector<std::uint32_t> m_changed; // nodes of the first level
     std::size_t m_astray = 0;
 };

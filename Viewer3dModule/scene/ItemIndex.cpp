@@ -19,23 +19,18 @@ int numberAt(int place)
 
 void ItemIndex::add(Graphics3dItem& item)
 {
-    const int number = m_boxes.add();
-    if (static_cast<std::size_t>(number) >= m_items.size())
-        m_items.resize(static_cast<std::size_t>(number) + 1, nullptr);
-    m_items[static_cast<std::size_t>(number)] = &item;
-    item.m_indexPlace = ~number;
+    item.m_indexPlace = ~m_boxes.add();
     change(item);
 }
 
-void ItemIndex::remove(Drawable3dItem& item)
+void ItemIndex::remove(Graphics3dItem& item)
 {
-    if (item.m_indexPlace == Drawable3dItem::NoIndexPlace) return;
-    const int number = numberAt(item.m_indexPlace);
-    m_boxes.remove(number);
-    m_items[static_cast<std::size_t>(number)] = nullptr;
-    if (item.m_indexWaiting >= 0) m_waiting[static_cast<std::size_t>(item.m_indexWaiting)] = nullptr;
-    item.m_indexPlace = Drawable3dItem::NoIndexPlace;
-    item.m_indexWaiting = -1;
+    Drawable3dItem& drawable = item;
+    if (drawable.m_indexPlace == Drawable3dItem::NoIndexPlace) return;
+    m_boxes.remove(numberAt(drawable.m_indexPlace));
+    if (drawable.m_indexWaiting >= 0) m_waiting[static_cast<std::size_t>(drawable.m_indexWaiting)] = nullptr;
+    drawable.m_indexPlace = Drawable3dItem::NoIndexPlace;
+    drawable.m_indexWaiting = -1;
     ++m_version;
 }
 
@@ -45,13 +40,7 @@ void ItemIndex::change(Drawable3dItem& item)
     ++m_version;
     if (item.m_indexWaiting >= 0) return;
     item.m_indexWaiting = static_cast<int>(m_waiting.size());
-    m_waiting.push_back(m_items[static_cast<std::size_t>(numberAt(item.m_indexPlace))]);
-}
-
-void ItemIndex::changeAll()
-{
-    for (Graphics3dItem* item : m_items)
-        if (item) change(*item);
+    m_waiting.push_back(static_cast<Graphics3dItem*>(&item)); // no others are added
 }
 
 // An item that changes while the boxes are asked for waits for the next time.
@@ -66,9 +55,9 @@ void ItemIndex::update()
         if (!item) continue;
         const int number = numberAt(item->m_indexPlace);
         const gmx::BoundingBox box = item->isVisible() ? item->sceneBoundingBox() : gmx::BoundingBox();
-        const double reach = std::max(reaches.of(*item), 0.0);
+        const auto reach = static_cast<float>(std::max(reaches.of(*item), 0.0));
         const bool mayBeLeftOut = box.isValid() && std::isfinite(reach) && reaches.isDrawnByItself(*item);
-        m_boxes.set(number, box, mayBeLeftOut ? reach : 0.0);
+        m_boxes.set(number, box, mayBeLeftOut ? reach : 0.0f);
         item->m_indexPlace = mayBeLeftOut ? number : ~number;
     }
 }

@@ -50,11 +50,9 @@ public:
 
     /// Takes an item, not owned; it is removed before it is destroyed.
     void add(Graphics3dItem& item);
-    void remove(Drawable3dItem& item);
+    void remove(Graphics3dItem& item);
     /// The item's box, reach, drawer or visibility may have changed. Nothing for items that are not here.
     void change(Drawable3dItem& item);
-    /// Those of all items may have.
-    void changeAll();
 
     Seen find(const PictureVolume& volume);
     /// The box of all visible items; null without any.
@@ -64,7 +62,6 @@ private:
     void update();
 
     BoxTree m_boxes;
-    std::vector<Graphics3dItem*> m_items;   // by their numbers in m_boxes; null where there is none
     std::vector<Graphics3dItem*> m_waiting; // for their boxes to be taken; null where it was removed
     std::uint64_t m_version = 0;
 };

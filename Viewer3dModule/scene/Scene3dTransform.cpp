@@ -75,13 +75,14 @@ void Scene3d::setBounds(const gmx::BoundingBox& bounds)
 
 void Scene3d::setBoundsDirty()
 {
-    m_itemIndex->changeAll();
+    for (const auto& entry : m_items)
+        entry.second->boundsChanged();
     m_boundsDirty = true;
 }
 
 void Scene3d::resetBounds()
 {
-    m_itemIndex->changeAll();
+    setBoundsDirty();
     takeBounds();
 }
 

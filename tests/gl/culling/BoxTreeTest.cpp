@@ -16,7 +16,7 @@ protected:
     struct Entry
     {
         gmx::BoundingBox box;
-        double reach = 0.0;
+        float reach = 0.0f;
     };
 
     double real(double from, double to) { return std::uniform_real_distribution<double>(from, to)(m_random); }
@@ -54,7 +54,7 @@ protected:
         tree.remove(number);
         list.erase(number);
     }
-    void set(int number, const gmx::BoundingBox& box, double reach)
+    void set(int number, const gmx::BoundingBox& box, float reach)
     {
         tree.set(number, box, reach);
         list[number] = {box, reach};
@@ -65,7 +65,7 @@ protected:
         switch (whole(0, 5)) {
         case 0:
         case 1:
-            return set(add(), anyBox(), real(0, 40));
+            return set(add(), anyBox(), static_cast<float>(real(0, 40)));
         case 2:
             add();
             return;
@@ -73,7 +73,7 @@ protected:
             if (!list.empty()) remove(anyNumber());
             return;
         case 4:
-            if (!list.empty()) set(anyNumber(), anyBox(), real(0, 40));
+            if (!list.empty()) set(anyNumber(), anyBox(), static_cast<float>(real(0, 40)));
             return;
         default:
             if (list.empty()) return;
@@ -96,7 +96,8 @@ protected:
         for (const auto& [number, entry] : list) {
             ASSERT_LT(static_cast<std::size_t>(number), tree.size());
             bounds.unite(entry.box);
-            const bool isReached = entry.box.isValid() && volume.reaches(entry.box, entry.reach);
+            const bool isReached =
+                entry.box.isValid() && volume.reaches(entry.box, static_cast<double>(entry.reach));
             expected[static_cast<std::size_t>(number)] = isReached ? 1 : 0;
             reached += isReached;
             ++asked;
@@ -135,7 +136,7 @@ TEST_F(BoxTreeTest, FindsWhatAPlainListFinds)
 TEST_F(BoxTreeTest, FollowsMovesOfAll)
 {
     for (int i = 0; i < 5000; ++i)
-        set(add(), anyBox(), real(0, 40));
+        set(add(), anyBox(), static_cast<float>(real(0, 40)));
     check("as they are");
     const glm::dmat4 move =
         glm::translate(glm::scale(glm::dmat4(1.0), glm::dvec3(0.3)), glm::dvec3(90, 0, -40));
@@ -148,7 +149,7 @@ TEST_F(BoxTreeTest, FollowsMovesOfAll)
 TEST_F(BoxTreeTest, RemovesAllInAnyOrderAndGivesNumbersAgain)
 {
     for (int i = 0; i < 1000; ++i)
-        set(add(), anyBox(), 1.0);
+        set(add(), anyBox(), 1.0f);
     const std::size_t size = tree.size();
     while (!list.empty()) {
         remove(anyNumber());
@@ -158,16 +159,16 @@ TEST_F(BoxTreeTest, RemovesAllInAnyOrderAndGivesNumbersAgain)
     for (std::size_t i = 0; i < size; ++i)
         add();
     EXPECT_EQ(tree.size(), size);
-    set(anyNumber(), gmx::BoundingBox(glm::dvec3(1.0), glm::dvec3(2.0)), 0.0);
+    set(anyNumber(), gmx::BoundingBox(glm::dvec3(1.0), glm::dvec3(2.0)), 0.0f);
     check("when there is one again");
 }
 
 TEST_F(BoxTreeTest, TakesNoBoxThatIsNone)
 {
     const double nan = std::numeric_limits<double>::quiet_NaN();
-    set(add(), gmx::BoundingBox(glm::dvec3(1.0), glm::dvec3(2.0)), 0.0);
-    tree.set(tree.add(), gmx::BoundingBox(glm::dvec3(nan), glm::dvec3(3.0)), 5.0);
-    tree.set(tree.add(), gmx::BoundingBox(glm::dvec3(4.0), glm::dvec3(3.0)), 5.0);
+    set(add(), gmx::BoundingBox(glm::dvec3(1.0), glm::dvec3(2.0)), 0.0f);
+    tree.set(tree.add(), gmx::BoundingBox(glm::dvec3(nan), glm::dvec3(3.0)), 5.0f);
+    tree.set(tree.add(), gmx::BoundingBox(glm::dvec3(4.0), glm::dvec3(3.0)), 5.0f);
     EXPECT_EQ(tree.bounds(), gmx::BoundingBox(glm::dvec3(1.0), glm::dvec3(2.0)));
     const PictureVolume all(glm::ortho(-9.0, 9.0, -9.0, 9.0, -9.0, 9.0), QSize(10, 10), QRect(0, 0, 10, 10));
     std::vector<std::uint8_t> found;
