@@ -478,3 +478,27 @@ TEST_F(MeshNode3dTest, TheMonoDrawerDrawsItPlain)
     scene->addLocalItem(std::make_unique<MonoItem>(std::make_unique<MeshNode3d>(textured(quarters(8)))));
     EXPECT_EQ(countPixels(frame(), QColor(10, 20, 30)), 64);
 }
+
+// Indices that only count are not kept; what is drawn are the same vertices, also from the middle on.
+TEST_F(MeshNode3dTest, VerticesThatFollowOneAnotherAreDrawnWithoutIndices)
+{
+    add(square()); // has the first places of the shared buffers
+    MeshData data;
+    data.positions = {{9, 0, 0}, {1, 2, 3}, {4, 5, 6}, {7, 8, 9}};
+    addPart(data, Kind::Points, {2, 3});
+    addPart(data, Kind::Lines, {1, 2});
+    NodeItem& item = add(data);
+    const auto [points, lines, triangles] = scene->generateItemGeometry(&item);
+    EXPECT_EQ(readAndDelete(points), (std::vector<glm::vec4>{{4, 5, 6, 1}, {7, 8, 9, 1}}));
+    EXPECT_EQ(readAndDelete(lines), (std::vector<glm::vec4>{{1, 2, 3, 1}, {4, 5, 6, 1}}));
+    EXPECT_EQ(triangles, 0u);
+
+    data = square(red);
+    data.positions = {data.positions[0], data.positions[1], data.positions[2],
+                      data.positions[0], data.positions[2], data.positions[3]};
+    for (std::uint32_t i = 0; i < 6; ++i)
+        data.indices[i] = i;
+    add(std::move(data));
+    expectColor(frame().pixelColor(1, 6), lit(red));
+    expectColor(frame().pixelColor(6, 1), lit(red));
+}
