@@ -53,10 +53,10 @@ Comparison PairedRuns::compare(const std::vector<double>& ours, const std::vecto
     result.ours = quantileOf(ours, 0.5);
     if (plain.empty()) return result;
     result.plain = quantileOf(plain, 0.5);
-    result.ratio = result.ours / result.plain;
     std::vector<double> ratios;
     for (std::size_t i = 0; i < ours.size(); ++i)
         ratios.push_back(ours[i] / plain[i]);
+    result.ratio = quantileOf(ratios, 0.5);
     result.low = quantileOf(ratios, 0.25);
     result.high = quantileOf(ratios, 0.75);
     return result;

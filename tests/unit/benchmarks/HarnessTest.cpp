@@ -106,8 +106,8 @@ TEST(PairedRunsTest, TakeTurnsAndDropTheWarmUps)
     EXPECT_EQ(runs.pairs(), 3);
     EXPECT_DOUBLE_EQ(runs.wall().ours, 3.0);
     EXPECT_DOUBLE_EQ(runs.wall().plain, 1.0);
-    EXPECT_DOUBLE_EQ(runs.wall().ratio, 3.0);
-    EXPECT_DOUBLE_EQ(runs.wall().low, 1.75); // of 2, 4 and 1.5
+    EXPECT_DOUBLE_EQ(runs.wall().ratio, 2.0); // of 2, 4 and 1.5
+    EXPECT_DOUBLE_EQ(runs.wall().low, 1.75);
     EXPECT_DOUBLE_EQ(runs.wall().high, 3.0);
     EXPECT_DOUBLE_EQ(runs.processor().ratio, 0.5);
 }
