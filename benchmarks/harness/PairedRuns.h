@@ -10,9 +10,8 @@ struct Comparison
 {
     double ours = 0.0;  ///< median
     double plain = 0.0; ///< median; 0 where there is nothing beside ours
-    double ratio =
-        0.0;          ///< the median of the ratios of the pairs, which have seen the same load of the machine
-    double low = 0.0; ///< the quartiles of these
+    double ratio = 0.0; ///< median of the pairs' ratios: both of a pair have seen the same load
+    double low = 0.0;   ///< the quartiles of these
     double high = 0.0;
 };
 
