@@ -82,8 +82,9 @@ std::vector<Result> compareLabels(qint64 size, const PairedRuns::Effort& effort)
     BenchScene scene(view);
     std::vector<std::unique_ptr<CModelElement>> elements;
     int number = 0;
-    for (const glm::vec3& place : places(size))
-        elements.push_back(std::make_unique<LabelElement>(QStringLiteral("P%1").arg(++number), place));
+    for (const glm::vec3& place : places(size)) // names of twenty letters, besides the blanks
+        elements.push_back(std::make_unique<LabelElement>(
+            QStringLiteral("Survey point %1").arg(++number, 9, 10, QLatin1Char('0')), place));
     const std::vector<CModelElement*> added = scene.add(std::move(elements));
     const GlyphsOfScene copied(scene, added);
     PlainContext context(view.size);
