@@ -71,6 +71,20 @@ void GlTexture::upload(OpenGLFunctions& gl, const QImage& image)
     gl.glBindTexture(GL_TEXTURE_2D, 0);
 }
 
+void GlTexture::setWrap(OpenGLFunctions& gl, const ImageWrap& wrap)
+{
+    if (m_name == 0) return;
+    constexpr GLint modes[] = {GL_REPEAT, GL_MIRRORED_REPEAT, GL_CLAMP_TO_EDGE, GL_CLAMP_TO_BORDER};
+    const GLfloat border[] = {
+        static_cast<GLfloat>(wrap.border.redF()), static_cast<GLfloat>(wrap.border.greenF()),
+        static_cast<GLfloat>(wrap.border.blueF()), static_cast<GLfloat>(wrap.border.alphaF())};
+    gl.glBindTexture(GL_TEXTURE_2D, m_name);
+    gl.glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, modes[wrap.mode]);
+    gl.glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, modes[wrap.mode]);
+    gl.glTexParameterfv(GL_TEXTURE_2D, GL_TEXTURE_BORDER_COLOR, border);
+    gl.glBindTexture(GL_TEXTURE_2D, 0);
+}
+
 void GlTexture::uploadTopDown(OpenGLFunctions& gl, const QImage& image)
 {
     const QImage pixels = packed(image);

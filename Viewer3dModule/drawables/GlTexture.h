@@ -1,6 +1,7 @@
 #pragma once
 
 #include <Viewer3dModule/Viewer3dModule_export.h>
+#include <Viewer3dModule/drawables/ImageWrap.h>
 #include <Viewer3dModule/shaders/OpenGLFunctions.h>
 
 #include <QtGui/QImage>
@@ -34,6 +35,8 @@ public:
     /// repeats beyond its borders. An image larger than the driver takes is scaled down, keeping its
     /// proportions. A null image changes nothing. Leaves no texture bound to the active unit.
     void upload(OpenGLFunctions& gl, const QImage& image);
+    /// Sets how what is beyond the borders looks, until the next upload. Nothing without contents.
+    void setWrap(OpenGLFunctions& gl, const ImageWrap& wrap);
     /// Replaces the contents by the image, its top row first, as pictures that face the viewer take it, with
     /// all smaller levels; beyond its borders the border goes on. The driver must take its size, see
     /// fitting; a null image leaves no contents. Leaves no texture bound to the active unit.

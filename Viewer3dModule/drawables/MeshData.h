@@ -1,5 +1,7 @@
 #pragma once
 
+#include <Viewer3dModule/drawables/ImageWrap.h>
+
 #include <QtCore/QString>
 #include <QtGui/QColor>
 #include <QtGui/QImage>
@@ -33,4 +35,5 @@ struct MeshData
     std::vector<std::uint32_t> indices; ///< every one below positions.size()
     std::vector<Part> parts;
     std::vector<QImage> images;
+    std::vector<ImageWrap> wraps; ///< of images, by number; those that have none repeat
 };

@@ -93,6 +93,12 @@ gmx::BoundingBox boundsOf(const MeshData& data)
     return bounds;
 }
 
+bool hasClearBorder(const MeshData& data, std::size_t image)
+{
+    return image < data.wraps.size() && data.wraps[image].mode == ImageWrap::Border &&
+           data.wraps[image].border.alpha() < 255;
+}
+
 bool isSolidPart(const MeshData& data, const MeshData::Part& part, bool haveVerticesSolidColors)
 {
     const bool hasImage = !data.texCoords.empty() && part.image >= 0 &&
@@ -100,7 +106,8 @@ bool isSolidPart(const MeshData& data, const MeshData::Part& part, bool haveVert
                           !data.images[static_cast<std::size_t>(part.image)].isNull();
     // An image that the driver does not take leaves the other colours to be seen.
     const bool isImageSolid =
-        !hasImage || !data.images[static_cast<std::size_t>(part.image)].hasAlphaChannel();
+        !hasImage || (!data.images[static_cast<std::size_t>(part.image)].hasAlphaChannel() &&
+                      !hasClearBorder(data, static_cast<std::size_t>(part.image)));
     const bool isColorSolid = !part.color.isValid() || part.color.alpha() != 0;
     return isImageSolid && haveVerticesSolidColors && isColorSolid;
 }
@@ -263,9 +270,10 @@ void MeshNode3d::Private::upload(OpenGLFunctions& gl)
     moveTo(vertices, Colors, gl, data.colors);
     moveTo(vertices, TexCoords, gl, data.texCoords);
     moveTo(indices, 0, gl, data.indices);
-    for (QImage& image : data.images) {
-        textures.emplace_back().upload(gl, image);
-        image = QImage();
+    for (std::size_t i = 0; i < data.images.size(); ++i) {
+        textures.emplace_back().upload(gl, data.images[i]);
+        if (i < data.wraps.size()) textures.back().setWrap(gl, data.wraps[i]);
+        data.images[i] = QImage();
     }
     data.images.clear();
 }

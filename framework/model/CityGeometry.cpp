@@ -32,7 +32,9 @@ bool CityGeometry::isSound() const
     const auto hasLook = [this](const Piece& piece) {
         return piece.kind <= Piece::Surface && piece.look < looks.size();
     };
+    const auto isKnown = [](const Look& look) { return look.wrapping <= Look::Border; };
     return (texCoords.empty() || texCoords.size() == corners.size()) &&
+           std::all_of(looks.begin(), looks.end(), isKnown) &&
            std::all_of(corners.begin(), corners.end(), hasVertex) &&
            std::all_of(pieces.begin(), pieces.end(), hasLook) &&
            coverAll(ringEnds, corners.size(), [](std::uint32_t end) { return end; }) &&

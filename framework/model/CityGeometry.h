@@ -19,12 +19,18 @@ struct HOSTFRAMEWORK_EXPORT CityGeometry
     /// What pieces look like. The first of image, colour and kind that there is tells how they are drawn.
     struct Look
     {
+        /// How the picture goes on beyond its borders.
+        enum Wrapping : std::uint32_t { Repeat, Mirror, Clamp, Border };
+
         QString kind;  ///< what the surface is, "RoofSurface" for example; may be empty
         QColor color;  ///< of its material, with its opacity; invalid without
         QString image; ///< absolute path of the picture that its texture coordinates are for; may be empty
+        Wrapping wrapping = Repeat;
+        QColor border{}; ///< what is beyond the borders with Border; invalid: nothing is
         bool operator==(const Look& other) const
         {
-            return kind == other.kind && color == other.color && image == other.image;
+            return kind == other.kind && color == other.color && image == other.image &&
+                   wrapping == other.wrapping && border == other.border;
         }
     };
     struct Piece

@@ -46,13 +46,29 @@ void serializePieces(CQtArchive& archive, std::vector<CityGeometry::Piece>& piec
     }
 }
 
+void serializeColor(CQtArchive& archive, QColor& color)
+{
+    QString name = color.isValid() ? color.name(QColor::HexArgb) : QString();
+    archive.value(name);
+    if (archive.isLoading()) color = name.isEmpty() ? QColor() : QColor(name);
+}
+
 void serializeLook(CQtArchive& archive, CityGeometry::Look& look)
 {
-    QString color = look.color.isValid() ? look.color.name(QColor::HexArgb) : QString();
     archive.value(look.kind);
-    archive.value(color);
+    serializeColor(archive, look.color);
     archive.value(look.image);
-    if (archive.isLoading()) look.color = color.isEmpty() ? QColor() : QColor(color);
+}
+
+void serializeWrappings(CQtArchive& archive, std::vector<CityGeometry::Look>& looks)
+{
+    for (CityGeometry::Look& look : looks) {
+        if (archive.isLoading())
+            look.wrapping = static_cast<CityGeometry::Look::Wrapping>(archive.readUInt());
+        else
+            archive.writeUInt(look.wrapping);
+        serializeColor(archive, look.border);
+    }
 }
 
 void serializeGeometry(CQtArchive& archive, CityGeometry& geometry)
@@ -139,5 +155,7 @@ void CityObjectElement::serializeFields(CQtArchive& archive)
     serializeTexts(archive, m_parentIds);
     serializeGeometry(archive, m_geometry);
     archive.endObject(1);
+    constexpr unsigned wrappingsVersion = 2;
+    if (archive.checkVersion(wrappingsVersion)) serializeWrappings(archive, m_geometry.looks);
     archive.finish();
 }

@@ -262,7 +262,11 @@ std::uint32_t CityGeometryBuilder::findLook(Node semantics, Node material,
         requireIndex(*color, m_tables.materials.size(), "material");
         look.color = m_tables.materials[*color];
     }
-    if (texture) look.image = m_tables.textures[*texture];
+    if (texture && !m_tables.textures[*texture].image.isEmpty()) {
+        look.image = m_tables.textures[*texture].image;
+        look.wrapping = m_tables.textures[*texture].wrapping;
+        look.border = m_tables.textures[*texture].border;
+    }
     const std::uint32_t number = findLook(look);
     m_lookNumbers.emplace(key, number);
     return number;

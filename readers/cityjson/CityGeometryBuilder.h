@@ -10,12 +10,20 @@
 
 namespace readers {
 
+/// A texture of a CityJSON file.
+struct CityJsonTexture
+{
+    QString image; ///< absolute path; empty: one without picture
+    CityGeometry::Look::Wrapping wrapping = CityGeometry::Look::Repeat;
+    QColor border;
+};
+
 /// What the geometries of a CityJSON file name by index.
 struct CityJsonTables
 {
     std::vector<glm::dvec3> vertices; ///< model coordinates
     std::vector<QColor> materials;    ///< invalid: one without colour
-    std::vector<QString> textures;    ///< absolute paths; empty: one without picture
+    std::vector<CityJsonTexture> textures;
     std::vector<glm::vec2> texCoords;
     std::string materialTheme; ///< the default one; may be empty
     std::string textureTheme;

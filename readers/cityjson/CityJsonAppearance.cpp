@@ -13,6 +13,16 @@ namespace readers {
 
 namespace {
 
+// Of "none", beyond the borders is nothing, as with a border that nobody sees; a texture that says nothing,
+// or what nobody knows, repeats.
+CityGeometry::Look::Wrapping wrappingOf(const std::string& mode)
+{
+    using Look = CityGeometry::Look;
+    if (mode == "mirror") return Look::Mirror;
+    if (mode == "clamp") return Look::Clamp;
+    return mode == "border" || mode == "none" ? Look::Border : Look::Repeat;
+}
+
 // Counts what stands within each other: root, list of materials or textures, one of them, its colour.
 class AppearanceHandler : public JsonHandler
 {
@@ -28,17 +38,20 @@ public:
     void onInteger(std::int64_t value) override { onNumber(static_cast<double>(value)); }
     void onNumber(double value) override
     {
-        if (m_list != "materials") return;
-        if (m_depth == 3 && m_key == "transparency") m_opacity = 1.0 - value;
-        if (m_depth == 4 && m_key == "diffuseColor" && m_channel < 3) m_color[m_channel++] = value;
+        const bool isMaterial = m_list == "materials";
+        if (isMaterial && m_depth == 3 && m_key == "transparency") m_opacity = 1.0 - value;
+        if (m_depth != 4 || m_key != (isMaterial ? "diffuseColor" : "borderColor")) return;
+        if (m_channel < (isMaterial ? 3 : 4)) m_color[m_channel++] = value;
     }
     void onString(std::string& text) override
     {
         if (m_depth == 1 && m_root == "default-theme-material") m_tables.materialTheme = text;
         if (m_depth == 1 && m_root == "default-theme-texture") m_tables.textureTheme = text;
-        if (m_depth != 3 || m_list != "textures" || m_key != "image") return;
+        if (m_depth != 3 || m_list != "textures") return;
+        if (m_key == "wrapMode") m_tables.textures.back().wrapping = wrappingOf(text);
+        if (m_key != "image") return;
         m_budget.charge(MemoryBudget::ofText(text.size()));
-        m_tables.textures.back() = QString::fromStdString(text);
+        m_tables.textures.back().image = QString::fromStdString(text);
     }
     void onObject() override { begin(); }
     void onArray() override { begin(); }
@@ -67,6 +80,9 @@ private:
     void end()
     {
         if (m_depth == 3 && m_list == "materials") m_tables.materials.push_back(color());
+        if (m_depth == 4 && m_list == "textures" && m_key == "borderColor" && m_channel >= 3)
+            m_tables.textures.back().border =
+                toQColor(m_color[0], m_color[1], m_color[2], m_channel == 4 ? m_color[3] : 1.0);
         --m_depth;
     }
     QColor color() const
@@ -81,7 +97,7 @@ private:
     std::string m_root; // the member under way of the root, its list, and the member of one in that
     std::string m_list;
     std::string m_key;
-    double m_color[3] = {};
+    double m_color[4] = {};
     int m_channel = 0;
     double m_opacity = 1.0;
 };
@@ -94,12 +110,13 @@ void readAppearance(const QByteArray& text, CityJsonTables& tables, MemoryBudget
     JsonReader(text, ksp::StagedProgress::dummy()).read(handler);
 }
 
-void findPictures(const QString& path, std::vector<QString>& names)
+void findPictures(const QString& path, std::vector<CityJsonTexture>& textures)
 {
     constexpr int mostWarnings = 10;
     const QDir folder = QFileInfo(path).absoluteDir();
     int warnings = 0;
-    for (QString& name : names) {
+    for (CityJsonTexture& texture : textures) {
+        QString& name = texture.image;
         const QString given = name;
         const QFileInfo file(folder, QString(name).replace(QLatin1Char('\\'), QLatin1Char('/')));
         name = !name.isEmpty() && file.isFile() ? file.absoluteFilePath() : QString();

@@ -44,14 +44,15 @@ public:
         addParts(indices, true);
         if (m_withoutArea > 0)
             ksp::Log::info(QStringLiteral("%1: %2 surfaces without area are left out")
-                                  .arg(quoted(m_element.getName()))
-                                  .arg(m_withoutArea));
+                               .arg(quoted(m_element.getName()))
+                               .arg(m_withoutArea));
         return std::move(m_mesh);
     }
 
 private:
     void loadPictures()
     {
+        const std::vector<bool> leaves = findLeaving();
         for (std::size_t i = 0; i < m_images.size(); ++i) {
             const QString& path = m_geometry.looks[i].image;
             if (path.isEmpty() || m_geometry.texCoords.empty()) continue;
@@ -59,7 +60,36 @@ private:
             if (image.isNull()) continue;
             m_images[i] = static_cast<int>(m_mesh.images.size());
             m_mesh.images.push_back(image);
+            m_mesh.wraps.push_back(wrapOf(m_geometry.looks[i], leaves[i]));
         }
+    }
+
+    /// By look, whether any of its places in the picture lies beyond the borders.
+    std::vector<bool> findLeaving() const
+    {
+        constexpr float rounding = 1e-3f;
+        const auto isBeyond = [](float value) { return !(value >= -rounding && value <= 1.0f + rounding); };
+        std::vector<bool> leaves(m_geometry.looks.size());
+        for (std::size_t i = 0; i < m_geometry.pieces.size() && !m_geometry.texCoords.empty(); ++i)
+            for (std::uint32_t ring = m_geometry.ringBegin(i); ring < m_geometry.pieces[i].ringEnd; ++ring)
+                for (std::uint32_t corner = m_geometry.cornerBegin(ring); corner < m_geometry.ringEnds[ring];
+                     ++corner)
+                    if (isBeyond(m_geometry.texCoords[corner].x) || isBeyond(m_geometry.texCoords[corner].y))
+                        leaves[m_geometry.pieces[i].look] = true;
+        return leaves;
+    }
+
+    static ImageWrap wrapOf(const CityGeometry::Look& look, bool leaves)
+    {
+        using Look = CityGeometry::Look;
+        ImageWrap wrap;
+        if (look.wrapping == Look::Mirror) wrap.mode = ImageWrap::Mirror;
+        if (look.wrapping == Look::Clamp) wrap.mode = ImageWrap::Clamp;
+        if (look.wrapping != Look::Border) return wrap;
+        // where nobody sees the border, none is to be mixed into the outermost texels
+        wrap.mode = leaves ? ImageWrap::Border : ImageWrap::Clamp;
+        if (look.border.isValid()) wrap.border = look.border;
+        return wrap;
     }
 
     glm::dvec3 local(std::uint32_t corner) const

@@ -26,6 +26,16 @@ const QByteArray squares = R"({"type":"FeatureCollection","features":[
     {"type":"Feature","properties":{"fill":"#0000ff","fill-opacity":1,"stroke":"#0000ff"},"geometry":{"type":"Polygon",
      "coordinates":[[[2600030,1200000],[2600050,1200000],[2600050,1200020],[2600030,1200020],[2600030,1200000]]]}}]})";
 
+// A roof of 30 m x 10 m that shows a picture, its place in it from -1 to 2 from west to east.
+QByteArray pictured(const QByteArray& wrapping)
+{
+    return R"({"type":"CityJSON","version":"2.0","transform":{"scale":[1,1,1],"translate":[0,0,0]},"CityObjects":{"b":
+        {"type":"Building","geometry":[{"type":"MultiSurface","lod":"2","boundaries":[[[0,1,2,3]]],
+        "texture":{"t":{"values":[[[0,0,1,2,3]]]}}}]}},"vertices":[[0,0,0],[30,0,0],[30,10,0],[0,10,0]],
+        "appearance":{"textures":[{"type":"PNG",)" +
+           wrapping + R"("image":"halves.png"}],"vertices-texture":[[-1,0],[2,0],[2,1],[-1,1]]}})";
+}
+
 // Of the same hue, whatever the light makes of its value.
 bool isLike(QRgb pixel, const QColor& color)
 {
@@ -114,6 +124,36 @@ TEST_F(CityPicture, ObjectsHaveLabels)
     EXPECT_GT(letters(named, {"--labels", "use"}).width(), name.width() * 3 / 2);
     EXPECT_TRUE(letters(named, {"--labels", "year"}).isEmpty());
     EXPECT_TRUE(letters(block, {"--labels"}).isEmpty()) << "its identifier is no name";
+}
+
+// The picture's left half is red, its right one blue.
+TEST_F(CityPicture, TexturesGoOnBeyondTheirBordersAsTheySay)
+{
+    QImage halves(64, 64, QImage::Format_RGB32);
+    halves.fill(Qt::red);
+    for (int y = 0; y < 64; ++y)
+        for (int x = 32; x < 64; ++x)
+            halves.setPixel(x, y, qRgb(0, 0, 255));
+    ASSERT_TRUE(halves.save(path("halves.png")));
+    const auto seen = [this](const QByteArray& wrapping) {
+        const QImage image = fromAbove(write("pictured.city.json", pictured(wrapping)));
+        std::string letters;
+        for (double x = 2.5; x < 30.0; x += 5.0) {
+            const QRgb pixel = at(image, x, 5.0).rgb();
+            letters += pixel == qRgb(255, 255, 255) ? '-'
+                       : isLike(pixel, Qt::red)     ? 'r'
+                       : isLike(pixel, Qt::blue)    ? 'b'
+                       : isLike(pixel, Qt::green)   ? 'g'
+                                                    : '?';
+        }
+        return letters;
+    };
+    EXPECT_EQ(seen(""), "rbrbrb");
+    EXPECT_EQ(seen(R"("wrapMode":"wrap",)"), "rbrbrb");
+    EXPECT_EQ(seen(R"("wrapMode":"mirror",)"), "brrbbr");
+    EXPECT_EQ(seen(R"("wrapMode":"clamp",)"), "rrrbbb");
+    EXPECT_EQ(seen(R"("wrapMode":"border","borderColor":[0,1,0,1],)"), "ggrbgg");
+    EXPECT_EQ(seen(R"("wrapMode":"none",)"), "--rb--");
 }
 
 TEST_F(CityPicture, PolygonsAreFilledButForTheirHoles)

@@ -313,8 +313,8 @@ TEST_F(CityJsonTest, MaterialsAndTexturesOfTheDefaultTheme)
     write("wall.png", "not looked into");
     const QByteArray appearance =
         R"(,"appearance":{"default-theme-texture":"day","default-theme-material":"b","materials":[{"name":"x"},)"
-        R"({"name":"y","diffuseColor":[1.0,0.5,0],"transparency":0.25}],"textures":[{"type":"PNG","image":"gone.png"},)"
-        R"({"type":"PNG","image":"wall.png"}],"vertices-texture":[[0,0],[1,0],[1,1],[0,0.5]]})";
+        R"({"name":"y","diffuseColor":[1.0,0.5,0],"transparency":0.25}],"textures":[{"type":"PNG","image":"gone.png","wrapMode":"clamp"},)"
+        R"({"type":"PNG","image":"wall.png","wrapMode":"border","borderColor":[0,0.4,1,0.2]}],"vertices-texture":[[0,0],[1,0],[1,1],[0,0.5]]})";
     const Elements elements = readFile(city(
         object(surfaces(
             "[[[0,1,2,3]],[[4,5,6]]]",
@@ -327,11 +327,36 @@ TEST_F(CityJsonTest, MaterialsAndTexturesOfTheDefaultTheme)
     const CityGeometry::Look& first = geometry.looks[geometry.pieces[0].look];
     EXPECT_EQ(first.color, QColor::fromRgbF(1.0, 0.5, 0.0, 0.75));
     EXPECT_EQ(first.image, folder.filePath("wall.png"));
+    EXPECT_EQ(first.wrapping, CityGeometry::Look::Border);
+    EXPECT_EQ(first.border, QColor::fromRgbF(0.0, 0.4, 1.0, 0.2));
     EXPECT_FALSE(geometry.looks[geometry.pieces[1].look].color.isValid());
     EXPECT_EQ(geometry.looks[geometry.pieces[1].look].image, "");
     ASSERT_EQ(geometry.texCoords.size(), 7u);
     EXPECT_EQ(geometry.texCoords[3], glm::vec2(0.0f, 0.5f));
     EXPECT_TRUE(geometry.isSound());
+}
+
+TEST_F(CityJsonTest, TexturesSayHowTheyGoOnBeyondTheirBorders)
+{
+    write("wall.png", "not looked into");
+    const auto wrappingOf = [this](const char* rest) {
+        const QByteArray texture = R"({"type":"PNG","image":"wall.png")" + QByteArray(rest) + "}";
+        const Elements elements =
+            readFile(city(object(surfaces("[[[0,1,2]]]", R"(,"texture":{"t":{"values":[[[0,0,0,0]]]}})")),
+                          R"(,"appearance":{"vertices-texture":[[0,0]],"textures":[)" + texture + "]}"));
+        return elements.at(0)->getGeometry().looks.at(0);
+    };
+    using Look = CityGeometry::Look;
+    EXPECT_EQ(wrappingOf("").wrapping, Look::Repeat);
+    EXPECT_EQ(wrappingOf(R"(,"wrapMode":"wrap")").wrapping, Look::Repeat);
+    EXPECT_EQ(wrappingOf(R"(,"wrapMode":"mirror")").wrapping, Look::Mirror);
+    EXPECT_EQ(wrappingOf(R"(,"wrapMode":"clamp")").wrapping, Look::Clamp);
+    EXPECT_EQ(wrappingOf(R"(,"wrapMode":"none")").wrapping, Look::Border);
+    EXPECT_FALSE(wrappingOf(R"(,"wrapMode":"none")").border.isValid());
+    const Look border = wrappingOf(R"(,"borderColor":[1,0,0],"wrapMode":"border")");
+    EXPECT_EQ(border.wrapping, Look::Border);
+    EXPECT_EQ(border.border, QColor(Qt::red));
+    EXPECT_FALSE(wrappingOf(R"(,"borderColor":[1,0])").border.isValid());
 }
 
 TEST_F(CityJsonTest, OfManyMissingTexturesSomeAreNamedAndTheRestCounted)

@@ -70,7 +70,9 @@ CityGeometry shed()
         geometry.vertices.push_back(corner + p);
     geometry.corners = {3, 2, 1, 0, 4, 5, 6, 7, 0, 1, 8, 9, 0, 1, 8, 2, 3};
     geometry.ringEnds = {4, 8, 12, 15, 17};
-    geometry.looks = {{"GroundSurface", {}, {}}, {"", QColor(1, 2, 3, 128), {}}, {"", {}, {}}};
+    geometry.looks = {{"GroundSurface", {}, {}},
+                      {"", QColor(1, 2, 3, 128), {}},
+                      {"", {}, {}, CityGeometry::Look::Border, QColor(4, 5, 6, 7)}};
     geometry.pieces = {
         {Piece::Surface, 0, 2}, {Piece::Surface, 1, 3}, {Piece::Line, 2, 4}, {Piece::Points, 2, 5}};
     return geometry;
@@ -198,6 +200,36 @@ TEST(CityMesh, HasTrianglesLinesAndPointsByTheirLooks)
     EXPECT_EQ(summary.triangles, (mesh.parts[0].indexCount + mesh.parts[3].indexCount) / 3);
 }
 
+// The filter would mix it into the outermost pixels.
+TEST(CityMesh, ABorderThatNobodySeesIsNone)
+{
+    const QTemporaryDir folder;
+    QImage picture(2, 2, QImage::Format_RGB32);
+    picture.fill(Qt::red);
+    ASSERT_TRUE(picture.save(folder.filePath("wall.png")));
+    CityGeometry geometry = shed();
+    geometry.looks[0].image = folder.filePath("wall.png");
+    geometry.looks[1] = {"", {}, folder.filePath("wall.png"), CityGeometry::Look::Border, Qt::green};
+    geometry.texCoords.assign(geometry.corners.size(), glm::vec2(1.0f));
+    const auto wrapWith = [&](CityGeometry::Look::Wrapping wrapping, float u) {
+        geometry.looks[0].wrapping = wrapping;
+        geometry.texCoords[6].x = u; // of the hole of the piece with the first look
+        CityObjectElement object;
+        object.setGeometry(geometry);
+        const MeshData mesh = CityMesh::of(object, CityMesh::Pictures::With);
+        EXPECT_EQ(mesh.wraps.size(), mesh.images.size());
+        EXPECT_EQ(mesh.wraps.at(1).mode, ImageWrap::Clamp);
+        return mesh.wraps.at(0);
+    };
+    using Look = CityGeometry::Look;
+    EXPECT_EQ(wrapWith(Look::Border, 0.0f).mode, ImageWrap::Clamp);
+    EXPECT_EQ(wrapWith(Look::Border, 1.2f).mode, ImageWrap::Border);
+    EXPECT_EQ(wrapWith(Look::Border, -0.2f).border.alpha(), 0) << "without a colour there is nothing";
+    EXPECT_EQ(wrapWith(Look::Repeat, 1.2f).mode, ImageWrap::Repeat);
+    EXPECT_EQ(wrapWith(Look::Mirror, 1.2f).mode, ImageWrap::Mirror);
+    EXPECT_EQ(wrapWith(Look::Clamp, 1.2f).mode, ImageWrap::Clamp);
+}
+
 TEST(CityMesh, KeepsMillimetresAtLargeCoordinates)
 {
     CityGeometry geometry;
@@ -239,6 +271,38 @@ TEST(CityObjectElement, ComesBackFromArchivesWhole)
     EXPECT_EQ(loaded.getGeometry().looks, expected.looks);
     ASSERT_EQ(loaded.getGeometry().pieces.size(), 4u);
     EXPECT_EQ(loaded.getGeometry().pieces[3].kind, Piece::Points);
+}
+
+// Before pictures could end at their borders.
+TEST(CityObjectElement, OldArchivesHaveNoWrappings)
+{
+    CityObjectElement object, loaded;
+    CQtArchive storing;
+    object.CModelElement::serialize(storing);
+    storing.beginObject();
+    QString type = "Building", id = "b", kind = "RoofSurface", color = "#ff010203", image = "/wall.png";
+    storing.value(type);
+    storing.value(id);
+    for (int i = 0; i < 6; ++i) // parents, vertices, corners, texture coordinates, rings, pieces
+        storing.writeUInt(0);
+    storing.writeUInt(1);
+    storing.value(kind);
+    storing.value(color);
+    storing.value(image);
+    storing.endObject(1);
+    storing.finish();
+    CQtArchive loading(storing.data());
+    loaded.serialize(loading);
+    EXPECT_EQ(loaded.getSourceId(), "b");
+    EXPECT_EQ(loaded.getGeometry().looks,
+              (std::vector<CityGeometry::Look>{{"RoofSurface", QColor(1, 2, 3), "/wall.png"}}));
+}
+
+TEST(CityObjectElement, RefusesWrappingsThatNobodyKnows)
+{
+    CityGeometry damaged = shed();
+    damaged.looks[0].wrapping = static_cast<CityGeometry::Look::Wrapping>(4);
+    EXPECT_FALSE(damaged.isSound());
 }
 
 TEST(CityObjectElement, RefusesIndicesOutOfRange)
