@@ -27,11 +27,13 @@ struct Plane
 };
 
 constexpr double farAway = 2.7e6;
+constexpr unsigned planeCount = 50;
+constexpr unsigned asItIs = planeCount; // the number of no rotated plane
 
 /// One of 50 planes in all directions.
 Plane rotated(unsigned number)
 {
-    std::mt19937 random(number % 50);
+    std::mt19937 random(number % planeCount);
     std::normal_distribution<double> normal;
     const auto direction = [&] {
         return glm::normalize(glm::dvec3(normal(random), normal(random), normal(random)));
@@ -138,7 +140,9 @@ double check(const FlatRegion& region, const Division& division, double area)
     const double extent = region.extent();
     EXPECT_TRUE(division.isDone) << region.name;
     for (const Corners& t : division.triangles) {
-        EXPECT_GT(heightOf(t), 0.0) << region.name;
+        EXPECT_NE(heightOf(t), 0.0) << region.name;
+        // what is thinner than a hundredth of the spacing of floats, rounding may turn over
+        EXPECT_GT(heightOf(t), -1e-9 * extent) << region.name;
         const glm::dvec2 centre = (t[0] + t[1] + t[2]) / 3.0;
         EXPECT_TRUE(heightOf(t) < 1e-6 * extent || region.contains(centre)) << region.name;
     }
@@ -148,15 +152,48 @@ double check(const FlatRegion& region, const Division& division, double area)
     return deviation;
 }
 
-/// Checks a region as it is, rotated, and rotated and far away; returns the deviations.
-std::array<double, 3> checkInThreePlaces(const FlatRegion& region, unsigned planeNumber, double area)
+/// Divides a region in these planes and checks what comes of it; returns the largest deviation.
+double checkIn(const FlatRegion& region, double area, const std::vector<unsigned>& planes,
+               const glm::dvec3& origin)
 {
-    std::array<Plane, 3> planes = {Plane(), rotated(planeNumber), rotated(planeNumber)};
-    planes[2].origin = glm::dvec3(farAway);
-    std::array<double, 3> deviations;
-    for (std::size_t i = 0; i < 3; ++i)
-        deviations[i] = check(region, divide(region, planes[i]), area);
+    double worst = 0.0;
+    for (const unsigned number : planes) {
+        Plane plane = number == asItIs ? Plane() : rotated(number);
+        plane.origin = origin;
+        worst = std::max(worst, check(region, divide(region, plane), area));
+    }
+    return worst;
+}
+
+/// Deviations of a region as it is, in planes, and far away: as it is as well as in those planes.
+std::array<double, 3> checkInThreePositions(const FlatRegion& region, std::vector<unsigned> planes)
+{
+    const double area = region.area();
+    std::array<double, 3> deviations = {checkIn(region, area, {asItIs}, glm::dvec3(0.0)),
+                                        checkIn(region, area, planes, glm::dvec3(0.0)), 0.0};
+    planes.push_back(asItIs);
+    deviations[2] = checkIn(region, area, planes, glm::dvec3(farAway));
     return deviations;
+}
+
+std::vector<unsigned> everyPlane(unsigned step)
+{
+    std::vector<unsigned> planes;
+    for (unsigned number = 0; number < planeCount; number += step)
+        planes.push_back(number);
+    return planes;
+}
+
+void print(const std::string& name, std::size_t points, const std::array<double, 3>& deviations)
+{
+    std::printf("%-24s %6zu points  as it is %.1e  rotated %.1e  far away %.1e\n", name.c_str(), points,
+                deviations[0], deviations[1], deviations[2]);
+}
+
+/// Real regions that are hard to divide, where they lie beside the repository.
+std::vector<FlatRegion> realRegions()
+{
+    return regionsOfFolder(V3D_SOURCE_DIR "/../shared/data/polygons");
 }
 
 double millisecondsOf(const std::function<void()>& work)
@@ -187,24 +224,29 @@ void tessellateAlone(const FlatRegion::Contour& contour)
 
 } // namespace
 
-// Random regions and, where they lie beside the repository, real ones that are hard to divide: these in all
-// planes, the large ones among them in some.
+// Random regions in one plane each, and real ones: these in all planes, the large ones among them in some.
 TEST(Triangulation, RegionsKeepTheirAreasInFiftyPlanes)
 {
-    for (unsigned number = 0; number < 1000; ++number) {
-        const FlatRegion region = randomRegion(number);
-        checkInThreePlaces(region, number / 5, region.area());
-    }
-    for (const FlatRegion& region : regionsOfFolder(V3D_SOURCE_DIR "/../shared/data/polygons")) {
-        const double area = region.area();
-        std::array<double, 3> deviations = {};
-        for (unsigned plane = 0; plane < 50; plane += region.pointCount() < 200 ? 1 : 25) {
-            const std::array<double, 3> found = checkInThreePlaces(region, plane, area);
+    for (unsigned number = 0; number < 1000; ++number)
+        checkInThreePositions(randomRegion(number), {number / 5});
+    for (const FlatRegion& region : realRegions())
+        print(region.name, region.pointCount(),
+              checkInThreePositions(region, everyPlane(region.pointCount() < 200 ? 1 : 25)));
+}
+
+// A minute of work: to be run by hand where the division changes.
+TEST(Triangulation, DISABLED_EveryRegionKeepsItsAreaInEveryPlane)
+{
+    for (const FlatRegion& region : realRegions())
+        print(region.name, region.pointCount(), checkInThreePositions(region, everyPlane(1)));
+    for (unsigned kind = 0; kind < 5; ++kind) {
+        std::array<double, 3> worst = {};
+        for (unsigned number = kind; number < 1000; number += 5) {
+            const std::array<double, 3> found = checkInThreePositions(randomRegion(number), everyPlane(1));
             for (std::size_t i = 0; i < 3; ++i)
-                deviations[i] = std::max(deviations[i], found[i]);
+                worst[i] = std::max(worst[i], found[i]);
         }
-        std::printf("%-24s %6zu points  as it is %.1e  rotated %.1e  far away %.1e\n", region.name.c_str(),
-                    region.pointCount(), deviations[0], deviations[1], deviations[2]);
+        print("200 of " + randomRegion(kind).name, 0, worst);
     }
 }
 
@@ -225,7 +267,7 @@ TEST(Triangulation, ABowWithoutNetAreaIsFilled)
 {
     const FlatRegion bow{"bow", {{{0, 0}, {2, 2}, {2, 0}, {0, 2}}}};
     for (unsigned number = 0; number < 50; ++number)
-        checkInThreePlaces(bow, number, bow.area());
+        checkInThreePositions(bow, {number});
 }
 
 TEST(Triangulation, TwelveThousandPointsTakeNotMuchLongerThanTheTessellatorAlone)
