@@ -164,14 +164,18 @@ MeshData FeatureAreas::meshOf(const FeatureElement& feature, const FeatureStyle&
             for (const glm::dvec3& point : roofs[i].points)
                 region.points.push_back(point - origin);
             region.ringEnds.push_back(static_cast<std::uint32_t>(region.points.size()));
-            if (!isRaised || roofs[i].points.empty()) continue;
+        }
+        const std::size_t before = areas.size();
+        if (!surfaces.add(region, areas))
+            ksp::Log::error(QStringLiteral("polygon %1: it encloses no area").arg(quoted(feature.getName())));
+        const bool hasRoof = areas.size() > before; // else it is left out as a whole
+        for (std::size_t i = first; i < last && isRaised && hasRoof; ++i) {
+            if (roofs[i].points.empty()) continue;
             std::vector<glm::dvec3> ring;
             for (const glm::dvec3& point : grounds[i].points)
                 ring.push_back(point - origin);
             wallMesh.add(ring, i > first, roofs[i].points[0].z - origin.z);
         }
-        if (!surfaces.add(region, areas))
-            ksp::Log::error(QStringLiteral("polygon %1: it encloses no area").arg(quoted(feature.getName())));
     });
     addPart(mesh, walls, style.wall);
     addPart(mesh, areas, style.fill);
