@@ -11,18 +11,18 @@
 Drawable3dItem::Drawable3dItem() = default;
 
 Drawable3dItem::Drawable3dItem(Drawable3dItem&& other) noexcept
-    : m_drawer(std::exchange(other.m_drawer, nullptr))
-    , m_scene(std::exchange(other.m_scene, nullptr))
+    : m_drawer(std::move(other.m_drawer))
+    , m_scene(std::move(other.m_scene))
     , m_transform(other.m_transform)
     , m_drawerIndex(std::exchange(other.m_drawerIndex, -1))
+    , m_pixelReach(other.m_pixelReach)
+    , m_promisingType(other.m_promisingType)
     , m_visible(other.m_visible)
     , m_drawsOpaque(other.m_drawsOpaque)
     , m_isSolid(other.m_isSolid)
     , m_showsItemColors(other.m_showsItemColors)
     , m_isUntextured(other.m_isUntextured)
     , m_isUnlit(other.m_isUnlit)
-    , m_promisingType(other.m_promisingType)
-    , m_pixelReach(other.m_pixelReach)
 {
     if (m_drawer) m_drawer->replaceItem(m_drawerIndex, this);
 }
@@ -63,12 +63,12 @@ void Drawable3dItem::draw2d(QPainter&, std::function<QPointF(glm::dvec3)>, doubl
 
 Item3dDrawer* Drawable3dItem::getDrawer() const
 {
-    return m_drawer;
+    return m_drawer.get();
 }
 
 Scene3d* Drawable3dItem::scene() const
 {
-    return m_scene;
+    return m_scene.get();
 }
 
 void Drawable3dItem::setDrawer(Item3dDrawer* drawer)
@@ -112,8 +112,6 @@ const InteractiveGraphicsItem* Drawable3dItem::hostItem() const
 {
     if (!m_hostItemKnown) {
         m_hostItem = dynamic_cast<const InteractiveGraphicsItem*>(this);
-        m_drawId = m_hostItem ? static_cast<std::uint64_t>(m_hostItem->getId())
-                              : reinterpret_cast<std::uintptr_t>(this);
         m_hostItemKnown = true;
     }
     return m_hostItem;
@@ -121,6 +119,6 @@ const InteractiveGraphicsItem* Drawable3dItem::hostItem() const
 
 std::uint64_t Drawable3dItem::drawId() const
 {
-    hostItem();
-    return m_drawId;
+    const InteractiveGraphicsItem* item = hostItem();
+    return item ? static_cast<std::uint64_t>(item->getId()) : reinterpret_cast<std::uintptr_t>(this);
 }

@@ -1,9 +1,9 @@
 #pragma once
 
 #include <Viewer3dModule/drawables/Drawable3dPrimitive.h>
+#include <framework/ksp/CGuardedObject.h>
 
 #include <QtCore/QPointF>
-#include <QtCore/QPointer>
 
 #include <functional>
 #include <limits>
@@ -133,25 +133,22 @@ private:
     /// its address.
     std::uint64_t drawId() const;
 
-    QPointer<Item3dDrawer> m_drawer;
-    QPointer<Scene3d> m_scene;
+    ksp::GuardedPtr<Item3dDrawer> m_drawer;
+    ksp::GuardedPtr<Scene3d> m_scene;
     glm::mat4 m_transform = glm::mat4(1.0f);
     int m_drawerIndex = -1;
     int m_indexPlace = NoIndexPlace; // where the scene's ItemIndex has it
     int m_indexWaiting = -1;         // and among those that changed
     std::uint32_t m_transformRevision = 0;
     std::uint32_t m_drawingRevision = 0;
+    float m_pixelReach = 32.0f; // pens and points up to 64 pixels wide
+    const std::type_info* m_promisingType = nullptr;
+    mutable const InteractiveGraphicsItem* m_hostItem = nullptr; // found at the first call and kept
+    mutable bool m_hostItemKnown = false;
     bool m_visible = true;
     bool m_drawsOpaque = false;
     bool m_isSolid = false;
     bool m_showsItemColors = false;
     bool m_isUntextured = false;
     bool m_isUnlit = false;
-    const std::type_info* m_promisingType = nullptr;
-    float m_pixelReach = 32.0f; // pens and points up to 64 pixels wide
-
-    // Found at the first call and kept.
-    mutable bool m_hostItemKnown = false;
-    mutable const InteractiveGraphicsItem* m_hostItem = nullptr;
-    mutable std::uint64_t m_drawId = 0;
 };

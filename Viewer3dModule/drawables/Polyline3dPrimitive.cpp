@@ -42,9 +42,8 @@ Polyline3dPrimitive::Polyline3dPrimitive(Storage storage)
 }
 
 Polyline3dPrimitive::Polyline3dPrimitive(Polyline3dPrimitive&& other) noexcept
-    : m_buffer(std::move(other.m_buffer))
+    : m_buffers(std::move(other.m_buffers))
     , m_slice(std::move(other.m_slice))
-    , m_endIndices(std::move(other.m_endIndices))
     , m_vertexCount(std::exchange(other.m_vertexCount, 0))
     , m_storage(other.m_storage)
 {
@@ -53,9 +52,8 @@ Polyline3dPrimitive::Polyline3dPrimitive(Polyline3dPrimitive&& other) noexcept
 Polyline3dPrimitive& Polyline3dPrimitive::operator=(Polyline3dPrimitive&& other) noexcept
 {
     Polyline3dPrimitive taken(std::move(other));
-    std::swap(m_buffer, taken.m_buffer);
+    std::swap(m_buffers, taken.m_buffers);
     std::swap(m_slice, taken.m_slice);
-    std::swap(m_endIndices, taken.m_endIndices);
     m_vertexCount = taken.m_vertexCount;
     m_storage = taken.m_storage;
     return *this;
@@ -63,12 +61,18 @@ Polyline3dPrimitive& Polyline3dPrimitive::operator=(Polyline3dPrimitive&& other)
 
 Polyline3dPrimitive::~Polyline3dPrimitive() = default;
 
+Polyline3dPrimitive::Buffers& Polyline3dPrimitive::buffers()
+{
+    if (!m_buffers) m_buffers = std::make_unique<Buffers>();
+    return *m_buffers;
+}
+
 void Polyline3dPrimitive::setVertices(const std::vector<glm::vec3>& vertices)
 {
     OpenGLFunctions* gl = getGLFunctions();
     if (!gl) return;
     if (m_storage == Storage::Own) {
-        m_buffer.upload(*gl, vertices, GL_DYNAMIC_DRAW);
+        buffers().vertices.upload(*gl, vertices, GL_DYNAMIC_DRAW);
     } else {
         if (m_slice.count() != vertices.size())
             m_slice = vertex_pool::Slice(*gl, positionsOnly, vertices.size());
@@ -83,7 +87,7 @@ void Polyline3dPrimitive::setVertex(int index, const glm::vec3& vertex)
     if (!gl || index < 0 || index >= m_vertexCount) return;
     const auto place = static_cast<std::size_t>(index);
     if (m_storage == Storage::Own)
-        m_buffer.replace(*gl, place, vertex);
+        buffers().vertices.replace(*gl, place, vertex);
     else
         m_slice.write(*gl, 0, place, &vertex, 1);
 }
@@ -110,7 +114,7 @@ glm::vec3 Polyline3dPrimitive::getVertex(int index)
 
 unsigned int Polyline3dPrimitive::buffer() const
 {
-    return m_storage == Storage::Own ? m_buffer.name() : m_slice.buffer(0);
+    return m_storage == Storage::Own ? getVBO() : m_slice.buffer(0);
 }
 
 // The number that the first vertex has in draw calls. Slices of one buffer are told apart by it alone, so
@@ -211,11 +215,9 @@ void Polyline3dPrimitive::drawWithAdjacency(VertexArrayBinding& binding, Range r
 {
     if (range.count < 2) return;
     OpenGLFunctions& gl = binding.gl();
-    if (!m_endIndices) {
-        m_endIndices = std::make_unique<GlBuffer>();
-        m_endIndices->upload(gl, endIndices, GL_STATIC_DRAW);
-    }
-    binding.setIndices(*m_endIndices);
+    GlBuffer& indices = buffers().endIndices;
+    if (indices.name() == 0) indices.upload(gl, endIndices, GL_STATIC_DRAW);
+    binding.setIndices(indices);
     const auto drawEnd = [&gl, instances](EndSegment segment, int vertex) {
         gl.glDrawElementsInstancedBaseVertex(GL_LINES_ADJACENCY, 4, GL_UNSIGNED_INT, offsetOf(segment),
                                              instances, vertex);

@@ -74,7 +74,7 @@ public:
 
     /// For items that answer for the buffer of theirs.
     int getVertexCount() const override { return m_vertexCount; }
-    unsigned int getVBO() const override { return m_buffer.name(); }
+    unsigned int getVBO() const override { return m_buffers ? m_buffers->vertices.name() : 0; }
 
 private:
     /// Vertices of the buffer; none when the count is 0.
@@ -89,9 +89,16 @@ private:
     void drawStrip(VertexArrayBinding& binding, std::int32_t primitives, Range range, int instances);
     void drawWithAdjacency(VertexArrayBinding& binding, Range range, int instances);
 
-    GlBuffer m_buffer;                      // of own vertices
-    vertex_pool::Slice m_slice;             // of shared ones
-    std::unique_ptr<GlBuffer> m_endIndices; // made when a program first asks for adjacency
+    /// What a primitive of shared vertices mostly does without.
+    struct Buffers
+    {
+        GlBuffer vertices;   // its own
+        GlBuffer endIndices; // made when a program first asks for adjacency
+    };
+    Buffers& buffers();
+
+    std::unique_ptr<Buffers> m_buffers; // null before one of them is made
+    vertex_pool::Slice m_slice;         // of shared vertices
     int m_vertexCount = 0;
     Storage m_storage;
 };

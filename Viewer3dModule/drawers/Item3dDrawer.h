@@ -4,6 +4,7 @@
 #include <Viewer3dModule/drawables/ItemPass.h>
 #include <Viewer3dModule/drawers/PaintContext.h>
 #include <Viewer3dModule/shaders/Uniforms.h>
+#include <framework/ksp/CGuardedObject.h>
 
 #include <QtCore/QObject>
 #include <QtCore/QPointer>
@@ -26,7 +27,7 @@ class IItem3dSelectionProvider;
 /// All operations that draw or set uniforms run on the thread of the scene's context with a context of the
 /// scene's share group current. None throws; without a current 4.3 core function table they keep
 /// their books (model matrices) and draw nothing.
-class VIEWER3DMODULE_EXPORT Item3dDrawer : public QObject
+class VIEWER3DMODULE_EXPORT Item3dDrawer : public QObject, public ksp::CGuardedObject
 {
 public:
     using Filter = std::function<bool(Drawable3dItem*)>;

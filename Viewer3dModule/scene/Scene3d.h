@@ -56,7 +56,9 @@ struct SelectionOptions;
 ///
 /// Unless a comment says otherwise, operations on items, drawers and programs make the scene's context
 /// current and leave it so.
-class VIEWER3DMODULE_EXPORT Scene3d : public QObject, public InteractiveGraphicsScene
+class VIEWER3DMODULE_EXPORT Scene3d : public QObject,
+                                      public InteractiveGraphicsScene,
+                                      public ksp::CGuardedObject
 {
     Q_OBJECT
 public:

@@ -38,7 +38,7 @@ PropertyList withoutDoubles(PropertyList properties)
     return result;
 }
 
-void storeProperties(CQtArchive& archive, PropertyList& properties)
+void storeProperties(CQtArchive& archive, PropertyList properties)
 {
     archive.writeUInt(static_cast<std::uint32_t>(properties.size()));
     for (auto& property : properties) {
@@ -76,8 +76,8 @@ CModelElement::CModelElement(const CModelElement& other)
     , m_name(other.m_name)
     , m_visible(other.m_visible)
     , m_highlighted(other.m_highlighted)
-    , m_properties(other.m_properties)
 {
+    takeProperties(other.properties());
 }
 
 CModelElement& CModelElement::operator=(const CModelElement& other)
@@ -85,11 +85,22 @@ CModelElement& CModelElement::operator=(const CModelElement& other)
     m_name = other.m_name;
     m_visible = other.m_visible;
     m_highlighted = other.m_highlighted;
-    m_properties = other.m_properties;
+    takeProperties(other.properties());
     return *this;
 }
 
 CModelElement::~CModelElement() = default;
+
+const CModelElement::Properties& CModelElement::properties() const
+{
+    static const Properties none;
+    return m_properties ? *m_properties : none;
+}
+
+void CModelElement::takeProperties(Properties properties)
+{
+    m_properties = properties.empty() ? nullptr : std::make_unique<Properties>(std::move(properties));
+}
 
 void CModelElement::setName(const QString& name)
 {
@@ -115,37 +126,39 @@ void CModelElement::setHighlighted(bool highlighted)
 QStringList CModelElement::getPropertyNames() const
 {
     QStringList names;
-    names.reserve(static_cast<int>(m_properties.size()));
-    for (const auto& property : m_properties)
+    names.reserve(static_cast<int>(properties().size()));
+    for (const auto& property : properties())
         names.append(property.first);
     return names;
 }
 
 QVariant CModelElement::getProperty(const QString& name) const
 {
-    const auto found = findProperty(m_properties, name);
-    return found == m_properties.end() ? QVariant() : found->second;
+    const auto found = findProperty(properties(), name);
+    return found == properties().end() ? QVariant() : found->second;
 }
 
 bool CModelElement::setProperty(const QString& name, const QVariant& value)
 {
     if (name.isEmpty()) return false;
-    const auto found = findProperty(m_properties, name);
-    const bool present = found != m_properties.end();
-    if (present ? isSame(found->second, value) : !value.isValid()) return true;
-    if (!present)
-        m_properties.emplace_back(name, value);
-    else if (value.isValid())
+    if (!m_properties) m_properties = std::make_unique<Properties>();
+    const auto found = findProperty(*m_properties, name);
+    const bool present = found != m_properties->end();
+    const bool changes = present ? !isSame(found->second, value) : value.isValid();
+    if (changes && !present)
+        m_properties->emplace_back(name, value);
+    else if (changes && value.isValid())
         found->second = value;
-    else
-        m_properties.erase(found);
-    notifyObservers();
+    else if (changes)
+        m_properties->erase(found);
+    if (m_properties->empty()) m_properties.reset();
+    if (changes) notifyObservers();
     return true;
 }
 
 void CModelElement::setProperties(std::vector<std::pair<QString, QVariant>> properties)
 {
-    m_properties = withoutDoubles(std::move(properties));
+    takeProperties(withoutDoubles(std::move(properties)));
     notifyObservers();
 }
 
@@ -160,13 +173,13 @@ void CModelElement::serialize(CQtArchive& archive)
     if (archive.isLoading())
         loaded = loadProperties(archive);
     else
-        storeProperties(archive, m_properties);
+        storeProperties(archive, properties());
     archive.endObject(1);
     archive.finish();
     if (!archive.isLoading()) return;
     m_name = name;
     m_visible = visible;
-    m_properties.swap(loaded);
+    takeProperties(std::move(loaded));
 }
 
 void CModelElement::takeStored(CModelElement& loaded)

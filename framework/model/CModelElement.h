@@ -8,6 +8,8 @@
 #include <framework/model/IPropertyHolder.h>
 #include <framework/model/ISubject.h>
 
+#include <cstdint>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -81,12 +83,16 @@ protected:
 private:
     friend class CModelElementManager;
     friend class ProjectFile;
+    using Properties = std::vector<std::pair<QString, QVariant>>;
+    const Properties& properties() const;
+    void takeProperties(Properties properties);
+
     LONGID m_id = 0;
     ksp::GuardedPtr<CModelElement> m_owner;
     CModelElementManager* m_manager = nullptr;
-    std::size_t m_position = 0; // in the manager's list
     QString m_name;
+    std::unique_ptr<Properties> m_properties; // null while there are none
+    std::uint32_t m_position = 0;             // in the manager's list
     bool m_visible = true;
     bool m_highlighted = false;
-    std::vector<std::pair<QString, QVariant>> m_properties;
 };

@@ -143,7 +143,7 @@ CModelElement* CModelElementManager::keep(std::unique_ptr<CModelElement> element
 {
     element->m_id = m_model->claimId(element.get(), element->m_id);
     element->m_manager = this;
-    element->m_position = m_elements.size();
+    element->m_position = static_cast<std::uint32_t>(m_elements.size());
     m_elements.push_back(std::move(element));
     return m_elements.back().get();
 }
@@ -164,7 +164,7 @@ void CModelElementManager::closeGaps()
     if (m_gaps <= m_elements.size() / 2) return;
     m_elements.erase(std::remove(m_elements.begin(), m_elements.end(), nullptr), m_elements.end());
     for (std::size_t i = 0; i < m_elements.size(); ++i)
-        m_elements[i]->m_position = i;
+        m_elements[i]->m_position = static_cast<std::uint32_t>(i);
     m_gaps = 0;
 }
 

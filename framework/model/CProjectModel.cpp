@@ -4,9 +4,9 @@
 #include <framework/ksp/runGuarded.h>
 #include <framework/model/CModelElement.h>
 #include <framework/model/CModelElementManager.h>
+#include <framework/model/ElementTable.h>
 
 #include <algorithm>
-#include <unordered_map>
 #include <unordered_set>
 
 struct CProjectModel::Private
@@ -16,7 +16,7 @@ struct CProjectModel::Private
     std::vector<std::pair<int, std::unique_ptr<ModelInitializer>>> initializers;
     std::size_t initializersRun = 0;
     bool initialized = false;
-    std::unordered_map<LONGID, CModelElement*> elements;
+    ElementTable elements;
     LONGID nextId = 1;
 };
 
@@ -56,8 +56,7 @@ std::vector<CModelElementManager*> CProjectModel::getItemManagers() const
 
 CModelElement* CProjectModel::getElement(LONGID id) const
 {
-    const auto found = m_private->elements.find(id);
-    return found == m_private->elements.end() ? nullptr : found->second;
+    return m_private->elements.find(id);
 }
 
 int CProjectModel::getElementsCount() const
@@ -135,9 +134,9 @@ const ModelElementCreator* CProjectModel::getCreator(int type) const
 // nobody has, a fresh one otherwise.
 LONGID CProjectModel::claimId(CModelElement* element, LONGID wanted)
 {
-    if (wanted <= 0 || wanted > largestId() || !m_private->elements.emplace(wanted, element).second) {
+    if (wanted <= 0 || wanted > largestId() || !m_private->elements.add(wanted, *element)) {
         wanted = m_private->nextId;
-        m_private->elements.emplace(wanted, element);
+        m_private->elements.add(wanted, *element);
     }
     m_private->nextId = std::max(m_private->nextId, wanted + 1);
     return wanted;
@@ -145,7 +144,7 @@ LONGID CProjectModel::claimId(CModelElement* element, LONGID wanted)
 
 void CProjectModel::releaseId(LONGID id)
 {
-    m_private->elements.erase(id);
+    m_private->elements.remove(id);
 }
 
 LONGID CProjectModel::getNextId() const

@@ -26,5 +26,4 @@ private:
     friend class ISubject;
     friend struct Observation;
     Observation* m_first = nullptr;
-    Observation* m_last = nullptr;
 };

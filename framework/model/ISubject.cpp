@@ -3,45 +3,70 @@
 #include <framework/model/IObserver.h>
 #include <framework/model/Observation.h>
 
-// A run through the observers. The cursor stands on the next one to tell, which Observation::cut moves when
-// that one leaves; observers that came after the run began have a serial beyond the limit.
+namespace {
+
+using Link = Observation* Observation::*;
+
+template <Link Previous, Link Next>
+void append(Observation*& first, Observation* tie)
+{
+    tie->*Previous = first ? first->*Previous : tie;
+    (first ? first->*Previous->*Next : first) = tie;
+    first->*Previous = tie;
+}
+
+template <Link Previous, Link Next>
+void takeOut(Observation*& first, Observation* tie)
+{
+    Observation* const next = tie->*Next;
+    if (Observation* nextOrFirst = next ? next : first) nextOrFirst->*Previous = tie->*Previous;
+    (tie == first ? first : tie->*Previous->*Next) = next;
+}
+
+} // namespace
+
+// A run through the observers that were there when it began. The cursor stands on the next one to tell and
+// the end on the last one; where one of them leaves, Observation::cut moves them. Runs that others cause lie
+// within.
 struct ISubject::Notification
 {
-    explicit Notification(ISubject* of)
-        : subject(of)
-        , outer(of->m_notification)
-        , cursor(of->m_first)
-        , limit(of->m_nextSerial)
+    explicit Notification(const ISubject& of)
+        : outer(innermost)
+        , cursor(of.m_first)
+        , end(cursor ? cursor->previousObserver : nullptr)
     {
-        of->m_notification = this;
+        innermost = this;
     }
-    ~Notification()
-    {
-        if (subject) subject->m_notification = outer;
-    }
+    ~Notification() { innermost = outer; }
     Notification(const Notification&) = delete;
     Notification& operator=(const Notification&) = delete;
 
     IObserver* takeNext()
     {
-        if (!subject || !cursor || cursor->serial >= limit) return nullptr;
+        if (!cursor) return nullptr;
         IObserver* observer = cursor->observer;
-        cursor = cursor->nextObserver;
+        advance();
         return observer;
     }
+    void skip(const Observation* tie)
+    {
+        if (cursor == tie) advance();
+        if (end == tie) end = tie->previousObserver;
+    }
+    void advance() { cursor = cursor == end ? nullptr : cursor->nextObserver; }
 
-    ISubject* subject; // null: destroyed
+    static thread_local Notification* innermost;
     Notification* outer;
-    Observation* cursor;
-    std::uint64_t limit;
+    Observation* cursor; // null: all are told
+    const Observation* end;
 };
+
+thread_local ISubject::Notification* ISubject::Notification::innermost = nullptr;
 
 ISubject::~ISubject()
 {
     while (m_first)
         Observation::cut(m_first);
-    for (Notification* run = m_notification; run; run = run->outer)
-        run->subject = nullptr;
 }
 
 void ISubject::addObserver(IObserver* observer)
@@ -54,20 +79,12 @@ void ISubject::removeObserver(IObserver* observer)
     if (Observation* tie = observer ? Observation::find(*this, *observer) : nullptr) Observation::cut(tie);
 }
 
-// GCC does not see that the run takes itself off the subject, or that the subject is gone.
-#if defined(__GNUC__) && !defined(__clang__)
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wdangling-pointer"
-#endif
 void ISubject::notifyObservers()
 {
-    Notification run(this);
+    Notification run(*this);
     while (IObserver* observer = run.takeNext())
         observer->updateData(this);
 }
-#if defined(__GNUC__) && !defined(__clang__)
-#pragma GCC diagnostic pop
-#endif
 
 std::vector<IObserver*> ISubject::getObservers() const
 {
@@ -95,25 +112,15 @@ void Observation::tie(ISubject& subject, IObserver& observer)
     auto* tie = new Observation;
     tie->subject = &subject;
     tie->observer = &observer;
-    tie->serial = subject.m_nextSerial++;
-    tie->previousObserver = subject.m_last;
-    (subject.m_last ? subject.m_last->nextObserver : subject.m_first) = tie;
-    subject.m_last = tie;
-    tie->previousSubject = observer.m_last;
-    (observer.m_last ? observer.m_last->nextSubject : observer.m_first) = tie;
-    observer.m_last = tie;
+    append<&Observation::previousObserver, &Observation::nextObserver>(subject.m_first, tie);
+    append<&Observation::previousSubject, &Observation::nextSubject>(observer.m_first, tie);
 }
 
 void Observation::cut(Observation* tie)
 {
-    ISubject& s = *tie->subject;
-    IObserver& o = *tie->observer;
-    for (ISubject::Notification* run = s.m_notification; run; run = run->outer) {
-        if (run->cursor == tie) run->cursor = tie->nextObserver;
-    }
-    (tie->previousObserver ? tie->previousObserver->nextObserver : s.m_first) = tie->nextObserver;
-    (tie->nextObserver ? tie->nextObserver->previousObserver : s.m_last) = tie->previousObserver;
-    (tie->previousSubject ? tie->previousSubject->nextSubject : o.m_first) = tie->nextSubject;
-    (tie->nextSubject ? tie->nextSubject->previousSubject : o.m_last) = tie->previousSubject;
+    for (ISubject::Notification* run = ISubject::Notification::innermost; run; run = run->outer)
+        run->skip(tie);
+    takeOut<&Observation::previousObserver, &Observation::nextObserver>(tie->subject->m_first, tie);
+    takeOut<&Observation::previousSubject, &Observation::nextSubject>(tie->observer->m_first, tie);
     delete tie;
 }

@@ -2,7 +2,6 @@
 
 #include <framework/HostFramework_export.h>
 
-#include <cstdint>
 #include <vector>
 
 class IObserver;
@@ -33,7 +32,4 @@ private:
     friend struct Observation;
     struct Notification;
     Observation* m_first = nullptr;
-    Observation* m_last = nullptr;
-    std::uint64_t m_nextSerial = 0;
-    Notification* m_notification = nullptr; // the innermost one that runs
 };

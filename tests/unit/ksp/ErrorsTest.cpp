@@ -50,6 +50,26 @@ TEST(GuardedPtr, copyOfTheObjectHasWatchersOfItsOwn)
     EXPECT_EQ(pointer.get(), &copy);
 }
 
+TEST(GuardedPtr, copiesAndMovesWatchTheSameObject)
+{
+    auto object = std::make_unique<ksp::CGuardedObject>();
+    ksp::CGuardedObject other;
+    ksp::GuardedPtr<ksp::CGuardedObject> first(object.get()), second(&other), third;
+    EXPECT_EQ(third.get(), nullptr);
+    second = first;
+    third = std::move(first);
+    EXPECT_EQ(second.get(), object.get());
+    EXPECT_EQ(third.get(), object.get());
+    EXPECT_EQ(first.get(), nullptr);
+    second = second;
+    EXPECT_EQ(second.get(), object.get());
+    third = nullptr;
+    object.reset();
+    EXPECT_EQ(second.get(), nullptr);
+    second = &other;
+    EXPECT_EQ(second.get(), &other);
+}
+
 TEST(Translater, textStaysWithoutATranslation)
 {
     EXPECT_EQ(CTranslater::GetInstance().translate("Scene", "Größe"), QString::fromUtf8("Größe"));

@@ -2,8 +2,11 @@
 
 #include <framework/model/COrdinaryItemCreator.h>
 #include <framework/model/CProjectModel.h>
+#include <framework/model/ElementTable.h>
 #include <tests/support/LogTrap.h>
 
+#include <map>
+#include <random>
 #include <stdexcept>
 
 using testing::ElementsAre;
@@ -190,4 +193,44 @@ TEST(ProjectModel, LaterCreatorOfATypeReplacesTheEarlier)
     model.registerCreator(std::move(second));
     EXPECT_EQ(model.getCreator(0x101), last);
     EXPECT_EQ(last->create()->getType(), 0x101);
+}
+
+// Beside a map of the standard library, with identifiers that lie close and far apart.
+TEST(ElementTable, FindsWhatWasAddedAndNotRemoved)
+{
+    std::vector<PointElement> elements(64);
+    const std::vector<LONGID> ids = {1,
+                                     2,
+                                     3,
+                                     14,
+                                     15,
+                                     16,
+                                     17,
+                                     31,
+                                     32,
+                                     33,
+                                     1'000'000,
+                                     1'000'001,
+                                     -1,
+                                     -16,
+                                     0,
+                                     CProjectModel::largestId(),
+                                     std::numeric_limits<LONGID>::max()};
+    ElementTable table;
+    std::map<LONGID, CModelElement*> expected;
+    std::mt19937 random(7);
+    for (int i = 0; i < 5000; ++i) {
+        const LONGID id = ids[random() % ids.size()];
+        if (random() % 2 == 0) {
+            PointElement& element = elements[random() % elements.size()];
+            EXPECT_EQ(table.add(id, element), expected.emplace(id, &element).second);
+        } else {
+            table.remove(id);
+            expected.erase(id);
+        }
+        for (const LONGID other : ids) {
+            const auto found = expected.find(other);
+            ASSERT_EQ(table.find(other), found == expected.end() ? nullptr : found->second) << other;
+        }
+    }
 }

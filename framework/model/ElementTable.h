@@ -1,0 +1,31 @@
+#pragma once
+
+#include <framework/HostFramework_export.h>
+#include <framework/ksp/LONGID.h>
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <unordered_map>
+
+class CModelElement;
+
+/// Elements by identifier. Identifiers that follow one another, as most do, share an entry: an element takes
+/// some ten bytes.
+class HOSTFRAMEWORK_EXPORT ElementTable
+{
+public:
+    /// The element with the identifier, or null.
+    CModelElement* find(LONGID id) const;
+    /// False, and nothing happens, where the identifier has an element already. The element is not owned.
+    bool add(LONGID id, CModelElement& element);
+    void remove(LONGID id);
+
+private:
+    static constexpr std::size_t span = 16;
+    using Stretch = std::array<CModelElement*, span>; // of identifiers that follow one another
+
+    static std::uint64_t stretchOf(LONGID id) { return static_cast<std::uint64_t>(id) / span; }
+
+    std::unordered_map<std::uint64_t, Stretch> m_stretches; // none without an element
+};
