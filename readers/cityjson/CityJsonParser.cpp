@@ -66,6 +66,12 @@ CityJsonParser::Elements CityJsonParser::parse(const QByteArray& bytes)
             throw ksp::CommonError(QStringLiteral("text %1: %2").arg(number + 1).arg(error.text()));
         }
     }
+    if (!m_isAnyWanted && m_coarsestLeft)
+        ksp::Log::warning(
+            QStringLiteral("%1: nothing is as coarse as level of detail %2, the coarsest geometry has %3")
+                .arg(m_path)
+                .arg(*m_lod)
+                .arg(*m_coarsestLeft));
     return std::move(m_elements);
 }
 
@@ -251,7 +257,11 @@ bool CityJsonParser::wants(double lod, CityGeometryBuilder& builder)
 {
     constexpr double nextLevel = 1.0;
     const bool isWhole = m_lod && std::floor(*m_lod) == *m_lod;
-    if (m_lod && (isWhole ? lod >= *m_lod + nextLevel : lod > *m_lod)) return false;
+    if (m_lod && (isWhole ? lod >= *m_lod + nextLevel : lod > *m_lod)) {
+        m_coarsestLeft = std::min(lod, m_coarsestLeft.value_or(lod));
+        return false;
+    }
+    m_isAnyWanted = true;
     if (m_hasGeometry && lod < m_finest) return false;
     if (m_hasGeometry && lod > m_finest) builder.take();
     m_finest = lod;

@@ -63,6 +63,8 @@ private:
     bool m_hasHeader = false;
     double m_finest = -1.0; // of the geometries of the object under way
     bool m_hasGeometry = false;
+    bool m_isAnyWanted = false;                               // of all geometries
+    std::optional<double> m_coarsestLeft;                     // the coarsest one that is finer than wanted
     std::vector<std::pair<std::size_t, QString>> m_relatives; // that elements name
     Elements m_elements;
 };

@@ -400,6 +400,22 @@ TEST_F(CityJsonTest, FinestLevelOfDetailUnlessACoarserOneIsWanted)
     EXPECT_EQ(geometryOf(all, 1.0).pieces.size(), 1u);
     EXPECT_EQ(geometryOf(all, 1.1).pieces.size(), 0u);
     EXPECT_EQ(geometryOf(all, 0.0).pieces.size(), 0u) << "still an object";
+    EXPECT_EQ(LogTrap::take().size(), 1);
+}
+
+// Otherwise the picture is empty, and nobody knows why.
+TEST_F(CityJsonTest, SaysSoWhenNothingIsAsCoarseAsWanted)
+{
+    const auto level = [](const char* lod) {
+        return QByteArray(R"({"type":"MultiPoint","lod":")") + lod + R"(","boundaries":[0]})";
+    };
+    geometryOf(level("2.1") + "," + level("1.3"), 0.0);
+    EXPECT_EQ(LogTrap::take(), QStringList{folder.filePath("file.city.json") +
+                                           ": nothing is as coarse as level of detail 0, the coarsest "
+                                           "geometry has 1.3"});
+    geometryOf(level("2.1") + "," + level("1.3"), 1.0);
+    readFile(city(object({})), 0.0); // has no geometry at all
+    EXPECT_TRUE(LogTrap::take().isEmpty());
 }
 
 TEST_F(CityJsonTest, ObjectsHaveNamesParentsAndAttributes)
