@@ -149,7 +149,7 @@ BatchedItem3dDrawer::~BatchedItem3dDrawer() = default;
 
 std::unique_ptr<Item3dDrawer> BatchedItem3dDrawer::clone() const
 {
-    auto copy = std::make_unique<BatchedItem3dDrawer>(scene(), getDefaultProgram());
+    auto copy = std::make_unique<BatchedItem3dDrawer>(scene(), getProgramToShare());
     copy->setLeastRun(m_leastRun);
     return copy;
 }
@@ -168,7 +168,7 @@ void BatchedItem3dDrawer::drawItems(const PaintContext& context, const Filter& f
 {
     Batches& batches = *m_batches;
     PaintContext alone = context;
-    if (!alone.program) alone.program = getDefaultProgram();
+    if (!alone.program) alone.program = getProgramToShare();
     alone.drawer = this;
     RecordPass& mostly = batches.passFor(usualColors(context));
     if (!mostly.begin(alone, isFenced())) {

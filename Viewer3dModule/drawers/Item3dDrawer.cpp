@@ -7,6 +7,7 @@
 #include <Viewer3dModule/host/Scene3dViewLightingSettings.h>
 #include <Viewer3dModule/host/View3dSettings.h>
 #include <Viewer3dModule/scene/Scene3d.h>
+#include <Viewer3dModule/shaders/DeferredProgram.h>
 #include <Viewer3dModule/shaders/DrawMode.h>
 #include <Viewer3dModule/shaders/ProgramVariants.h>
 #include <framework/graphics/InteractiveGraphicsItem.h>
@@ -139,8 +140,9 @@ bool Item3dDrawer::isFenced() const
 
 bool Item3dDrawer::prepareProgram(PaintContext& context)
 {
-    const bool isVaried = context.program && context.program->isLinked() && currentGLFunctions() &&
-                          context.drawMode != DrawMode::GeometryCapture;
+    const bool isUsable =
+        context.program && (context.program->isLinked() || DeferredProgram::isWaiting(context.program));
+    const bool isVaried = isUsable && currentGLFunctions() && context.drawMode != DrawMode::GeometryCapture;
     if (isVaried) {
         ProgramVariant variant;
         variant.drawsMasks = context.drawMode != DrawMode::OrdinalDraw;
@@ -173,6 +175,8 @@ bool Item3dDrawer::prepareProgram(const PaintContext& context)
     const int viewportInverted = program->uniformLocation("viewport_inverted");
     if (viewportInverted >= 0) uniforms::set(*gl, viewportInverted, glm::inverse(context.viewport));
 
+    if (!gl || !program) return false;
+    DeferredProgram::build(program);
     m_modelLocation = program->uniformLocation("model");
     m_normalMatrixLocation = program->uniformLocation("normalMatrix");
     m_lightDirectionLocation = program->uniformLocation("uLightDirection");

@@ -25,7 +25,7 @@ void PolygonModeDrawer::draw(const PaintContext& context, Filter filter)
 
 std::unique_ptr<Item3dDrawer> PolygonModeDrawer::clone() const
 {
-    return std::make_unique<PolygonModeDrawer>(scene(), getDefaultProgram());
+    return std::make_unique<PolygonModeDrawer>(scene(), getProgramToShare());
 }
 
 PolygonModeScope::PolygonModeScope(OpenGLFunctions& gl, const PaintContext& context, unsigned int mode)

@@ -2,6 +2,7 @@
 
 #include <Viewer3dModule/drawers/IItem3dSelectionProvider.h>
 #include <Viewer3dModule/scene/Scene3d.h>
+#include <Viewer3dModule/shaders/DeferredProgram.h>
 #include <Viewer3dModule/shaders/DrawMode.h>
 #include <Viewer3dModule/shaders/ProgramVariants.h>
 
@@ -39,7 +40,8 @@ bool RecordPass::begin(const PaintContext& context, bool isLimitedByFence)
     m_context = context;
     OpenGLFunctions* gl = currentGLFunctions();
     QOpenGLShaderProgram* plain = m_context.program;
-    if (!gl || !plain || !plain->isLinked() || m_context.drawMode == DrawMode::GeometryCapture) return false;
+    if (!gl || !plain || m_context.drawMode == DrawMode::GeometryCapture) return false;
+    if (!plain->isLinked() && !DeferredProgram::isWaiting(plain)) return false;
     ProgramVariant records;
     records.readsRecords = true;
     records.colors = m_colors;

@@ -5,6 +5,7 @@
 #include <Viewer3dModule/host/View3dSettings.h>
 #include <Viewer3dModule/scene/CurrentContextGuard.h>
 #include <Viewer3dModule/scene/Scene3d.h>
+#include <Viewer3dModule/shaders/DeferredProgram.h>
 #include <Viewer3dModule/shaders/DrawMode.h>
 #include <Viewer3dModule/shaders/ProgramVariants.h>
 #include <framework/graphics/InteractiveGraphicsItem.h>
@@ -169,6 +170,16 @@ SequentialItem3dDrawer::SequentialItem3dDrawer(Scene3d* scene, QOpenGLShaderProg
 }
 
 SequentialItem3dDrawer::~SequentialItem3dDrawer() = default;
+
+QOpenGLShaderProgram* SequentialItem3dDrawer::getDefaultProgram() const
+{
+    if (DeferredProgram::isWaiting(m_defaultProgram)) {
+        const CurrentContextGuard callers;
+        if (scene()) scene()->makeCurrent();
+        DeferredProgram::build(m_defaultProgram);
+    }
+    return m_defaultProgram;
+}
 
 std::unique_ptr<Item3dDrawer> SequentialItem3dDrawer::clone() const
 {

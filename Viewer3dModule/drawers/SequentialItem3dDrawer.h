@@ -17,7 +17,10 @@ public:
     SequentialItem3dDrawer(Scene3d* scene, QOpenGLShaderProgram* defaultProgram);
     ~SequentialItem3dDrawer() override;
 
-    QOpenGLShaderProgram* getDefaultProgram() const { return m_defaultProgram; }
+    /// Those of a scene's default drawers are built when they are first drawn with, or asked for here.
+    QOpenGLShaderProgram* getDefaultProgram() const;
+    /// The same, which may still be to be built: to give it to another sequential drawer.
+    QOpenGLShaderProgram* getProgramToShare() const { return m_defaultProgram; }
     /// The program of geometry capture; not owned. Without one it is built when it is first needed.
     void setGeometryProgram(QOpenGLShaderProgram* program) { m_geometryProgram = program; }
 

@@ -91,15 +91,19 @@ void Scene3d::initializeGLCommon(OpenGLFunctions* functions)
 
 QOpenGLShaderProgram* Scene3d::createProgram(const QStringList& files,
                                              const std::vector<std::string>& defines,
+// Passes that draw masks, or mark items in the selection buffer, have variants that do.
+std::vector<std::string> Scene3d::withColorsOnly(std::vector<std::string> defines)
+{
+    defines.emplace_back("RX_COLORS_ONLY");
+    defines.emplace_back("RX_NO_SELECTION_BUFFER");
+    return defines;
+}
+
                                              const std::vector<std::string>& varyings)
 {
     // Without a context there is nothing to compile with; the constructor has said so.
     if (!makeCurrent()) return new QOpenGLShaderProgram(this);
-    // Passes that draw masks, or mark items in the selection buffer, have variants that do.
-    std::vector<std::string> all = defines;
-    all.emplace_back("RX_COLORS_ONLY");
-    all.emplace_back("RX_NO_SELECTION_BUFFER");
-    return buildShaderProgram(this, files, all, varyings);
+    return buildShaderProgram(this, files, withColorsOnly(defines), varyings);
 }
 
 // --- elements

@@ -351,6 +351,7 @@ private:
     ItemIndex& itemIndex() { return *m_itemIndex; }
     void addDefaultDrawers();
     Item3dSelectionProvider& selectionProvider();
+    static std::vector<std::string> withColorsOnly(std::vector<std::string> defines);
     void drawLocalItems(const PaintContext& context, ItemFilter itemFilter);
     void drawWith(Item3dDrawer& drawer, const PaintContext& context, const ItemFilter& itemFilter);
     void setBounds(const gmx::BoundingBox& bounds);

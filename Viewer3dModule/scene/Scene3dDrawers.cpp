@@ -4,6 +4,7 @@
 #include <Viewer3dModule/drawers/SequentialItem3dDrawer.h>
 #include <Viewer3dModule/scene/CurrentContextGuard.h>
 #include <Viewer3dModule/scene/Scene3d.h>
+#include <Viewer3dModule/shaders/DeferredProgram.h>
 
 void Scene3d::addDrawer(int visibilityType, int drawerType, std::unique_ptr<Item3dDrawer> drawer)
 {
@@ -115,7 +116,7 @@ void Scene3d::addDefaultDrawers()
         QStringList files;
         for (const char* name : {entry.vertex, entry.geometry, entry.fragment})
             if (name) files.append(QStringLiteral("shader:Viewer3dModule/%1.glsl").arg(QLatin1String(name)));
-        QOpenGLShaderProgram* program = createProgram(files, entry.defines, {});
+        auto* program = new DeferredProgram(this, files, withColorsOnly(entry.defines));
         if (hasDepthProgram(entry.type)) m_plainPrograms.insert(program);
         addDefaultDrawer(entry.type, std::make_unique<SequentialItem3dDrawer>(this, program));
     }

@@ -1,5 +1,6 @@
 #include <Viewer3dModule/shaders/ProgramVariants.h>
 
+#include <Viewer3dModule/shaders/DeferredProgram.h>
 #include <Viewer3dModule/shaders/ShaderPreprocessor.h>
 #include <Viewer3dModule/shaders/ShaderProgramBuilder.h>
 #include <Viewer3dModule/shaders/UniformCopy.h>
@@ -37,7 +38,7 @@ bool isPlain(const ProgramVariant& variant)
            !variant.readsRecords && variant.colors == ProgramColors::All && !variant.isUnlit;
 }
 
-/// The variants of one program, whose child this is.
+/// The variants of one program, whose child this is; it is linked or still to be built.
 class Variants : public QObject
 {
 public:
@@ -45,18 +46,20 @@ public:
         : QObject(&program)
         , m_program(program)
         , m_sources(sourcesOf(program))
-        , m_canHaveFence(asksFor("fragment", defineOf(ProgramFence::Sphere)) &&
+        , m_vertex(sourcesWith("vertex"))
+        , m_fragment(sourcesWith("fragment"))
+        , m_canHaveFence(asksFor(m_fragment, defineOf(ProgramFence::Sphere)) &&
                          !has(defineOf(ProgramFence::Sphere)) && !has(defineOf(ProgramFence::Swept)))
-        , m_canDrawMasks(has(withColorsOnly) && asksFor("fragment", withColorsOnly))
-        , m_canMark(has(withoutMarks) && asksFor("fragment", withoutMarks))
-        , m_canReadRecords(asksFor("vertex", withRecords) && !has(withRecords) &&
+        , m_canDrawMasks(has(withColorsOnly) && asksFor(m_fragment, withColorsOnly))
+        , m_canMark(has(withoutMarks) && asksFor(m_fragment, withoutMarks))
+        , m_canReadRecords(asksFor(m_vertex, withRecords) && !has(withRecords) &&
                            !has("RX_USE_INSTANCED_DRAW"))
-        , m_canShowItemColors(asksFor("fragment", withItemColorsOnly))
-        , m_canShowVisibleItems(asksFor("fragment", withVisibleItemsOnly))
-        , m_canShowVisibleVertices(m_sources.files.size() == 2 && asksFor("vertex", withTexCoords) &&
-                                   asksFor("fragment", withoutMaterials))
-        , m_canBeUnlit(has(withNormals) && m_sources.files.size() == 2 && asksFor("vertex", withNormals) &&
-                       asksFor("fragment", withNormals))
+        , m_canShowItemColors(asksFor(m_fragment, withItemColorsOnly))
+        , m_canShowVisibleItems(asksFor(m_fragment, withVisibleItemsOnly))
+        , m_canShowVisibleVertices(m_sources.files.size() == 2 && asksFor(m_vertex, withTexCoords) &&
+                                   asksFor(m_fragment, withoutMaterials))
+        , m_canBeUnlit(has(withNormals) && m_sources.files.size() == 2 && asksFor(m_vertex, withNormals) &&
+                       asksFor(m_fragment, withNormals))
     {
     }
 
@@ -80,22 +83,34 @@ public:
 
     QOpenGLShaderProgram& begin(ProgramVariant wanted)
     {
-        const Variant* variant = findOther(wanted);
+        Variant* variant = findOther(wanted);
         if (!variant) return m_program;
         OpenGLFunctions* gl = currentGLFunctions();
-        if (gl && variant->program->bind()) variant->uniforms->run(*gl, m_program);
+        if (gl && variant->program->bind()) setUniforms(*gl, *variant);
         return *variant->program;
     }
 
 private:
     struct Variant
     {
-        QOpenGLShaderProgram* program = nullptr; ///< null when it cannot be built
-        std::unique_ptr<UniformCopy> uniforms;
+        QOpenGLShaderProgram* program = nullptr;      ///< null when it cannot be built
+        std::unique_ptr<UniformCopy> uniforms;        ///< of the program; made when it has been built
+        std::unique_ptr<UniformValues> firstUniforms; ///< where the program was not when this was
     };
 
+    // A program that is still to be built has all uniforms at their first values, as each variant has.
+    void setUniforms(OpenGLFunctions& gl, Variant& variant)
+    {
+        if (DeferredProgram::isWaiting(&m_program)) {
+            variant.firstUniforms->set(gl);
+            return;
+        }
+        if (!variant.uniforms) variant.uniforms = std::make_unique<UniformCopy>(m_program, *variant.program);
+        variant.uniforms->run(gl, m_program);
+    }
+
     // Null where the program itself is to draw.
-    const Variant* findOther(ProgramVariant wanted)
+    Variant* findOther(ProgramVariant wanted)
     {
         if (!m_canHaveFence) wanted.fence = ProgramFence::None;
         if (!m_canDrawMasks) wanted.drawsMasks = false;
@@ -114,6 +129,7 @@ private:
                    [static_cast<int>(wanted.colors)][wanted.isUnlit];
         if (!variant) variant.emplace(build(wanted));
         if (variant->program) return &*variant;
+        if (!m_program.isLinked()) return nullptr;
         if (wanted.readsRecords)
             wanted.readsRecords = false;
         else if (wanted.fence != ProgramFence::None)
@@ -129,13 +145,19 @@ private:
         return std::find(defines.begin(), defines.end(), define) != defines.end();
     }
 
-    // What only captures or only leaves depths has no stage that could mark or leave out anything.
-    bool asksFor(const char* stage, const char* define) const
+    static bool asksFor(const QString& stage, const char* define)
     {
-        return std::any_of(m_sources.files.begin(), m_sources.files.end(), [&](const QString& file) {
-            return file.contains(QLatin1String(stage)) &&
-                   preprocessShader(file, {}).contains(QLatin1String(define));
-        });
+        return stage.contains(QLatin1String(define));
+    }
+
+    // Of the stages of a kind. What only captures or only leaves depths has none that could mark or leave out
+    // anything.
+    QString sourcesWith(const char* stage) const
+    {
+        QString text;
+        for (const QString& file : m_sources.files)
+            if (file.contains(QLatin1String(stage))) text += preprocessShader(file, {});
+        return text;
     }
 
     Variant build(ProgramVariant wanted)
@@ -152,14 +174,21 @@ private:
         if (wanted.colors == ProgramColors::VisibleVertices) drop(withTexCoords);
         addColors(wanted.colors, defines);
         Variant variant;
-        variant.program = buildShaderProgram(this, m_sources.files, defines, {});
+        variant.program = new QOpenGLShaderProgram(this);
+        setSources(*variant.program, {m_sources.files, defines});
+        const QStringList errors = buildFromSources(*variant.program, {});
         if (variant.program->isLinked()) {
-            variant.uniforms = std::make_unique<UniformCopy>(m_program, *variant.program);
+            if (DeferredProgram::isWaiting(&m_program))
+                variant.firstUniforms = std::make_unique<UniformValues>(*variant.program);
             return variant;
         }
+        delete std::exchange(variant.program, nullptr);
+        // Where the program cannot be built itself, that is all there is to tell.
+        DeferredProgram::build(&m_program);
+        if (!m_program.isLinked()) return variant;
+        logErrors(errors);
         ksp::log_format(ksp::Log::Error, "%s and others: drawn without %s",
                         qUtf8Printable(m_sources.files.value(0)), missing(wanted));
-        delete std::exchange(variant.program, nullptr);
         return variant;
     }
 
@@ -182,6 +211,7 @@ private:
 
     QOpenGLShaderProgram& m_program;
     ProgramSources m_sources;
+    QString m_vertex, m_fragment; ///< the stages' texts
     bool m_canHaveFence;
     bool m_canDrawMasks;
     bool m_canMark;

@@ -44,8 +44,9 @@ struct ProgramVariant
 /// pass does not need: writing to the selection buffer costs a frame of markers half its time, asking what
 /// the pass draws costs one of lines a tenth.
 ///
-/// The program must be linked and its context current. A variant that cannot be built is logged, once; the
-/// pass is drawn with what can be: item by item, without the fence, or without marking anything.
+/// The program must be linked, or a DeferredProgram, which is not built for it, and its context current. A
+/// variant that cannot be built is logged, once; the pass is drawn with what can be: item by item, without
+/// the fence, or without marking anything.
 VIEWER3DMODULE_EXPORT QOpenGLShaderProgram& findProgramVariant(QOpenGLShaderProgram& program,
                                                                ProgramVariant variant);
 /// The same at the beginning of a pass: where it is another program, that one is in use and has the values of

@@ -9,6 +9,7 @@ namespace {
 // The file that an include line names; null when the line is none.
 QString includedFile(const QString& line)
 {
+    if (!line.contains(QLatin1String("//#include"))) return {};
     const QStringList words = line.split(QLatin1Char(' '), Qt::SkipEmptyParts);
     if (words.size() < 2 || words[0] != QLatin1String("//#include") || words[1].size() <= 2) return {};
     const QStringList unquoted = words[1].split(QLatin1Char('"'), Qt::SkipEmptyParts);

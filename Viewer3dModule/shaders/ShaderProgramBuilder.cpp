@@ -5,7 +5,6 @@
 #include <Viewer3dModule/shaders/ShaderPreprocessor.h>
 #include <Viewer3dModule/shaders/StorageLimits.h>
 #include <framework/ksp/Log.h>
-#include <framework/ksp/log_format.h>
 
 #include <QtCore/QRegularExpression>
 #include <QtGui/QOpenGLShaderProgram>
@@ -38,12 +37,29 @@ std::optional<Stage> stageOf(const QString& file)
     return std::nullopt;
 }
 
-bool addStage(QOpenGLShaderProgram& program, const QString& file, const std::vector<std::string>& defines)
+/// A file of a program with its includes and defines in place.
+struct StageSource
 {
-    const std::optional<Stage> stage = stageOf(file);
-    if (!stage) return false;
-    if (defines.empty() && !doesContainInclude(file)) return program.addShaderFromSourceFile(*stage, file);
-    return program.addShaderFromSourceCode(*stage, preprocessShader(file, defines));
+    QString file;
+    std::optional<Stage> stage;
+    QString text;
+    bool isAsStored; ///< the file goes to the compiler byte by byte
+};
+
+std::vector<StageSource> readStages(const ProgramSources& sources)
+{
+    std::vector<StageSource> stages;
+    for (const QString& file : sources.files)
+        stages.push_back({file, stageOf(file), preprocessShader(file, sources.defines),
+                          sources.defines.empty() && !doesContainInclude(file)});
+    return stages;
+}
+
+bool addStage(QOpenGLShaderProgram& program, const StageSource& source)
+{
+    if (!source.stage) return false;
+    if (source.isAsStored) return program.addShaderFromSourceFile(*source.stage, source.file);
+    return program.addShaderFromSourceCode(*source.stage, source.text);
 }
 
 int primitivesOf(const QString& layoutWord)
@@ -77,27 +93,23 @@ void setNumbersVertices(QOpenGLShaderProgram& program)
     program.setProperty(numbersVerticesProperty, numbers);
 }
 
-bool addStages(QOpenGLShaderProgram& program, const QStringList& files,
-               const std::vector<std::string>& defines)
+bool addStages(QOpenGLShaderProgram& program, const std::vector<StageSource>& stages, QStringList& errors)
 {
     bool allCompiled = true;
-    for (const QString& file : files) {
-        if (!addStage(program, file, defines)) {
-            ksp::log_format(ksp::Log::Error, "%s: program compile error", qUtf8Printable(file));
-            ksp::Log::error(program.log());
+    for (const StageSource& source : stages) {
+        if (!addStage(program, source)) {
+            errors << source.file + QStringLiteral(": program compile error") << program.log();
             allCompiled = false;
         }
-        if (stageOf(file) == QOpenGLShader::Geometry) setPrimitives(program);
+        if (source.stage == QOpenGLShader::Geometry) setPrimitives(program);
     }
     return allCompiled;
 }
 
-bool link(QOpenGLShaderProgram& program, const QStringList& files)
+void link(QOpenGLShaderProgram& program, const QStringList& files, QStringList& errors)
 {
-    if (program.link()) return true;
-    ksp::log_format(ksp::Log::Error, "%s and others: link error", qUtf8Printable(files.value(0)));
-    ksp::Log::error(program.log());
-    return false;
+    if (program.link()) return;
+    errors << files.value(0) + QStringLiteral(" and others: link error") << program.log();
 }
 
 void declareVaryings(const QOpenGLShaderProgram& program, const std::vector<std::string>& varyings)
@@ -119,21 +131,23 @@ unsigned int kindOf(Stage stage)
 
 // Drivers that lack storage refuse it at different places, in words that name no program, so it is asked for
 // first.
-bool hasStorage(const QStringList& files, const std::vector<std::string>& defines)
+bool hasStorage(const std::vector<StageSource>& stages, QStringList& errors)
 {
     OpenGLFunctions* gl = currentGLFunctions();
     if (!gl) return true;
     StorageLimits needed;
-    for (const QString& file : files)
-        if (const std::optional<Stage> stage = stageOf(file))
-            needed = storageOfBoth(needed, storageDeclared(preprocessShader(file, defines), kindOf(*stage)));
+    QStringList files;
+    for (const StageSource& source : stages) {
+        files.append(source.file);
+        if (source.stage) needed = storageOfBoth(needed, storageDeclared(source.text, kindOf(*source.stage)));
+    }
+    if (needed.bindings == 0 && needed.fragmentBlocks == 0 && needed.geometryBlocks == 0) return true;
     const QString missing = missingStorage(needed, storageOffered(*gl));
-    if (!missing.isEmpty())
-        ksp::Log::error(QStringLiteral("%1: %2").arg(files.join(QStringLiteral(", ")), missing));
+    if (!missing.isEmpty()) errors << QStringLiteral("%1: %2").arg(files.join(QStringLiteral(", ")), missing);
     return missing.isEmpty();
 }
 
-// What the program was built from.
+// What the program is built from.
 const char* const filesProperty = "shader_files";
 const char* const definesProperty = "shader_defines";
 
@@ -148,21 +162,41 @@ ProgramSources sourcesOf(const QOpenGLShaderProgram& program)
     return sources;
 }
 
+void setSources(QOpenGLShaderProgram& program, const ProgramSources& sources)
+{
+    program.setProperty(filesProperty, sources.files);
+    QStringList defines;
+    for (const std::string& define : sources.defines)
+        defines.append(QString::fromStdString(define));
+    program.setProperty(definesProperty, defines);
+}
+
+QStringList buildFromSources(QOpenGLShaderProgram& program, const std::vector<std::string>& varyings)
+{
+    const ProgramSources sources = sourcesOf(program);
+    QStringList errors;
+    const std::vector<StageSource> stages = readStages(sources);
+    if (!hasStorage(stages, errors)) return errors;
+    // The stages that did compile might link without the missing one, and draw something else than was meant.
+    if (!addStages(program, stages, errors)) return errors;
+    setNumbersVertices(program);
+    declareVaryings(program, varyings);
+    link(program, sources.files, errors);
+    return errors;
+}
+
+void logErrors(const QStringList& errors)
+{
+    for (const QString& error : errors)
+        ksp::Log::error(error);
+}
+
 QOpenGLShaderProgram* buildShaderProgram(QObject* parent, const QStringList& files,
                                          const std::vector<std::string>& defines,
                                          const std::vector<std::string>& varyings)
 {
     auto* program = new QOpenGLShaderProgram(parent);
-    program->setProperty(filesProperty, files);
-    QStringList defineList;
-    for (const std::string& define : defines)
-        defineList.append(QString::fromStdString(define));
-    program->setProperty(definesProperty, defineList);
-    if (!hasStorage(files, defines)) return program;
-    // The stages that did compile might link without the missing one, and draw something else than was meant.
-    if (!addStages(*program, files, defines)) return program;
-    setNumbersVertices(*program);
-    declareVaryings(*program, varyings);
-    link(*program, files);
+    setSources(*program, {files, defines});
+    logErrors(buildFromSources(*program, varyings));
     return program;
 }

@@ -28,10 +28,16 @@ VIEWER3DMODULE_EXPORT QOpenGLShaderProgram* buildShaderProgram(QObject* parent, 
                                                                const std::vector<std::string>& defines,
                                                                const std::vector<std::string>& varyings);
 
-/// What a program of buildShaderProgram was built from; empty for any other.
+/// What a program of buildShaderProgram is built from; empty for any other.
 struct ProgramSources
 {
     QStringList files;
     std::vector<std::string> defines;
 };
 ProgramSources sourcesOf(const QOpenGLShaderProgram& program);
+void setSources(QOpenGLShaderProgram& program, const ProgramSources& sources);
+
+/// Builds a program that has no stages yet from its sources. What fails is returned, one entry each for the
+/// log, as buildShaderProgram writes them.
+QStringList buildFromSources(QOpenGLShaderProgram& program, const std::vector<std::string>& varyings);
+void logErrors(const QStringList& errors);

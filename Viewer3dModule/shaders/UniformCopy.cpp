@@ -2,7 +2,6 @@
 
 #include <QtGui/QOpenGLShaderProgram>
 
-#include <array>
 #include <map>
 #include <string>
 
@@ -139,10 +138,29 @@ UniformCopy::UniformCopy(QOpenGLShaderProgram& from, QOpenGLShaderProgram& to)
 void UniformCopy::run(OpenGLFunctions& gl, const QOpenGLShaderProgram& from) const
 {
     const GLuint program = from.programId();
-    alignas(GLfloat) std::array<char, 16 * sizeof(GLfloat)> value; // a 4 x 4 matrix is the largest
+    UniformBytes value;
     for (const Pair& pair : m_pairs) {
         const Setter setter = setterOf(pair.type);
         read(gl, program, pair.from, setter.kind, value.data());
         setter.set(gl, pair.to, value.data());
     }
+}
+
+UniformValues::UniformValues(QOpenGLShaderProgram& program)
+{
+    OpenGLFunctions* gl = currentGLFunctions();
+    if (!gl) return;
+    for (const auto& [name, type] : activeUniforms(*gl, program.programId())) {
+        Value value;
+        value.type = type;
+        value.location = gl->glGetUniformLocation(program.programId(), name.c_str());
+        read(*gl, program.programId(), value.location, setterOf(type).kind, value.bytes.data());
+        m_values.push_back(value);
+    }
+}
+
+void UniformValues::set(OpenGLFunctions& gl) const
+{
+    for (const Value& value : m_values)
+        setterOf(value.type).set(gl, value.location, value.bytes.data());
 }

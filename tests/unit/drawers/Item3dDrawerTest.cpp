@@ -4,6 +4,7 @@
 #include <Viewer3dModule/drawers/Item3dDrawerSaver.h>
 #include <Viewer3dModule/drawers/SequentialItem3dDrawer.h>
 
+#include <QtGui/QOpenGLShaderProgram>
 #include <glm/gtc/matrix_transform.hpp>
 
 namespace {
@@ -196,13 +197,13 @@ TEST(ContextualItem3dDrawer, ForwardsToTheDrawerOfTheContext)
 
 TEST(SequentialItem3dDrawer, ACloneHasTheProgramButNoItems)
 {
-    auto* program = reinterpret_cast<QOpenGLShaderProgram*>(0x10);
-    SequentialItem3dDrawer drawer(nullptr, program);
+    QOpenGLShaderProgram program;
+    SequentialItem3dDrawer drawer(nullptr, &program);
     TestItem a;
     a.setDrawer(&drawer);
     const std::unique_ptr<Item3dDrawer> clone = drawer.clone();
     EXPECT_TRUE(clone->getItems().empty());
-    EXPECT_EQ(dynamic_cast<SequentialItem3dDrawer&>(*clone).getDefaultProgram(), program);
+    EXPECT_EQ(dynamic_cast<SequentialItem3dDrawer&>(*clone).getDefaultProgram(), &program);
 }
 
 } // namespace
