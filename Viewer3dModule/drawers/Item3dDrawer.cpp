@@ -17,6 +17,7 @@
 #include <glm/gtc/matrix_inverse.hpp>
 #include <glm/gtc/matrix_transform.hpp>
 
+#include <atomic>
 #include <utility>
 
 namespace {
@@ -71,6 +72,7 @@ int Item3dDrawer::addItem(Drawable3dItem* item)
         } else {
             item->m_drawerIndex = static_cast<int>(m_items.size());
             m_items.push_back(item);
+            registryChanged();
         }
     }
     updateItem(item->m_drawerIndex);
@@ -89,6 +91,7 @@ void Item3dDrawer::removeItem(int index)
             m_items[slot]->m_drawerIndex = index;
         }
         m_items.pop_back();
+        registryChanged();
     }
     updateItem(index);
 }
@@ -101,10 +104,18 @@ void Item3dDrawer::removeItem(Drawable3dItem* item)
 
 void Item3dDrawer::replaceItem(int index, Drawable3dItem* item)
 {
-    if (m_parent)
+    if (m_parent) {
         m_parent->replaceItem(index, item);
-    else if (index >= 0 && static_cast<std::size_t>(index) < m_items.size())
+    } else if (index >= 0 && static_cast<std::size_t>(index) < m_items.size()) {
         m_items[static_cast<std::size_t>(index)] = item;
+        registryChanged();
+    }
+}
+
+void Item3dDrawer::registryChanged()
+{
+    static std::atomic<std::uint64_t> last{0};
+    m_registryRevision = ++last;
 }
 
 void Item3dDrawer::addChildDrawer(Item3dDrawer* child)
@@ -164,8 +175,10 @@ bool Item3dDrawer::prepareProgram(const PaintContext& context)
     m_preparedProgram = nullptr;
     QOpenGLShaderProgram* program = context.program;
     OpenGLFunctions* gl = currentGLFunctions();
+    if (!gl || !program) return false;
+    DeferredProgram::build(program);
     // bind() would try to link a program that failed to link again, every frame.
-    if (!gl || !program || !program->isLinked()) return false;
+    if (!program->isLinked()) return false;
     if (!program->bind()) return false;
 
     uniforms::set(*gl, program->uniformLocation("draw_mode"), context.drawMode);
@@ -175,8 +188,6 @@ bool Item3dDrawer::prepareProgram(const PaintContext& context)
     const int viewportInverted = program->uniformLocation("viewport_inverted");
     if (viewportInverted >= 0) uniforms::set(*gl, viewportInverted, glm::inverse(context.viewport));
 
-    if (!gl || !program) return false;
-    DeferredProgram::build(program);
     m_modelLocation = program->uniformLocation("model");
     m_normalMatrixLocation = program->uniformLocation("normalMatrix");
     m_lightDirectionLocation = program->uniformLocation("uLightDirection");

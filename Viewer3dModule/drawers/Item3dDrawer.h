@@ -12,6 +12,7 @@
 #include <QtGui/QOpenGLShaderProgram>
 #include <glm/glm.hpp>
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <utility>
@@ -61,6 +62,8 @@ public:
     Scene3d* scene() const { return m_scene; }
     /// The registry, in no particular order: that of the topmost ancestor.
     const std::vector<Drawable3dItem*>& getItems() const;
+    /// Another number whenever the registry has changed, of all drawers on all threads.
+    std::uint64_t registryRevision() const { return root()->m_registryRevision; }
     /// updateItem of the item's index.
     void updateItem(Drawable3dItem* item);
     /// This drawer and the context as one value; the context must outlive it.
@@ -156,10 +159,12 @@ private:
     void bindFence(OpenGLFunctions& gl, const PaintContext& context);
     void joinSelection(const PaintContext& context);
     void setSelectionIndex(OpenGLFunctions& gl, const Drawable3dItem& item);
+    void registryChanged();
 
     Scene3d* m_scene;
     QPointer<Item3dDrawer> m_parent;
     std::vector<Drawable3dItem*> m_items;
+    std::uint64_t m_registryRevision = 0;
     int m_modelLocation = -1;
     int m_normalMatrixLocation = -1;
     int m_lightDirectionLocation = -1;

@@ -26,6 +26,22 @@ QImage emptyBits(const QSize& size)
     return bits;
 }
 
+bool isRectangle(const QPolygonF& polygon)
+{
+    if (polygon.size() != 4) return false;
+    const auto isUpright = [](const QPointF& a, const QPointF& b) { return a.x() == b.x(); };
+    const auto isLevel = [](const QPointF& a, const QPointF& b) { return a.y() == b.y(); };
+    const QPointF &a = polygon[0], &b = polygon[1], &c = polygon[2], &d = polygon[3];
+    return (isLevel(a, b) && isUpright(b, c) && isLevel(c, d) && isUpright(d, a)) ||
+           (isUpright(a, b) && isLevel(b, c) && isUpright(c, d) && isLevel(d, a));
+}
+
+// What goes through the centres of pixels, to within the painter's rounding, leaves some of these out.
+bool isBesideCentres(double border)
+{
+    return std::abs(border - std::floor(border) - 0.5) > 1.0 / 32.0; // false for NaN
+}
+
 int pixelFrom(double border, int size)
 {
     return static_cast<int>(std::clamp(std::ceil(border - 0.5), 0.0, double(size)));
@@ -54,6 +70,14 @@ SelectionMask::SelectionMask(const QPolygonF& polygon, const QSize& viewport)
                        pixelTo(m_rect.right(), viewport.width()),
                        pixelTo(m_rect.bottom(), viewport.height()));
     if (m_pixels.isEmpty()) m_pixels = QRect();
+}
+
+QPolygonF SelectionMask::simplified(const QPolygonF& polygon)
+{
+    if (!isRectangle(polygon)) return polygon;
+    for (const QPointF& corner : {polygon[0], polygon[2]})
+        if (!isBesideCentres(corner.x()) || !isBesideCentres(corner.y())) return polygon;
+    return QPolygonF(QVector<QPointF>{polygon[0], polygon[2]});
 }
 
 void SelectionMask::paint(const QPolygonF& polygon)

@@ -18,6 +18,9 @@ public:
     /// No pixels.
     SelectionMask() = default;
     SelectionMask(const QPolygonF& polygon, const QSize& viewport);
+    /// For a rectangle, whose outline adds no pixels to those of the first condition, its diagonal, for which
+    /// nothing need be painted; else the polygon. Both have the same pixels.
+    static QPolygonF simplified(const QPolygonF& polygon);
     /// All other pixels of the viewport.
     SelectionMask inverted() const;
 

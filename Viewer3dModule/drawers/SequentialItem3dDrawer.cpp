@@ -264,10 +264,14 @@ void SequentialItem3dDrawer::drawItems(const PaintContext& context, const Filter
     const bool canDraw = beginPass(pass);
     setProgramColors(ProgramColors::All);
     setUnlit(false);
-    if (!canDraw) return;
+    if (canDraw) drawEach(getItems(), pass, filter);
+}
+
+void SequentialItem3dDrawer::drawEach(const std::vector<Drawable3dItem*>& items, const PaintContext& pass,
+                                      const Filter& filter)
+{
     const FirstVertexConvention convention(currentGLFunctions(), itemUniforms().dashSize >= 0);
     const KeepingPass keeping(itemPass(), pass);
-    const std::vector<Drawable3dItem*>& items = getItems();
     for (std::size_t i = 0; i < items.size(); ++i) {
         if (i + itemsAhead < items.size()) fetch(items[i + itemsAhead]);
         if (items[i]->isVisible() && (!filter || filter(items[i]))) drawWithUniforms(items[i], pass);
@@ -281,6 +285,12 @@ void SequentialItem3dDrawer::drawOnly(Drawable3dItem* item, const PaintContext& 
     if (!beginPass(pass)) return;
     const FirstVertexConvention convention(currentGLFunctions(), itemUniforms().dashSize >= 0);
     drawWithUniforms(item, pass);
+}
+
+void SequentialItem3dDrawer::drawOnly(const std::vector<Drawable3dItem*>& items, const PaintContext& context)
+{
+    PaintContext pass = context;
+    if (beginPass(pass)) drawEach(items, pass, {});
 }
 
 bool SequentialItem3dDrawer::beginPass(PaintContext& context)

@@ -29,6 +29,8 @@ public:
 
     /// Draws one item of the registry as draw does, a hidden one not at all, without walking the registry.
     void drawOnly(Drawable3dItem* item, const PaintContext& context);
+    /// Likewise several, in this order, and at once.
+    void drawOnly(const std::vector<Drawable3dItem*>& items, const PaintContext& context);
 
     /// Draws an item for which everything is set; a subclass may draw it differently.
     virtual void drawItem(Drawable3dItem* item, const PaintContext& context);
@@ -47,6 +49,7 @@ private:
     FenceSide sideOf(const Drawable3dItem& item) const;
     bool hasItems(FenceSide side) const;
     void drawAll(const PaintContext& context, const Filter& filter);
+    void drawEach(const std::vector<Drawable3dItem*>& items, const PaintContext& pass, const Filter& filter);
     QOpenGLShaderProgram* depthProgram(const PaintContext& context) const;
 
     QOpenGLShaderProgram* m_defaultProgram;

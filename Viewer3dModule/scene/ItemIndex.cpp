@@ -20,6 +20,7 @@ int numberAt(int place)
 void ItemIndex::add(Graphics3dItem& item)
 {
     item.m_indexPlace = ~m_boxes.add();
+    ++m_membership;
     change(item);
 }
 
@@ -27,7 +28,10 @@ void ItemIndex::remove(Graphics3dItem& item)
 {
     Drawable3dItem& drawable = item;
     if (drawable.m_indexPlace == Drawable3dItem::NoIndexPlace) return;
-    m_boxes.remove(numberAt(drawable.m_indexPlace));
+    const int number = numberAt(drawable.m_indexPlace);
+    m_boxes.remove(number);
+    m_alwaysSeen.erase(number);
+    ++m_membership;
     if (drawable.m_indexWaiting >= 0) m_waiting[static_cast<std::size_t>(drawable.m_indexWaiting)] = nullptr;
     drawable.m_indexPlace = Drawable3dItem::NoIndexPlace;
     drawable.m_indexWaiting = -1;
@@ -59,6 +63,10 @@ void ItemIndex::update()
         const bool mayBeLeftOut = box.isValid() && std::isfinite(reach) && reaches.isDrawnByItself(*item);
         m_boxes.set(number, box, mayBeLeftOut ? reach : 0.0f);
         item->m_indexPlace = mayBeLeftOut ? number : ~number;
+        if (item->isVisible() && !mayBeLeftOut && reaches.isDrawnByItself(*item))
+            m_alwaysSeen.insert(number);
+        else
+            m_alwaysSeen.erase(number);
     }
 }
 
@@ -69,7 +77,14 @@ ItemIndex::Seen ItemIndex::find(const PictureVolume& volume)
     seen.m_version = m_version; // not that of what changes meanwhile
     update();
     m_boxes.find(volume, seen.m_found);
+    for (const int number : m_alwaysSeen)
+        seen.m_found[static_cast<std::size_t>(number)] = 1;
     return seen;
+}
+
+int ItemIndex::numberOf(const Drawable3dItem& item)
+{
+    return item.m_indexPlace == Drawable3dItem::NoIndexPlace ? -1 : numberAt(item.m_indexPlace);
 }
 
 gmx::BoundingBox ItemIndex::visibleBounds()

@@ -5,6 +5,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
+#include <unordered_set>
 #include <vector>
 
 class Graphics3dItem;
@@ -34,10 +36,29 @@ public:
             const int place = item.m_indexPlace;
             return place >= 0 && isValid() && m_found[static_cast<std::size_t>(place)] != 0;
         }
+        /// Whether the index has not changed since: then there is a number for every item that it has.
+        bool isValid() const { return m_index && m_version == m_index->m_version; }
+        /// Calls use(number) for the visible items that are seen, in ascending order; see numberOf. Those
+        /// whose drawers do not draw them one by one are among them only where their boxes say so.
+        template <typename Use>
+        void forEach(Use use) const
+        {
+            std::size_t number = 0;
+            while (number < m_found.size()) {
+                std::uint64_t eight = 1;
+                if (number + sizeof(eight) <= m_found.size())
+                    std::memcpy(&eight, &m_found[number], sizeof(eight));
+                if (eight == 0) {
+                    number += sizeof(eight);
+                    continue;
+                }
+                if (m_found[number] != 0) use(number);
+                ++number;
+            }
+        }
 
     private:
         friend class ItemIndex;
-        bool isValid() const { return m_version == m_index->m_version; }
 
         const ItemIndex* m_index = nullptr;
         std::uint64_t m_version = 0;
@@ -55,6 +76,14 @@ public:
     void change(Drawable3dItem& item);
 
     Seen find(const PictureVolume& volume);
+
+    /// The item's number, which it keeps until it is removed; -1 for items that are not here. All numbers are
+    /// below size().
+    static int numberOf(const Drawable3dItem& item);
+    std::size_t size() const { return m_boxes.size(); }
+    /// Another number whenever an item came or went.
+    std::uint64_t membership() const { return m_membership; }
+
     /// The box of all visible items; null without any.
     gmx::BoundingBox visibleBounds();
 
@@ -63,5 +92,7 @@ private:
 
     BoxTree m_boxes;
     std::vector<Graphics3dItem*> m_waiting; // for their boxes to be taken; null where it was removed
+    std::unordered_set<int> m_alwaysSeen;   // numbers of visible items that are drawn one by one
     std::uint64_t m_version = 0;
+    std::uint64_t m_membership = 0;
 };

@@ -5,6 +5,7 @@
 #include <Viewer3dModule/drawers/SequentialItem3dDrawer.h>
 #include <Viewer3dModule/host/View3dSettings.h>
 #include <Viewer3dModule/scene/Scene3d.h>
+#include <Viewer3dModule/scene/SelectionStore.h>
 #include <Viewer3dModule/scene/longestTargetSide.h>
 #include <Viewer3dModule/shaders/DrawMode.h>
 #include <Viewer3dModule/shaders/ProgramVariants.h>
@@ -93,14 +94,16 @@ bool holdsVertices(OpenGLFunctions& gl, const PictureVolume& volume, Scene3d& sc
 
 } // namespace
 
-ItemSelection::ItemSelection(Scene3d& scene, Item3dSelectionProvider& provider, const PaintContext& view,
-                             const QPolygonF& polygon, const SelectionOptions& options)
+ItemSelection::ItemSelection(Scene3d& scene, Item3dSelectionProvider& provider, SelectionStore& store,
+                             const PaintContext& view, const QPolygonF& polygon,
+                             const SelectionOptions& options)
     : m_scene(scene)
     , m_provider(provider)
+    , m_store(store)
     , m_options(options)
-    , m_polygon(polygon)
+    , m_polygon(SelectionMask::simplified(polygon))
     , m_pass(passOf(view, scene))
-    , m_area(polygon, view.viewportRect.size())
+    , m_area(m_polygon, view.viewportRect.size())
     , m_areaIsRectangle(m_area.containsAll(m_area.pixels()))
     , m_areaVolume(viewProjection(m_pass), view.viewportRect.size(), m_area.pixels())
     , m_picture(viewProjection(m_pass), view.viewportRect.size(), m_pass.viewportRect)
@@ -142,25 +145,76 @@ bool ItemSelection::reachesArea(const Drawable3dItem& item, const gmx::BoundingB
     return pixels.isEmpty() || m_area.containsAny(pixels);
 }
 
-// What stands for no element has no box to be left out by. It reports nothing, but hides what is behind it.
-ItemSelection::Filter ItemSelection::candidates()
+void ItemSelection::findInArea()
 {
     m_inArea = m_scene.itemIndex().find(m_areaVolume);
-    return [this](Drawable3dItem* item) {
-        if (!item || !m_inArea.isSeen(*item)) return false;
-        const InteractiveGraphicsItem* hostItem = item->hostItem();
-        if (!hostItem) return m_options.mode == SelectionMode::Visible && isChosen(item);
-        const gmx::BoundingBox box = hostItem->sceneBoundingBox();
-        if (!reachesArea(*item, box) || !isChosen(item)) return false;
-        if (m_options.rule == SelectionRule::Inside) m_items.emplace(hostItem->getId(), item);
-        if (!isSelectedByBox(*item, box)) return true;
-        m_selectedByBox.push_back(hostItem->getId());
-        return false;
+}
+
+// What stands for no element has no box to be left out by. It reports nothing, but hides what is behind it.
+bool ItemSelection::isCandidate(Drawable3dItem* item)
+{
+    if (!item || !m_inArea.isSeen(*item)) return false;
+    const InteractiveGraphicsItem* hostItem = item->hostItem();
+    if (!hostItem) return m_options.mode == SelectionMode::Visible && isChosen(item);
+    const gmx::BoundingBox box = hostItem->sceneBoundingBox();
+    if (!reachesArea(*item, box) || !isChosen(item)) return false;
+    if (m_options.rule == SelectionRule::Inside) m_items.emplace(hostItem->getId(), item);
+    if (!isSelectedByBox(*item, box)) return true;
+    m_selectedByBox.push_back(hostItem->getId());
+    return false;
+}
+
+bool ItemSelection::Pass::isEmpty() const
+{
+    return asked.empty() &&
+           std::all_of(handed.begin(), handed.end(), [](const auto& part) { return part.second.empty(); });
+}
+
+// Drawers that draw their items one by one, whatever these are, are handed what the index finds. For others,
+// and where a fence has them look at all their items, every item is asked.
+ItemSelection::Pass ItemSelection::candidatesByDrawer()
+{
+    findInArea();
+    Pass pass;
+    for (const auto& [key, drawer] : m_scene.m_drawers) {
+        if (drawer->getItems().empty()) continue;
+        const Item3dDrawer& any = *drawer;
+        if (!m_isFenced && m_inArea.isValid() && typeid(any) == typeid(SequentialItem3dDrawer))
+            pass.handed.emplace_back(static_cast<SequentialItem3dDrawer*>(drawer.get()), 0);
+        else if (m_scene.isTypeDrawn(key.first, m_options.visibilityFilter))
+            pass.asked.push_back(drawer.get());
+    }
+    if (!pass.handed.empty()) hand(pass);
+    return pass;
+}
+
+void ItemSelection::hand(Pass& pass)
+{
+    std::vector<const Item3dDrawer*> drawers;
+    for (const auto& part : pass.handed)
+        drawers.push_back(part.first);
+    m_store.items.update(m_scene.itemIndex(), drawers);
+    std::vector<bool> isDrawn;
+    for (const auto& [key, drawer] : m_scene.m_drawers)
+        if (isDrawn.size() < drawers.size() && drawer.get() == drawers[isDrawn.size()])
+            isDrawn.push_back(m_scene.isTypeDrawn(key.first, m_options.visibilityFilter));
+    const auto take = [&](const ItemTable::Entry& entry) {
+        if (!entry.item || !isDrawn[entry.drawer] || !entry.item->isVisible()) return;
+        if (isCandidate(entry.item)) pass.handed[entry.drawer].second.push_back(entry.item);
     };
+    m_inArea.forEach([&](std::size_t number) { take(m_store.items.at(number)); });
+    for (const ItemTable::Entry& entry : m_store.items.others())
+        take(entry);
+}
+
+int ItemSelection::kindsMarkedBy(const Item3dDrawer* drawer)
+{
+    if (drawer != m_lastKinds.first) m_lastKinds = {drawer, findKindsMarkedBy(drawer)};
+    return m_lastKinds.second;
 }
 
 // Only of drawers that are known to draw all of their items.
-int ItemSelection::kindsMarkedBy(const Item3dDrawer* drawer)
+int ItemSelection::findKindsMarkedBy(const Item3dDrawer* drawer)
 {
     const auto [entry, isNew] = m_kinds.emplace(drawer, 0);
     if (!isNew || !drawer || typeid(*drawer) != typeid(SequentialItem3dDrawer)) return entry->second;
@@ -202,26 +256,47 @@ std::vector<LONGID> ItemSelection::touched(OpenGLFunctions& gl)
     // Of two points the rectangle counts alone, and no fragment looks at a mask.
     const QRectF box = m_polygon.boundingRect();
     const QPolygonF diagonal(QVector<QPointF>{box.topLeft(), box.bottomRight()});
-    std::vector<LONGID> found =
-        draw(gl, m_pass, m_areaIsRectangle ? diagonal : m_polygon, false, m_area.pixels(), candidates());
+    const Pass candidates = candidatesByDrawer();
+    std::vector<LONGID> found;
+    if (!candidates.isEmpty())
+        found = draw(gl, m_pass, m_areaIsRectangle ? diagonal : m_polygon, false, m_area.pixels(),
+                     [&](const PaintContext& pass) { draw(candidates, pass); });
     found.insert(found.end(), m_selectedByBox.begin(), m_selectedByBox.end());
     makeUnique(found);
     return found;
 }
 
+// Depths play no part, and so neither does what lies in the foreground.
+void ItemSelection::draw(const Pass& candidates, const PaintContext& context)
+{
+    for (const auto& [drawer, items] : candidates.handed)
+        if (!items.empty()) drawer->drawOnly(items, context);
+    for (Item3dDrawer* drawer : candidates.asked)
+        drawer->draw(context, [this](Drawable3dItem* item) { return isCandidate(item); });
+}
+
 std::vector<LONGID> ItemSelection::draw(OpenGLFunctions& gl, const PaintContext& context,
                                         const QPolygonF& polygon, bool inverted, const QRect& pixels,
-                                        const Filter& filter)
+                                        const Drawing& drawing)
 {
-    const SelectionTarget target(gl, SelectionTarget::Bits, context.viewportRect.size(), pixels);
+    const SelectionTarget target(gl, m_store.frameBuffer, context.viewportRect.size(), pixels);
     if (!target.isComplete()) return {};
     PaintContext pass = context;
     pass.drawMode = DrawMode::SelectionBufferDraw;
     m_provider.setSelectionPolygon(polygon);
     m_provider.setInverted(inverted);
     m_provider.beginSelection(pass);
-    m_scene.drawElements(pass, m_options.visibilityFilter, filter);
+    drawing(pass);
     return m_provider.selectedItems();
+}
+
+ItemSelection::Drawing ItemSelection::drawingOf(const Ids& ids)
+{
+    return [this, &ids](const PaintContext& pass) {
+        m_scene.drawElements(pass, m_options.visibilityFilter, [&ids](Drawable3dItem* item) {
+            return item && item->hostItem() && ids.count(item->hostItem()->getId()) != 0;
+        });
+    };
 }
 
 // What is seen is read from a picture of identifiers and not from the selection buffer. A fragment that is
@@ -231,11 +306,12 @@ std::vector<LONGID> ItemSelection::draw(OpenGLFunctions& gl, const PaintContext&
 // any frame has. Local items hide as well; their identifiers, addresses, are those of no element.
 std::vector<LONGID> ItemSelection::seen(OpenGLFunctions& gl)
 {
-    SelectionTarget target(gl, SelectionTarget::Ids, m_area.viewport(), m_area.pixels());
+    SelectionTarget target(gl, m_area.viewport(), m_area.pixels());
     if (!target.isComplete()) return {};
+    findInArea();
     Ids drawn;
-    const Filter filter = [&drawn, accepts = candidates()](Drawable3dItem* item) {
-        if (!accepts(item)) return false;
+    const auto filter = [this, &drawn](Drawable3dItem* item) {
+        if (!isCandidate(item)) return false;
         if (item->hostItem()) drawn.insert(item->hostItem()->getId());
         return true;
     };
@@ -305,9 +381,7 @@ std::vector<LONGID> ItemSelection::outsideOfArea(OpenGLFunctions& gl, const std:
     for (const LONGID id : found)
         if (!isInsideByBox(id)) unsure.insert(id);
     if (unsure.empty()) return {};
-    return draw(gl, m_pass, m_polygon, true, m_pass.viewportRect, [&unsure](Drawable3dItem* item) {
-        return item && item->hostItem() && unsure.count(item->hostItem()->getId()) != 0;
-    });
+    return draw(gl, m_pass, m_polygon, true, m_pass.viewportRect, drawingOf(unsure));
 }
 
 std::vector<LONGID> ItemSelection::aroundPicture(OpenGLFunctions& gl, const std::vector<LONGID>& found)
@@ -327,9 +401,7 @@ std::vector<LONGID> ItemSelection::aroundPicture(OpenGLFunctions& gl, const std:
                                                          double(size.height()) / larger.height(), 1.0)) *
                   glm::dmat4(pass.projection));
     const QPolygonF picture(QRectF(QPointF(margin, margin), QSizeF(size)));
-    return draw(gl, pass, picture, true, pass.viewportRect, [&unsure](Drawable3dItem* item) {
-        return item && item->hostItem() && unsure.count(item->hostItem()->getId()) != 0;
-    });
+    return draw(gl, pass, picture, true, pass.viewportRect, drawingOf(unsure));
 }
 
 std::vector<LONGID> ItemSelection::withVerticesOutside(OpenGLFunctions& gl, const std::vector<LONGID>& found)

@@ -12,12 +12,15 @@
 #include <functional>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 class Drawable3dItem;
 class Item3dDrawer;
 class Item3dSelectionProvider;
 class Scene3d;
+class SequentialItem3dDrawer;
+struct SelectionStore;
 
 /// One selection of a scene's items; see Scene3d::selectItems. The scene's context is current.
 ///
@@ -34,32 +37,49 @@ class Scene3d;
 class ItemSelection
 {
 public:
-    /// The scene and the provider are not owned. The scene's bounds must be up to date.
-    ItemSelection(Scene3d& scene, Item3dSelectionProvider& provider, const PaintContext& view,
-                  const QPolygonF& polygon, const SelectionOptions& options);
+    /// The scene, the provider and the store are not owned. The scene's bounds must be up to date.
+    ItemSelection(Scene3d& scene, Item3dSelectionProvider& provider, SelectionStore& store,
+                  const PaintContext& view, const QPolygonF& polygon, const SelectionOptions& options);
 
     /// The identifiers, each once.
     std::vector<LONGID> run(OpenGLFunctions& gl);
 
 private:
-    using Filter = std::function<bool(Drawable3dItem*)>;
     using Ids = std::unordered_set<LONGID>;
+    using Drawing = std::function<void(const PaintContext&)>;
+
+    /// What drawers are to draw of the candidates.
+    struct Pass
+    {
+        std::vector<std::pair<SequentialItem3dDrawer*, std::vector<Drawable3dItem*>>> handed;
+        std::vector<Item3dDrawer*> asked; ///< of all their items
+
+        bool isEmpty() const;
+    };
 
     bool isAllInArea(const QRect& pixels) const;
     bool reachesArea(const Drawable3dItem& item, const gmx::BoundingBox& box);
     bool isChosen(Drawable3dItem* item) const;
     /// The kinds of primitives (PrimitiveBit) of which drawing by the drawer sets the item's bit.
     int kindsMarkedBy(const Item3dDrawer* drawer);
+    int findKindsMarkedBy(const Item3dDrawer* drawer);
     bool isSelectedByBox(Drawable3dItem& item, const gmx::BoundingBox& box);
-    /// Those that the area and its box do not decide about. Made right before the pass that it is for.
-    Filter candidates();
+    /// Whether the area and the item's box do not decide about it. Of the items of a pass it is asked after
+    /// findInArea.
+    bool isCandidate(Drawable3dItem* item);
+    void findInArea();
+    Pass candidatesByDrawer();
+    void hand(Pass& pass);
 
     std::vector<LONGID> touched(OpenGLFunctions& gl);
     std::vector<LONGID> seen(OpenGLFunctions& gl);
-    /// What of the items has fragments in the polygon (or, inverted, outside of it). Draws at most within the
-    /// pixels.
+    /// What of what is drawn has fragments in the polygon (or, inverted, outside of it). Draws at most within
+    /// the pixels.
     std::vector<LONGID> draw(OpenGLFunctions& gl, const PaintContext& pass, const QPolygonF& polygon,
-                             bool inverted, const QRect& pixels, const Filter& filter);
+                             bool inverted, const QRect& pixels, const Drawing& drawing);
+    void draw(const Pass& candidates, const PaintContext& context);
+    /// Of the items of these identifiers, which outlive it.
+    Drawing drawingOf(const Ids& ids);
 
     void keepInside(OpenGLFunctions& gl, std::vector<LONGID>& found);
     void drop(std::vector<LONGID>& found, const std::vector<LONGID>& outside);
@@ -71,6 +91,7 @@ private:
 
     Scene3d& m_scene;
     Item3dSelectionProvider& m_provider;
+    SelectionStore& m_store;
     const SelectionOptions& m_options;
     QPolygonF m_polygon;
     PaintContext m_pass;
@@ -81,8 +102,9 @@ private:
     bool m_isFenced;
     bool m_countsHighlight;
     ItemReach m_reach;
-    ItemIndex::Seen m_inArea; // of the last candidates()
+    ItemIndex::Seen m_inArea; // of the last findInArea()
     std::vector<LONGID> m_selectedByBox;
     std::unordered_map<const Item3dDrawer*, int> m_kinds;
+    std::pair<const Item3dDrawer*, int> m_lastKinds{nullptr, 0};
     std::unordered_map<LONGID, Drawable3dItem*> m_items; // those found or drawn; only for the rule Inside
 };

@@ -61,9 +61,11 @@ PictureVolume::Part PictureVolume::partOf(const glm::dvec3& center, const glm::d
         const Planes bit = 1u << i;
         if ((planes & bit) == 0) continue;
         const Plane& plane = m_planes[i];
-        const Range range(plane.side + reach * plane.outwards, center, half);
-        if (!(range.high >= -range.tolerance)) return Part::None;
-        if (Range(plane.side, center, half).low >= 0.0) planes &= ~bit;
+        const Range range(plane.side, center, half);
+        if (range.low >= 0.0) planes &= ~bit;
+        if (range.high >= 0.0) continue; // most planes of most boxes
+        const Range farther(plane.side + reach * plane.outwards, center, half);
+        if (!(farther.high >= -farther.tolerance)) return Part::None;
     }
     return planes == 0 ? Part::All : Part::Some;
 }

@@ -8,6 +8,7 @@
 #include <Viewer3dModule/scene/CurrentContextGuard.h>
 #include <Viewer3dModule/scene/ItemIndex.h>
 #include <Viewer3dModule/scene/Scene3dFenceObserver.h>
+#include <Viewer3dModule/scene/SelectionStore.h>
 #include <Viewer3dModule/shaders/DrawMode.h>
 #include <Viewer3dModule/shaders/ShaderProgramBuilder.h>
 #include <framework/ksp/Log.h>
@@ -56,6 +57,7 @@ Scene3d::~Scene3d()
     m_localDrawers.clear();
     m_localForegroundDrawers.clear();
     m_selectionProvider.reset();
+    m_selectionStore.reset();
     qDeleteAll(findChildren<QOpenGLShaderProgram*>(QString(), Qt::FindDirectChildrenOnly));
     doneCurrent();
 }
@@ -89,8 +91,6 @@ void Scene3d::initializeGLCommon(OpenGLFunctions* functions)
     functions->glPolygonOffset(1.0f, 1.0f);
 }
 
-QOpenGLShaderProgram* Scene3d::createProgram(const QStringList& files,
-                                             const std::vector<std::string>& defines,
 // Passes that draw masks, or mark items in the selection buffer, have variants that do.
 std::vector<std::string> Scene3d::withColorsOnly(std::vector<std::string> defines)
 {
@@ -99,6 +99,8 @@ std::vector<std::string> Scene3d::withColorsOnly(std::vector<std::string> define
     return defines;
 }
 
+QOpenGLShaderProgram* Scene3d::createProgram(const QStringList& files,
+                                             const std::vector<std::string>& defines,
                                              const std::vector<std::string>& varyings)
 {
     // Without a context there is nothing to compile with; the constructor has said so.
@@ -235,8 +237,12 @@ void Scene3d::drawElements(const PaintContext& context, const CFilterElement* fi
     flushBounds();
     itemFilter = orVisibleItems(std::move(itemFilter));
     for (const auto& [key, drawer] : m_drawers)
-        if (!filter || filter->isTypeAccepted(key.first) || m_alwaysVisible.count(key.first) != 0)
-            drawWith(*drawer, context, itemFilter);
+        if (isTypeDrawn(key.first, filter)) drawWith(*drawer, context, itemFilter);
+}
+
+bool Scene3d::isTypeDrawn(int visibilityType, const CFilterElement* filter) const
+{
+    return !filter || filter->isTypeAccepted(visibilityType) || m_alwaysVisible.count(visibilityType) != 0;
 }
 
 void Scene3d::drawLocalItems(const PaintContext& context, ItemFilter itemFilter)

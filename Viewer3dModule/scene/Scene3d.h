@@ -41,6 +41,7 @@ class QRect;
 class QRectF;
 struct PaintContext;
 struct SelectionOptions;
+struct SelectionStore;
 
 /// The scene of one project model: the items that mirror its elements, the drawers that draw them, an OpenGL
 /// context of its own, and the transform that keeps what is drawn near the origin.
@@ -350,8 +351,9 @@ private:
 
     ItemIndex& itemIndex() { return *m_itemIndex; }
     void addDefaultDrawers();
-    Item3dSelectionProvider& selectionProvider();
     static std::vector<std::string> withColorsOnly(std::vector<std::string> defines);
+    Item3dSelectionProvider& selectionProvider();
+    bool isTypeDrawn(int visibilityType, const CFilterElement* filter) const;
     void drawLocalItems(const PaintContext& context, ItemFilter itemFilter);
     void drawWith(Item3dDrawer& drawer, const PaintContext& context, const ItemFilter& itemFilter);
     void setBounds(const gmx::BoundingBox& bounds);
@@ -395,6 +397,7 @@ private:
     QOpenGLContext m_context;
     unsigned int m_defaultVao = 0;
     std::unique_ptr<Item3dSelectionProvider> m_selectionProvider;
+    std::unique_ptr<SelectionStore> m_selectionStore;
     unsigned int m_groupDepth = 0;
     std::unordered_set<Graphics3dItem*> m_pending;
     ksp::GuardedPtr<CFilterElement> m_visibilityFilter;

@@ -4,6 +4,7 @@
 #include <Viewer3dModule/scene/CurrentContextGuard.h>
 #include <Viewer3dModule/scene/ItemSelection.h>
 #include <Viewer3dModule/scene/Scene3d.h>
+#include <Viewer3dModule/scene/SelectionStore.h>
 
 IItem3dSelectionProvider* Scene3d::getItemSelectionProvider()
 {
@@ -31,5 +32,6 @@ std::vector<LONGID> Scene3d::selectItems(const PaintContext& view, const QPolygo
     flushBounds(); // the boxes and the transform must belong together
     OpenGLFunctions* gl = makeCurrent() ? getGLFunctions() : nullptr;
     if (!gl || view.viewportRect.isEmpty()) return {};
-    return ItemSelection(*this, selectionProvider(), view, polygon, options).run(*gl);
+    if (!m_selectionStore) m_selectionStore = std::make_unique<SelectionStore>();
+    return ItemSelection(*this, selectionProvider(), *m_selectionStore, view, polygon, options).run(*gl);
 }

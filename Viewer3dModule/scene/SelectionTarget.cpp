@@ -12,42 +12,72 @@ void set(OpenGLFunctions& gl, GLenum capability, bool on)
 
 } // namespace
 
-SelectionTarget::SelectionTarget(OpenGLFunctions& gl, Kind kind, const QSize& size, const QRect& pixels)
+EmptyFrameBuffer::~EmptyFrameBuffer()
+{
+    OpenGLFunctions* gl = m_name != 0 ? currentGLFunctions() : nullptr;
+    if (gl) gl->glDeleteFramebuffers(1, &m_name);
+}
+
+void EmptyFrameBuffer::bind(OpenGLFunctions& gl, const QSize& size)
+{
+    const bool isNew = m_name == 0;
+    if (isNew) gl.glGenFramebuffers(1, &m_name);
+    gl.glBindFramebuffer(GL_FRAMEBUFFER, m_name);
+    if (isNew) {
+        gl.glDrawBuffer(GL_NONE);
+        gl.glReadBuffer(GL_NONE);
+    }
+    if (size == m_size) return;
+    gl.glFramebufferParameteri(GL_FRAMEBUFFER, GL_FRAMEBUFFER_DEFAULT_WIDTH, size.width());
+    gl.glFramebufferParameteri(GL_FRAMEBUFFER, GL_FRAMEBUFFER_DEFAULT_HEIGHT, size.height());
+    m_size = size;
+}
+
+SelectionTarget::SelectionTarget(OpenGLFunctions& gl, EmptyFrameBuffer& frameBuffer, const QSize& size,
+                                 const QRect& pixels)
+    : m_gl(gl)
+    , m_size(size)
+{
+    save();
+    frameBuffer.bind(gl, size);
+    begin(pixels, false);
+}
+
+SelectionTarget::SelectionTarget(OpenGLFunctions& gl, const QSize& size, const QRect& pixels)
     : m_gl(gl)
     , m_size(size)
 {
     save();
     gl.glGenFramebuffers(1, &m_frameBuffer);
     gl.glBindFramebuffer(GL_FRAMEBUFFER, m_frameBuffer);
-    if (kind == Ids) {
-        makeIds(size);
-    } else {
-        gl.glFramebufferParameteri(GL_FRAMEBUFFER, GL_FRAMEBUFFER_DEFAULT_WIDTH, size.width());
-        gl.glFramebufferParameteri(GL_FRAMEBUFFER, GL_FRAMEBUFFER_DEFAULT_HEIGHT, size.height());
-        gl.glDrawBuffer(GL_NONE);
-        gl.glReadBuffer(GL_NONE);
-    }
-    m_isComplete = gl.glCheckFramebufferStatus(GL_FRAMEBUFFER) == GL_FRAMEBUFFER_COMPLETE;
+    makeIds(size);
+    begin(pixels, true);
     if (!m_isComplete) return;
-    gl.glViewport(0, 0, size.width(), size.height());
-    limitTo(pixels);
-    // Bytes of identifiers are no colours to mix or to spread.
-    gl.glDisable(GL_BLEND);
-    gl.glDisable(GL_DITHER);
-    gl.glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
-    gl.glDepthMask(GL_TRUE);
-    gl.glDepthFunc(GL_LEQUAL);
-    set(gl, GL_DEPTH_TEST, kind == Ids);
-    if (kind != Ids) return;
     const GLfloat nothing[4] = {0.0f, 0.0f, 0.0f, 0.0f}, farthest = 1.0f;
     gl.glClearBufferfv(GL_COLOR, 1, nothing);
     gl.glClearBufferfv(GL_COLOR, 2, nothing);
     gl.glClearBufferfv(GL_DEPTH, 0, &farthest);
 }
 
+void SelectionTarget::begin(const QRect& pixels, bool hides)
+{
+    m_isComplete = m_gl.glCheckFramebufferStatus(GL_FRAMEBUFFER) == GL_FRAMEBUFFER_COMPLETE;
+    if (!m_isComplete) return;
+    m_gl.glViewport(0, 0, m_size.width(), m_size.height());
+    limitTo(pixels);
+    // Bytes of identifiers are no colours to mix or to spread.
+    m_gl.glDisable(GL_BLEND);
+    m_gl.glDisable(GL_DITHER);
+    m_gl.glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
+    m_gl.glDepthMask(GL_TRUE);
+    m_gl.glDepthFunc(GL_LEQUAL);
+    set(m_gl, GL_DEPTH_TEST, hides);
+}
+
 SelectionTarget::~SelectionTarget()
 {
     restore();
+    if (m_frameBuffer == 0) return;
     m_gl.glDeleteFramebuffers(1, &m_frameBuffer);
     m_gl.glDeleteRenderbuffers(3, m_storage);
 }

@@ -7,18 +7,37 @@
 #include <cstdint>
 #include <vector>
 
+/// A frame buffer that keeps nothing, so that making it once is enough. Frame buffers belong to one context,
+/// which is current whenever it is used, and when it is destroyed.
+class EmptyFrameBuffer
+{
+public:
+    EmptyFrameBuffer() = default;
+    ~EmptyFrameBuffer();
+    EmptyFrameBuffer(const EmptyFrameBuffer&) = delete;
+    EmptyFrameBuffer& operator=(const EmptyFrameBuffer&) = delete;
+
+    /// Binds it, of this size.
+    void bind(OpenGLFunctions& gl, const QSize& size);
+
+private:
+    GLuint m_name = 0;
+    QSize m_size;
+};
+
 /// A frame buffer for passes that select, and the OpenGL state that they need, for as long as it lives:
 /// framebuffer bindings, viewport, scissor, blending, dithering, depth test and masks are then as they were
 /// before. The context must stay current. Pixels are counted from the top left, y down.
 class SelectionTarget
 {
 public:
-    enum Kind {
-        Bits, ///< nothing is kept and nothing hidden: every fragment runs
-        Ids   ///< keeps the 64-bit identifier of what is seen, in passes that draw the selection mask
-    };
-    /// Bound, cleared within the pixels, to which all drawing is limited.
-    SelectionTarget(OpenGLFunctions& gl, Kind kind, const QSize& size, const QRect& pixels);
+    /// For passes that set bits: nothing is kept and nothing hidden, so that every fragment runs. Bound; all
+    /// drawing is limited to the pixels.
+    SelectionTarget(OpenGLFunctions& gl, EmptyFrameBuffer& frameBuffer, const QSize& size,
+                    const QRect& pixels);
+    /// For passes that draw the selection mask: keeps the 64-bit identifiers of what is seen. Likewise, and
+    /// cleared within the pixels.
+    SelectionTarget(OpenGLFunctions& gl, const QSize& size, const QRect& pixels);
     ~SelectionTarget();
     SelectionTarget(const SelectionTarget&) = delete;
     SelectionTarget& operator=(const SelectionTarget&) = delete;
@@ -47,12 +66,13 @@ private:
     };
     void save();
     void restore();
+    void begin(const QRect& pixels, bool hides);
     void makeIds(const QSize& size);
 
     OpenGLFunctions& m_gl;
     State m_before;
     QSize m_size;
     bool m_isComplete = false;
-    GLuint m_frameBuffer = 0;
+    GLuint m_frameBuffer = 0;        // of one's own
     GLuint m_storage[3] = {0, 0, 0}; // low words, high words, depth
 };

@@ -7,6 +7,12 @@ namespace {
 constexpr GLenum target = GL_SHADER_STORAGE_BUFFER;
 constexpr std::uint64_t allocating = ~std::uint64_t(0);
 
+// Drivers write zeros at once, and anything else word by word.
+const unsigned int* cleared(const unsigned int& value)
+{
+    return value == 0 ? nullptr : &value;
+}
+
 } // namespace
 
 ShaderStorageBufferObject::ShaderStorageBufferObject(unsigned int binding, const std::string& blockName,
@@ -57,7 +63,7 @@ bool ShaderStorageBufferObject::fill(unsigned int value)
     OpenGLFunctions* gl = init() ? currentGLFunctions() : nullptr;
     if (!gl) return false;
     gl->glBindBuffer(target, m_buffer);
-    gl->glClearBufferData(target, GL_R32UI, GL_RED_INTEGER, GL_UNSIGNED_INT, &value);
+    gl->glClearBufferData(target, GL_R32UI, GL_RED_INTEGER, GL_UNSIGNED_INT, cleared(value));
     gl->glBindBuffer(target, 0);
     return true;
 }
@@ -68,7 +74,7 @@ bool ShaderStorageBufferObject::fill(unsigned int value, std::uint64_t offset, s
     if (!gl) return false;
     gl->glBindBuffer(target, m_buffer);
     gl->glClearBufferSubData(target, GL_R32UI, static_cast<GLintptr>(offset), static_cast<GLsizeiptr>(bytes),
-                             GL_RED_INTEGER, GL_UNSIGNED_INT, &value);
+                             GL_RED_INTEGER, GL_UNSIGNED_INT, cleared(value));
     gl->glBindBuffer(target, 0);
     return true;
 }

@@ -1,8 +1,17 @@
 #include "SelectionTest.h"
 
+#include "tests/support/GlObjects.h"
+
 #include <Viewer3dModule/drawers/SequentialItem3dDrawer.h>
+#include <framework/model/CFilterElement.h>
 
 #include <QtGui/QOpenGLShaderProgram>
+#include <glm/gtc/matrix_transform.hpp>
+
+#include <iterator>
+#include <limits>
+#include <map>
+#include <random>
 
 namespace {
 
@@ -21,6 +30,130 @@ protected:
         return item;
     }
 };
+
+// What a selection keeps for the next one is that of the scene as it is then: squares of whole pixels come,
+// go, move, hide and change their reach, and areas of whole pixels have those that they overlap.
+TEST_F(SelectionByBoxTest, FollowsTheSceneFromOneSelectionToTheNext)
+{
+    struct Square
+    {
+        DrawnItem* item;
+        QRect pixels;
+        bool isShown;
+    };
+    constexpr int OtherType = 4321;
+    std::mt19937 random(9);
+    const auto whole = [&random](int from, int to) {
+        return std::uniform_int_distribution<int>(from, to)(random);
+    };
+    CFilterElement others;
+    others.setTypeAccepted(TestElement::Type, false);
+    std::map<LONGID, Square> squares;
+    LONGID last = 0;
+    std::size_t found = 0;
+    for (int step = 0; step < 400; ++step) {
+        auto any = squares.begin();
+        std::advance(any, squares.empty() ? 0 : whole(0, static_cast<int>(squares.size()) - 1));
+        const int change = squares.size() < 20 ? 0 : whole(0, 4);
+        if (change == 0) {
+            const QRect pixels(whole(0, 56), whole(0, 40), whole(1, 8), whole(1, 8));
+            const int type = whole(0, 2) == 0 ? OtherType : TestElement::Type;
+            DrawnItem* item = add(++last, GL_TRIANGLES, square(pixels), Qt::white, type);
+            squares[last] = {item, pixels, true};
+        } else if (change == 1) {
+            scene->removeElement(any->first);
+            squares.erase(any);
+        } else if (change == 2) {
+            any->second.isShown = !any->second.isShown;
+            static_cast<Drawable3dItem&>(*any->second.item).setVisible(any->second.isShown);
+        } else if (change == 3) {
+            const QPoint by = QPoint(whole(0, 56), whole(0, 40)) - any->second.pixels.topLeft();
+            any->second.pixels.translate(by);
+            const glm::dvec3 step3d(2.0 * by.x() / Size.width(), -2.0 * by.y() / Size.height(), 0.0);
+            DrawnItem& item = *any->second.item;
+            item.box = gmx::BoundingBox(item.box.getMin() + step3d, item.box.getMax() + step3d);
+            static_cast<Drawable3dItem&>(item).setTransform(
+                glm::translate(glm::mat4(1.0f), glm::vec3(step3d)), true);
+        } else {
+            any->second.item->setPixelReach(whole(0, 1) == 0 ? 0.0f : std::numeric_limits<float>::infinity());
+        }
+        const QRect area(whole(-5, 60), whole(-5, 44), whole(1, 40), whole(1, 40));
+        SelectionOptions options;
+        if (whole(0, 2) == 0) options.visibilityFilter = &others;
+        Ids expected;
+        for (const auto& [id, each] : squares)
+            if (each.isShown && area.intersects(each.pixels) &&
+                (!options.visibilityFilter || each.item->getVisibilityType() == OtherType))
+                expected.insert(id);
+        found += expected.size();
+        ASSERT_EQ(select(QRectF(area), options), expected) << "step " << step;
+    }
+    EXPECT_GT(found, 400u);
+}
+
+// It is drawn, and so it is selected.
+TEST_F(SelectionByBoxTest, AnItemMayBeWithADrawerOnly)
+{
+    DrawnItem* first = addSquare(1, QRectF(10, 10, 5, 5));
+    TestElement element;
+    class : public DrawnItem
+    {
+    public:
+        using DrawnItem::DrawnItem;
+        using DrawnItem::setDrawer;
+    } unknown(&element, 2, DrawerType::Mono);
+    unknown.drawing = add(3, GL_TRIANGLES, square(QRectF(40, 10, 5, 5)))->drawing;
+    unknown.box = gmx::BoundingBox(glm::dvec3(-1, -1, 0), glm::dvec3(1, 1, 0));
+    EXPECT_EQ(select(around), Ids{1});
+    unknown.setDrawer(first->getDrawer());
+    EXPECT_EQ(select(QRectF(0, 0, 64, 48)), (Ids{1, 2, 3}));
+    EXPECT_EQ(select(around), Ids{1});
+    scene->removeElement(1);
+    EXPECT_EQ(select(QRectF(0, 0, 64, 48)), (Ids{2, 3}));
+    scene->makeCurrent();
+    unknown.setDrawer(nullptr);
+    EXPECT_EQ(select(QRectF(0, 0, 64, 48)), Ids{3});
+}
+
+TEST_F(SelectionByBoxTest, WhereBoxesDecideNothingIsAskedOfTheDriver)
+{
+    for (LONGID id = 1; id < 5; ++id)
+        addOpaque(id)->setPixelReach(1.0f);
+    addOpaque(5, QRectF(40, 10, 6, 6))->setPixelReach(1.0f);
+    EXPECT_EQ(select(around), (Ids{1, 2, 3, 4}));
+    EXPECT_EQ(select(QRectF(13, 5, 20, 20)), (Ids{1, 2, 3, 4})) << "drawn, they cross the border";
+    const auto bound = [this] {
+        GLint name = -1;
+        gl->glGetIntegeri_v(GL_SHADER_STORAGE_BUFFER_BINDING, 8, &name);
+        return name;
+    };
+    scene->makeCurrent();
+    EXPECT_NE(bound(), 0);
+    gl->glBindBufferBase(GL_SHADER_STORAGE_BUFFER, 8, 0);
+    EXPECT_EQ(select(around), (Ids{1, 2, 3, 4}));
+    EXPECT_EQ(bound(), 0) << "no pass was begun";
+}
+
+TEST_F(SelectionByBoxTest, ManySelectionsLeaveAsManyObjectsAsOne)
+{
+    addOpaque(1);
+    const auto frameBuffers = [this] {
+        int count = 0;
+        for (GLuint name = 1; name < 1000; ++name)
+            count += gl->glIsFramebuffer(name) != 0;
+        return count;
+    };
+    for (const SelectionMode mode : {Through, Visible})
+        EXPECT_EQ(select(QRectF(13, 5, 20, 20), mode), Ids{1});
+    scene->makeCurrent();
+    const GlObjects objects = GlObjects::count(*gl);
+    const int before = frameBuffers();
+    for (int i = 0; i < 20; ++i)
+        for (const SelectionMode mode : {Through, Visible})
+            EXPECT_EQ(select(QRectF(13, 5, 10 + i % 3, 20), mode), Ids{1});
+    EXPECT_EQ(frameBuffers(), before);
+    EXPECT_EQ(GlObjects::count(*gl), objects);
+}
 
 TEST_F(SelectionByBoxTest, AnOpaqueItemInTheAreaIsNotDrawn)
 {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <random>
 #include <set>
 #include <utility>
 
@@ -54,6 +55,40 @@ TEST(SelectionMaskTest, IsCutOffAtTheViewport)
     EXPECT_EQ(pixelsOf(SelectionMask(rectangle(38, 28, 1e9, 1e9), size)), block(38, 28, 2, 2));
     EXPECT_EQ(SelectionMask(rectangle(40, 0, 5, 5), size).pixels(), QRect());
     EXPECT_EQ(SelectionMask(rectangle(-5, 0, 5, 5), size).pixels(), QRect());
+}
+
+// Every border of theirs is tried in 64 places between two pixels' centres, and far away.
+TEST(SelectionMaskTest, SimplifiedRectanglesHaveTheSamePixels)
+{
+    std::mt19937 random(3);
+    const auto border = [&random](int from, int to) {
+        const double far[] = {-1e12, -1e6, -70000.0, 70000.0, 1e6, 1e12};
+        if (random() % 16 == 0) return far[random() % 6];
+        return std::uniform_int_distribution<int>(from * 64, to * 64)(random) / 64.0;
+    };
+    int simpler = 0;
+    for (int i = 0; i < 2000; ++i) {
+        const double left = border(-5, 40), top = border(-5, 30);
+        const double right = border(-5, 45), bottom = border(-5, 35);
+        QPolygonF corners({{left, top}, {right, top}, {right, bottom}, {left, bottom}});
+        if (random() % 2 == 0) std::swap(corners[1], corners[3]);
+        const QPolygonF polygon = SelectionMask::simplified(corners);
+        simpler += polygon.size() == 2;
+        const SelectionMask painted(corners, size), plain(polygon, size);
+        EXPECT_EQ(plain.pixels(), painted.pixels());
+        EXPECT_EQ(pixelsOf(plain), pixelsOf(painted)) << left << ' ' << top << ' ' << right << ' ' << bottom;
+    }
+    EXPECT_GT(simpler, 1500);
+}
+
+TEST(SelectionMaskTest, OnlyRectanglesAreSimplified)
+{
+    for (const QPolygonF& polygon :
+         {QPolygonF({{1, 1}, {5, 1}, {5, 4}}), QPolygonF({{1, 1}, {5, 1}, {5, 4}, {1, 3}}),
+          QPolygonF({{1, 1}, {5, 4}, {5, 1}, {1, 4}}), rectangle(1.5, 1, 3, 3), rectangle(1, 1, 3, 3.52),
+          rectangle(std::numeric_limits<double>::quiet_NaN(), 1, 3, 3)})
+        EXPECT_EQ(SelectionMask::simplified(polygon).size(), polygon.size());
+    EXPECT_EQ(SelectionMask::simplified(rectangle(1, 2, 3, 4)), QPolygonF(QVector<QPointF>{{1, 2}, {4, 6}}));
 }
 
 TEST(SelectionMaskTest, OfTwoPointsIsTheirBoundingRectangle)
