@@ -7,9 +7,12 @@
 #include <Viewer3dModule/shaders/DrawMode.h>
 
 #include <QtCore/QElapsedTimer>
+#include <glm/gtc/matrix_transform.hpp>
 
+#include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <random>
 
 using CaptionsDrawable3dItemTest = CaptionTest;
 
@@ -102,6 +105,30 @@ TEST_F(CaptionsDrawable3dItemTest, EachCaptionHasItsOffset)
     painter.fillRect(100, 30, 20, 10, Qt::blue);
     painter.end();
     checkImage("caption_offsets", shown(), expected);
+}
+
+// Wherever between pixels its corner lies: covered is what has its middle within.
+TEST_F(CaptionsDrawable3dItemTest, CoversItsPixelsAtAnyPlaceAndDistance)
+{
+    constexpr int wide = 31, high = 17;
+    makeItem().addCaption({}, filled(wide, high, green));
+    PaintContext context = view();
+    context.projection = glm::perspective(0.8f, float(Width) / Height, 0.1f, 5000.0f);
+    std::mt19937 random(6);
+    const auto uniform = [&random](double from, double to) {
+        return std::uniform_real_distribution<double>(from, to)(random);
+    };
+    for (int i = 0; i < 100; ++i) {
+        const int x = int(uniform(0, Width - wide)), y = int(uniform(high, Height));
+        const double distance = std::exp(uniform(std::log(0.2), std::log(4000.0)));
+        const glm::dvec3 ndc(corner(x + uniform(-0.4, 0.4), y + uniform(-0.4, 0.4)));
+        item->captions()[0]->setPosition({ndc.x * distance / double(context.projection[0][0]),
+                                          ndc.y * distance / double(context.projection[1][1]), -distance});
+        QImage expected = black();
+        QPainter(&expected).fillRect(x, y - high, wide, high, green);
+        checkImage("caption_place", drawFrame(context).convertToFormat(expected.format()), expected, {1, 0});
+        if (HasFailure()) FAIL() << x << ' ' << y << " at " << distance;
+    }
 }
 
 TEST_F(CaptionsDrawable3dItemTest, ShowsTheWholePictureWhateverWindowWasSetBefore)
@@ -212,10 +239,13 @@ TEST_F(CaptionsDrawable3dItemTest, AnElementsCaptionIsSelectedAndHasItsIdInMasks
 
 TEST_F(CaptionsDrawable3dItemTest, TenThousandComeAndGo)
 {
+    CaptionsDrawable3dItem& captions = makeItem();
+    captions.addCaption({}, filled(1, 1, green));
+    shown(); // from the first frame on there is a program
+    captions.clear();
     const GlObjects before = GlObjects::count(*gl);
     QElapsedTimer timer;
     timer.start();
-    CaptionsDrawable3dItem& captions = makeItem();
     for (int i = 0; i < 10000; ++i)
         captions.addCaption(corner(i % Width, i / Width + 10), QString::number(i), font(), green, 2.0,
                             Qt::AlignHCenter);
