@@ -1,19 +1,19 @@
 #include <Viewer3dModule/shaders/ShaderPreprocessor.h>
 
 #include <QtCore/QFile>
-#include <QtCore/QStringList>
 #include <QtCore/QTextStream>
+#include <QtCore/QVector>
 
 namespace {
 
 // The file that an include line names; null when the line is none.
-QString includedFile(const QString& line)
+QString includedFile(const QStringRef& line)
 {
     if (!line.contains(QLatin1String("//#include"))) return {};
-    const QStringList words = line.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    const QVector<QStringRef> words = line.split(QLatin1Char(' '), Qt::SkipEmptyParts);
     if (words.size() < 2 || words[0] != QLatin1String("//#include") || words[1].size() <= 2) return {};
-    const QStringList unquoted = words[1].split(QLatin1Char('"'), Qt::SkipEmptyParts);
-    return unquoted.isEmpty() ? QStringLiteral("") : unquoted.first();
+    const QVector<QStringRef> unquoted = words[1].split(QLatin1Char('"'), Qt::SkipEmptyParts);
+    return unquoted.isEmpty() ? QStringLiteral("") : unquoted.first().toString();
 }
 
 // Calls use(line) for each line, without its end, until it returns false.
@@ -22,18 +22,19 @@ void forEachLine(const QString& fileName, Use use)
 {
     QFile file(fileName);
     if (fileName.isEmpty() || !file.open(QIODevice::ReadOnly | QIODevice::Text)) return;
-    QTextStream in(&file);
-    in.setCodec("UTF-8");
-    QString line;
-    while (in.readLineInto(&line))
-        if (!use(line)) return;
+    const QString text = QString::fromUtf8(file.readAll());
+    for (int begin = 0, end = 0; begin < text.size(); begin = end + 1) {
+        end = text.indexOf(QLatin1Char('\n'), begin);
+        if (end < 0) end = text.size();
+        if (!use(text.midRef(begin, end - begin))) return;
+    }
 }
 
 } // namespace
 
 void appendShaderSource(const QString& fileName, QTextStream& out, const std::vector<std::string>& defines)
 {
-    forEachLine(fileName, [&](const QString& line) {
+    forEachLine(fileName, [&](const QStringRef& line) {
         if (!defines.empty() && line.startsWith(QLatin1String("#version"))) {
             out << line << '\n';
             for (const std::string& define : defines)
@@ -58,7 +59,7 @@ QString preprocessShader(const QString& fileName, const std::vector<std::string>
 bool doesContainInclude(const QString& fileName)
 {
     bool found = false;
-    forEachLine(fileName, [&](const QString& line) {
+    forEachLine(fileName, [&](const QStringRef& line) {
         found = !includedFile(line).isNull();
         return !found;
     });

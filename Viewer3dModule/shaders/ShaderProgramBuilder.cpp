@@ -9,6 +9,7 @@
 #include <QtCore/QRegularExpression>
 #include <QtGui/QOpenGLShaderProgram>
 
+#include <algorithm>
 #include <optional>
 
 namespace {
@@ -85,11 +86,11 @@ void setPrimitives(QOpenGLShaderProgram& program)
 }
 
 // Whether the vertex stage asks for the number of a vertex in its buffer.
-void setNumbersVertices(QOpenGLShaderProgram& program)
+void setNumbersVertices(QOpenGLShaderProgram& program, const std::vector<StageSource>& stages)
 {
-    bool numbers = false;
-    for (const QOpenGLShader* shader : program.shaders())
-        numbers = numbers || shader->sourceCode().contains("gl_VertexID");
+    const bool numbers = std::any_of(stages.begin(), stages.end(), [](const StageSource& source) {
+        return source.text.contains(QLatin1String("gl_VertexID"));
+    });
     program.setProperty(numbersVerticesProperty, numbers);
 }
 
@@ -179,7 +180,7 @@ QStringList buildFromSources(QOpenGLShaderProgram& program, const std::vector<st
     if (!hasStorage(stages, errors)) return errors;
     // The stages that did compile might link without the missing one, and draw something else than was meant.
     if (!addStages(program, stages, errors)) return errors;
-    setNumbersVertices(program);
+    setNumbersVertices(program, stages);
     declareVaryings(program, varyings);
     link(program, sources.files, errors);
     return errors;

@@ -9,12 +9,46 @@
 
 namespace {
 
+// A blank in place of each comment.
 QString withoutComments(QString source)
 {
-    static const QRegularExpression comment(QStringLiteral("//[^\\n]*|/\\*.*?\\*/"),
-                                            QRegularExpression::DotMatchesEverythingOption);
     source.replace(QStringLiteral("\\\n"), QStringLiteral(" "));
-    return source.replace(comment, QStringLiteral(" "));
+    QString rest;
+    rest.reserve(source.size());
+    for (int at = 0; at < source.size();) {
+        int begin = source.indexOf(QLatin1Char('/'), at);
+        if (begin < 0) begin = source.size();
+        rest += source.midRef(at, begin - at);
+        const QStringRef mark = source.midRef(begin, 2);
+        int end = -1;
+        if (mark == QLatin1String("//")) {
+            end = source.indexOf(QLatin1Char('\n'), begin);
+            if (end < 0) end = source.size();
+        } else if (mark == QLatin1String("/*")) {
+            end = source.indexOf(QLatin1String("*/"), begin + 2);
+            if (end >= 0) end += 2;
+        }
+        if (end < 0)
+            rest += mark.left(1);
+        else
+            rest += QLatin1Char(' ');
+        at = end < 0 ? begin + 1 : end;
+    }
+    return rest;
+}
+
+// The word that begins at or after the place, blanks aside; leads the place to its end.
+QStringRef takeWord(const QStringRef& line, int& at)
+{
+    const auto isOfWord = [](QChar c) {
+        return c.unicode() < 128 && (c.isLetterOrNumber() || c == QLatin1Char('_'));
+    };
+    while (at < line.size() && line[at].isSpace())
+        ++at;
+    const int begin = at;
+    while (at < line.size() && isOfWord(line[at]))
+        ++at;
+    return line.mid(begin, at - begin);
 }
 
 // Follows the conditions of a source from line to line.
@@ -61,14 +95,18 @@ private:
 // What of a source its compiler sees, without the directives.
 QString activePart(const QString& source)
 {
-    static const QRegularExpression directive(QStringLiteral("^\\s*#\\s*(\\w+)\\s*(\\w*)"));
     QString active;
     Conditions conditions;
-    for (const QString& line : withoutComments(source).split(QLatin1Char('\n'))) {
-        if (const QRegularExpressionMatch match = directive.match(line); match.hasMatch())
-            conditions.read(match.captured(1), match.captured(2));
-        else if (conditions.isActive())
-            active += line + QLatin1Char('\n');
+    const QString text = withoutComments(source);
+    for (const QStringRef& line : text.splitRef(QLatin1Char('\n'))) {
+        if (const QStringRef trimmed = line.trimmed(); trimmed.startsWith(QLatin1Char('#'))) {
+            int at = 1;
+            const QString word = takeWord(trimmed, at).toString();
+            conditions.read(word, takeWord(trimmed, at).toString());
+        } else if (conditions.isActive()) {
+            active += line;
+            active += QLatin1Char('\n');
+        }
     }
     return active;
 }
@@ -90,8 +128,10 @@ StorageLimits storageDeclared(const QString& source, unsigned int stage)
     static const QRegularExpression block(QStringLiteral("([^;{}]*)\\bbuffer\\s+\\w+\\s*\\{"));
     static const QRegularExpression binding(QStringLiteral("\\bbinding\\s*=\\s*(\\d+)"));
     StorageLimits declared;
+    const QString active = activePart(source);
+    if (!active.contains(QLatin1String("buffer"))) return declared; // most; expressions are expensive
     int blocks = 0;
-    QRegularExpressionMatchIterator matches = block.globalMatch(activePart(source));
+    QRegularExpressionMatchIterator matches = block.globalMatch(active);
     while (matches.hasNext()) {
         ++blocks;
         const int at = binding.match(matches.next().captured(1)).captured(1).toInt();
