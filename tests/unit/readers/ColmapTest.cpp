@@ -206,7 +206,7 @@ TEST_F(ColmapTest, WrongPointsAreRefusedWithTheirLine)
 TEST_F(ColmapTest, SmallFilesWithVeryManyPicturesAreRefused)
 {
     QByteArray images;
-    for (int i = 0; i < 60000; ++i)
+    for (int i = 0; i < 150000; ++i)
         images += QByteArray::number(i) + " 1 0 0 0 0 0 0 1 a\n\n";
     EXPECT_EQ(imagesRefusal(images), "unfolds to far more than a file of its size should");
 }

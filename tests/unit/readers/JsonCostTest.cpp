@@ -123,7 +123,7 @@ std::vector<CostlyText> geoJson()
                            pointGeometry + "]}");
          },
          nullptr},
-        {"bare_features", [] { return features(R"({"type":"Feature"},)"); }, "of its size"},
+        {"bare_features", [] { return features(R"({"type":"Feature"},)"); }, nullptr},
         {"no_features", [] { return features("{},"); }, "it is no feature"},
         {"many_properties", [] { return featureWith(members(fileSize / 11, "0")); },
          "more than 65536 properties"},
