@@ -30,16 +30,6 @@ std::vector<Drawable3dItem*> visibleItems(const Scene3d& scene)
     return items;
 }
 
-/// The largest window that a tile of the grid needs, each way.
-QSize windowSize(const TileGrid& grid)
-{
-    QSize size;
-    for (int band = 0; band < grid.bandCount(); ++band)
-        for (const Tile& tile : grid.tiles(band))
-            size = size.expandedTo(tile.frustum.size());
-    return size;
-}
-
 glm::dmat4 scaling(double factor)
 {
     return glm::scale(glm::dmat4(1.0), glm::dvec3(factor));
@@ -61,7 +51,7 @@ void DepthRenderer::setCamera(const DepthCamera& camera)
 {
     m_camera = camera;
     m_grid = TileGrid(camera.size());
-    const QSize window = windowSize(m_grid);
+    const QSize window = m_grid.largest(&Tile::frustum);
     if (m_generator && window == m_window) return;
     m_generator = std::make_unique<SceneDepthMapGenerator>(window);
     m_window = window;

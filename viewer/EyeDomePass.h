@@ -25,10 +25,10 @@ public:
     /// The scene is not owned; it builds and keeps the program.
     explicit EyeDomePass(Scene3d& scene);
 
-    /// Darkens the frame in the bound frame buffer, all of which it fills: RGBA of 8 bits, depth of 24 with
-    /// stencil of 8, as Qt makes them. A context of the scene's share group is current and the vertex array
-    /// one of its own. OpenGL's state is afterwards as it was, but for the vertex array, of which none is
-    /// bound. With Off, and without a program, the frame stays as it is.
+    /// Darkens the frame of this size in the lower left corner of the bound frame buffer: RGBA of 8 bits,
+    /// depth of 24 with stencil of 8, as Qt makes them. A context of the scene's share group is current and
+    /// the vertex array one of its own. OpenGL's state is afterwards as it was, but for the vertex array, of
+    /// which none is bound. With Off, and without a program, the frame stays as it is.
     /// @param projection  eye to clip coordinates of the frame, or of the part of one
     void apply(EyeDomeShading shading, const QSize& size, const glm::dmat4& projection,
                unsigned int vertexArray);

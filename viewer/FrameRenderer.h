@@ -43,9 +43,10 @@ public:
     /// part's size. The scene's bounds must be up to date.
     PaintContext paintContext(const Viewpoint& viewpoint, const QSize& size, const QRect& part,
                               unsigned int vertexArray) const;
-    /// Clears the bound target, of the size of the tile's, and draws the tile of a frame of this size. A
-    /// context of the scene's share group is current, with Scene3d::initializeGLCommon's state, and the
-    /// vertex array is one of its own. With eye-dome lighting the target is one that EyeDomePass takes.
+    /// Clears the bound target and draws the tile of a frame of this size to its lower left corner; the
+    /// target is at least as large as the tile's. A context of the scene's share group is current, with
+    /// Scene3d::initializeGLCommon's state, and the vertex array is one of its own. With eye-dome lighting
+    /// the target is one that EyeDomePass takes.
     void drawTile(const Viewpoint& viewpoint, const QSize& size, const Tile& tile, unsigned int vertexArray,
                   const QColor& background);
     /// The same with all of a frame in one pass.

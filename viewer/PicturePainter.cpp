@@ -38,15 +38,15 @@ QImage PicturePainter::drawTile(const Tile& tile)
 {
     const CurrentContextGuard callers;
     OpenGLFunctions& gl = m_renderer.makeCurrent();
-    if (!m_target || m_target->size() != tile.target.size()) {
-        m_target.reset(); // before there is another one
-        m_target = makeTarget(gl, tile.target.size(), smoothingSamples);
-    }
+    // One for all tiles: drivers keep the memory of targets for a while after they are deleted.
+    if (!m_target) m_target = makeTarget(gl, m_grid.largest(&Tile::target), smoothingSamples);
     m_target->bind();
     m_renderer.drawTile(m_viewpoint, m_grid.size(), tile, m_renderer.scene().getDefaultVao(), m_background);
     QImage image = m_target->toImage();
     m_target->release();
-    if (tile.target != tile.pixels) image = image.copy(tile.pixels.translated(-tile.target.topLeft()));
+    const QPoint topLeft(0, image.height() - tile.target.height());
+    if (image.size() != tile.pixels.size())
+        image = image.copy(tile.pixels.translated(topLeft - tile.target.topLeft()));
     if (isOpaque()) image = std::move(image).convertToFormat(QImage::Format_RGB32);
     requireMemory(image);
     if (m_overlay) m_overlay(image, tile.pixels.topLeft());

@@ -69,6 +69,15 @@ std::vector<Tile> TileGrid::tiles(int band) const
     return tiles;
 }
 
+QSize TileGrid::largest(QRect Tile::*kind) const
+{
+    QSize size;
+    for (int band = 0; band < bandCount(); ++band)
+        for (const Tile& tile : tiles(band))
+            size = size.expandedTo((tile.*kind).size());
+    return size;
+}
+
 Tile TileGrid::tile(const QRect& pixels) const
 {
     const QRect target = grown(pixels, m_reach, m_size);

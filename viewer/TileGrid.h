@@ -33,6 +33,8 @@ public:
     /// The tiles of a band, from left to right.
     std::vector<Tile> tiles(int band) const;
     int tileCount() const;
+    /// The largest rectangle that any of the tiles has of a kind, each way.
+    QSize largest(QRect Tile::*kind) const;
     /// A tile that draws these pixels of a picture of this size alone; its frustum is empty where none of
     /// them is anywhere near.
     static Tile around(const QRect& pixels, const QSize& size);

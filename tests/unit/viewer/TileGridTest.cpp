@@ -52,6 +52,16 @@ TEST(TileGrid, KeepsTilesAndBandsSmall)
     }
 }
 
+// Wide tiles have a neighbour on both sides, and the last ones are smaller.
+TEST(TileGrid, LargestHoldsEveryTile)
+{
+    const TileGrid grid(QSize(5000, 3000), 5);
+    EXPECT_EQ(grid.largest(&Tile::pixels), QSize(2048, 1280));
+    EXPECT_EQ(grid.largest(&Tile::target), QSize(2048 + 10, 1280 + 10));
+    EXPECT_EQ(grid.largest(&Tile::frustum), QSize(2048 + 10 + 2 * 128, 1280 + 10 + 2 * 128));
+    EXPECT_EQ(TileGrid(QSize(300, 2000), 5).largest(&Tile::target), QSize(300, 1280 + 5));
+}
+
 TEST(TileGrid, UsualPictureIsOneTile)
 {
     const QRect all(0, 0, 1920, 1080);
