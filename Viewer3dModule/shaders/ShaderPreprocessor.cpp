@@ -9,9 +9,12 @@ namespace {
 // The file that an include line names; null when the line is none.
 QString includedFile(const QStringRef& line)
 {
-    if (!line.contains(QLatin1String("//#include"))) return {};
+    int begin = 0;
+    while (begin < line.size() && line[begin] == QLatin1Char(' '))
+        ++begin;
+    if (!line.mid(begin).startsWith(QLatin1String("//#include "))) return {}; // most lines
     const QVector<QStringRef> words = line.split(QLatin1Char(' '), Qt::SkipEmptyParts);
-    if (words.size() < 2 || words[0] != QLatin1String("//#include") || words[1].size() <= 2) return {};
+    if (words.size() < 2 || words[1].size() <= 2) return {};
     const QVector<QStringRef> unquoted = words[1].split(QLatin1Char('"'), Qt::SkipEmptyParts);
     return unquoted.isEmpty() ? QStringLiteral("") : unquoted.first().toString();
 }

@@ -12,7 +12,7 @@ namespace {
 // A blank in place of each comment.
 QString withoutComments(QString source)
 {
-    source.replace(QStringLiteral("\\\n"), QStringLiteral(" "));
+    if (source.contains(QLatin1Char('\\'))) source.replace(QStringLiteral("\\\n"), QStringLiteral(" "));
     QString rest;
     rest.reserve(source.size());
     for (int at = 0; at < source.size();) {
@@ -111,6 +111,14 @@ QString activePart(const QString& source)
     return active;
 }
 
+bool mayDeclareBuffers(const QString& source)
+{
+    const QLatin1String word("buffer");
+    for (int at = source.indexOf(word); at >= 0; at = source.indexOf(word, at + 1))
+        if (const int end = at + word.size(); end < source.size() && source[end].isSpace()) return true;
+    return false;
+}
+
 } // namespace
 
 StorageLimits storageOffered(OpenGLFunctions& gl)
@@ -129,7 +137,7 @@ StorageLimits storageDeclared(const QString& source, unsigned int stage)
     static const QRegularExpression binding(QStringLiteral("\\bbinding\\s*=\\s*(\\d+)"));
     StorageLimits declared;
     const QString active = activePart(source);
-    if (!active.contains(QLatin1String("buffer"))) return declared; // most; expressions are expensive
+    if (!mayDeclareBuffers(active)) return declared; // most do not, and expressions are expensive
     int blocks = 0;
     QRegularExpressionMatchIterator matches = block.globalMatch(active);
     while (matches.hasNext()) {
