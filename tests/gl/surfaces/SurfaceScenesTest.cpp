@@ -1,4 +1,7 @@
+#include "tests/gl/fences/FencedScene.h"
+#include "tests/support/ImageCheck.h"
 #include "tests/support/SceneTest.h"
+#include "tests/support/TestItems.h"
 
 #include <Viewer3dModule/drawables/Drawable3dItem.h>
 #include <Viewer3dModule/drawables/Plane3dSegmentPrimitive.h>
@@ -6,6 +9,8 @@
 #include <Viewer3dModule/drawables/Rect3dPrimitive.h>
 #include <Viewer3dModule/drawers/DrawerType.h>
 #include <Viewer3dModule/drawers/Item3dDrawer.h>
+#include <Viewer3dModule/scene/SelectionOptions.h>
+#include <Viewer3dModule/shaders/DrawMode.h>
 #include <Viewer3dModule/shaders/Uniforms.h>
 
 #include <glm/gtc/matrix_transform.hpp>
@@ -42,6 +47,32 @@ protected:
 using PlaneItem = SurfaceItem<Plane3dSegmentPrimitive>;
 using PrismItem = SurfaceItem<Prism3dSurfacePrimitive>;
 using RectItem = SurfaceItem<Rect3dPrimitive>;
+
+/// An element's item: a floor in the lower left quarter of the view, a square in the upper right one.
+class FloorsItem : public TestGraphicsItem
+{
+public:
+    explicit FloorsItem(TestElement* element)
+        : TestGraphicsItem(element)
+    {
+        drawerType = DrawerType::Mesh;
+        fixedBox = gmx::BoundingBox(glm::dvec3(-1.0, -1.0, 0.0), glm::dvec3(1.0, 1.0, 0.0));
+    }
+    LONGID getId() const override { return LONGID(3) << 33 | 4; }
+    GeometryInfo getGeometryInfo() override { return {0, 0, 4}; }
+    using TestGraphicsItem::draw;
+    void draw(const PaintContext& context) override
+    {
+        context.drawer->setShaderLightMode(false);
+        floor.setColor(context, Qt::red);
+        floor.draw(context, 1);
+        floor.setColor(context, Qt::blue);
+        square.draw(context, 1);
+    }
+
+    Plane3dSegmentPrimitive floor;
+    Rect3dPrimitive square;
+};
 
 class SurfaceScenesTest : public SceneTest
 {
@@ -113,6 +144,55 @@ TEST_F(SurfaceScenesTest, CaptureTakesTheTriangles)
             0.5f *
             glm::cross(glm::vec3(captured[i + 1] - captured[i]), glm::vec3(captured[i + 2] - captured[i])).z;
     EXPECT_FLOAT_EQ(area, 1.0f);
+}
+
+// With the programs that these passes take: of masks, selection, fences.
+TEST_F(SurfaceScenesTest, SurfacesObeyEveryPass)
+{
+    TestElement element;
+    FenceSetter fence(*project);
+    auto* item = new FloorsItem(&element);
+    item->floor.setVertices(std::vector<glm::vec2>{{-1, -1}, {0, -1}, {0, 0}, {-1, 0}}, {4});
+    scene->addElement(item);
+    scene->makeCurrent();
+    const PaintContext context = paintContext(100, 100);
+    const auto expectShown = [&](double floor, double square, double tolerance) {
+        const QImage picture = drawFrame(context);
+        EXPECT_NEAR(countOf(picture, Qt::red), floor, tolerance);
+        EXPECT_NEAR(countOf(picture, Qt::blue), square, tolerance);
+    };
+    expectShown(50 * 50, 50 * 50, 0);
+
+    for (const SelectionMode mode : {SelectionMode::Through, SelectionMode::Visible}) {
+        SelectionOptions options;
+        options.mode = mode;
+        const std::vector<LONGID> found = {item->getId()};
+        EXPECT_EQ(scene->selectItems(context, QRectF(5, 60, 4, 4), options), found) << "the floor";
+        EXPECT_EQ(scene->selectItems(context, QRectF(60, 5, 4, 4), options), found) << "the square";
+        EXPECT_TRUE(scene->selectItems(context, QRectF(60, 60, 30, 30), options).empty());
+    }
+    scene->makeCurrent();
+    RenderTarget mask(*gl, {100, 100}, 4);
+    mask.bind();
+    mask.clear(Qt::transparent);
+    gl->glDisable(GL_BLEND); // identifiers are no colours
+    PaintContext masking = context;
+    masking.drawMode = DrawMode::SelectionMaskDraw;
+    scene->drawFrame(masking, nullptr, {});
+    gl->glEnable(GL_BLEND);
+    EXPECT_EQ(countPixels(mask.image(1), [](QRgb p) { return p != 0; }), 2 * 50 * 50);
+
+    element.setHighlighted(true);
+    const QColor chosen(255, 255, 0); // of scenes without settings
+    EXPECT_EQ(countOf(drawFrame(context), chosen), 2 * 50 * 50);
+    element.setHighlighted(false);
+
+    fence.set(glm::dvec3(0.0), 0.5);
+    const double quarter = 3.14159265 * 25.0 * 25.0 / 4.0;
+    expectShown(quarter, quarter, 15);
+    fence.reset();
+    expectShown(50 * 50, 50 * 50, 0);
+    scene->removeElement(item->getId());
 }
 
 // A glance at the whole: a courtyard house with its walls and a roof, and the lines of its plan.
