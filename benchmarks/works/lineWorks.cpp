@@ -1,7 +1,9 @@
 #include <benchmarks/works/lineWorks.h>
 
+#include <benchmarks/harness/comparePictures.h>
 #include <benchmarks/plain/PlainAtOnce.h>
 #include <benchmarks/plain/PlainLines.h>
+#include <benchmarks/plain/PlainPlaced.h>
 #include <benchmarks/works/addElements.h>
 #include <benchmarks/works/compareFrames.h>
 
@@ -48,6 +50,29 @@ std::vector<Result> compareBatched(qint64 size, const PairedRuns::Effort& effort
         scene, context, [&] { plain.draw(); }, effort, 0.005);
 }
 
+// Nothing of ours: how far below one draw an item any program could come.
+std::vector<Result> comparePlaced(qint64 size, const PairedRuns::Effort& effort)
+{
+    const LineSet set(size);
+    const View view = View::whole();
+    PlainContext placedContext(view.size), context(view.size);
+    PlainLines plain(context, view, PlainLines::Thin, 1.0f);
+    plain.load(set);
+    placedContext.makeCurrent();
+    PlainPlaced placed(placedContext, set, view);
+    const auto frames = [](PlainContext& where, auto& drawn) {
+        return PairedRuns::timed([&where] { where.makeCurrent(); },
+                                 [&where, &drawn] {
+                                     where.beginFrame();
+                                     drawn.draw();
+                                     where.endFrame();
+                                 });
+    };
+    Result result = Result::of(PairedRuns(frames(placedContext, placed), frames(context, plain), effort));
+    result.problem = comparePictures(placedContext.picture(), context.picture(), 0.005);
+    return {result};
+}
+
 Work batched(const QString& key, const QString& title, double goal, bool isAtOnce)
 {
     const auto measure = [isAtOnce](qint64 size, const auto& effort) {
@@ -86,6 +111,12 @@ std::vector<Work> lineWorks()
                 false),
         batched(QStringLiteral("B1m"), QStringLiteral("the batched drawer, beside one draw for all"), 1.20,
                 true),
+        {QStringLiteral("B1p"),
+         QStringLiteral("for scale: placed beforehand, plain too, beside one draw an item"),
+         0.0,
+         {100000},
+         {10000},
+         comparePlaced},
         drawing(QStringLiteral("B2"), QStringLiteral("polylines, 5 px, beside a geometry stage"),
                 {5.0f, PlainLines::Stage, wideAllowed}),
         drawing(QStringLiteral("B2q"), QStringLiteral("polylines, 5 px, beside pulled quads"),
