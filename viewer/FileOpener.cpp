@@ -14,6 +14,7 @@
 #include <framework/model/CModelElementManager.h>
 #include <framework/model/CProject.h>
 #include <framework/model/CProjectModel.h>
+#include <framework/model/CityObjectElement.h>
 #include <framework/model/OrthophotoElement.h>
 
 #include <QtCore/QDir>
@@ -86,20 +87,24 @@ QString findSource(const Element& element, const QString& projectPath)
     return element.getPath();
 }
 
+template <typename Element, typename Visit>
+void forEachOf(CProject& project, int type, Visit visit)
+{
+    if (const CModelElementManager* manager = project.getModel()->getItemManager(type))
+        for (CModelElement* element : manager->getItems())
+            visit(static_cast<Element&>(*element));
+}
+
 template <typename Visit>
 void forEachMesh(CProject& project, Visit visit)
 {
-    if (const CModelElementManager* manager = project.getModel()->getItemManager(element_types::Mesh))
-        for (CModelElement* element : manager->getItems())
-            visit(static_cast<MeshElement&>(*element));
+    forEachOf<MeshElement>(project, element_types::Mesh, visit);
 }
 
 template <typename Visit>
 void forEachOrthophoto(CProject& project, Visit visit)
 {
-    if (const CModelElementManager* manager = project.getModel()->getItemManager(element_types::Orthophoto))
-        for (CModelElement* element : manager->getItems())
-            visit(static_cast<OrthophotoElement&>(*element));
+    forEachOf<OrthophotoElement>(project, element_types::Orthophoto, visit);
 }
 
 /// Reads what the elements draw, parts of the same file all of them. A part that several elements draw is
@@ -294,6 +299,10 @@ QStringList FileOpener::getMeshFiles() const
     QStringList files;
     forEachMesh(m_project, [&](const MeshElement& element) { files.append(element.getPath()); });
     forEachOrthophoto(m_project, [&](const OrthophotoElement& element) { files.append(element.getPath()); });
+    forEachOf<CityObjectElement>(m_project, element_types::CityObject, [&](const CityObjectElement& element) {
+        for (const CityGeometry::Look& look : element.getGeometry().looks)
+            if (!look.image.isEmpty()) files.append(look.image);
+    });
     files.removeDuplicates();
     return files;
 }

@@ -46,7 +46,8 @@ public:
     /// has changed: all files are read before anything is replaced.
     QStringList openProject(const QString& path, ksp::StagedProgress progress);
 
-    /// The files that the project's mesh elements and orthophotos come from, each once.
+    /// The files that the project's mesh elements and orthophotos come from and the pictures of its city
+    /// objects, each once.
     QStringList getMeshFiles() const;
 
 private:

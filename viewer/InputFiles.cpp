@@ -1,6 +1,7 @@
 #include <viewer/InputFiles.h>
 
 #include <viewer/ModelFolder.h>
+#include <viewer/WorldFile.h>
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
@@ -63,6 +64,11 @@ QStringList filesNamedIn(const QString& path)
     if (extension == QLatin1String("mtl")) names = readNames(path, map);
     if (extension == QLatin1String("gltf") || extension == QLatin1String("glb")) names = readAddresses(path);
     QStringList files;
+    static const QStringList pictures = {QStringLiteral("png"), QStringLiteral("jpg"), QStringLiteral("jpeg"),
+                                         QStringLiteral("tif"), QStringLiteral("tiff")};
+    if (pictures.contains(extension))
+        for (const QString& world : WorldFile::placesFor(path))
+            if (QFileInfo(world).isFile()) files.append(QFileInfo(world).canonicalFilePath());
     for (const QString& name : names)
         for (const QString& place : placesOf(name, QFileInfo(path).absoluteDir()))
             if (QFileInfo(place).isFile()) files.append(QFileInfo(place).canonicalFilePath());

@@ -4,7 +4,7 @@
 
 /// The files that work reads, so that what it writes does not fall on one of them: the inputs, and what they
 /// name, which are the material libraries of an OBJ file and their textures, the pictures and buffers of a
-/// glTF file, the three files of a COLMAP model.
+/// glTF file, the three files of a COLMAP model, the world file of a picture.
 class InputFiles
 {
 public:

@@ -65,6 +65,14 @@ void OutputFile::commit()
     if (!m_file.flush() || !m_file.commit()) fail();
 }
 
+void OutputFile::commit(const std::vector<OutputFile*>& files)
+{
+    for (OutputFile* file : files)
+        if (file && !file->m_file.flush()) file->fail();
+    for (OutputFile* file : files)
+        if (file) file->commit();
+}
+
 void OutputFile::fail(const QString& reason) const
 {
     if (m_file.error() == QFileDevice::NoError && !reason.isEmpty()) refuse(m_path, reason);

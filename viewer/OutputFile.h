@@ -3,6 +3,8 @@
 #include <QtCore/QSaveFile>
 #include <QtCore/QString>
 
+#include <vector>
+
 class InputFiles;
 
 /// A file that appears whole or not at all: written under another name beside its own, which it gets when all
@@ -25,6 +27,9 @@ public:
     void write(const char* bytes, qint64 count);
     /// Gives the file its name. Throws when something of it could not be written.
     void commit();
+    /// Gives the files that belong together their names, in this order, once all of every one is written.
+    /// Null pointers are passed over. Throws likewise, mostly before the first has its name.
+    static void commit(const std::vector<OutputFile*>& files);
     /// Throws with the reason, and with the device's where that failed.
     [[noreturn]] void fail(const QString& reason = {}) const;
 

@@ -108,12 +108,12 @@ public:
         if (m_worldFile && ortho)
             writeText(*m_worldFile, WorldFile::content(ortho->pixel, ortho->left, ortho->top));
     }
-    void commit()
+    void commit(const InputFiles& inputs)
     {
-        m_map.commit();
-        if (m_previewFile) m_previewFile->commit();
-        if (m_cameraFile) m_cameraFile->commit();
-        if (m_worldFile) m_worldFile->commit();
+        const auto given = [](std::optional<OutputFile>& file) { return file ? &*file : nullptr; };
+        OutputFile::commit({&m_map, given(m_previewFile), given(m_cameraFile), given(m_worldFile)});
+        if (!m_worldFile) WorldFile::removeOld(m_map.path(), inputs);
+        if (m_previewFile) WorldFile::removeOld(m_previewFile->path(), inputs);
     }
 
 private:
@@ -165,7 +165,7 @@ private:
 
 /// Draws the map of the renderer's camera.
 void write(DepthRenderer& renderer, const DepthOptions::Map& map, const CameraOptions::View& view,
-           ProgressBar& bar, ksp::StagedProgress progress)
+           const InputFiles& inputs, ProgressBar& bar, ksp::StagedProgress progress)
 {
     Pass pass(renderer, bar);
     if (renderer.wantsNearest()) {
@@ -183,13 +183,13 @@ void write(DepthRenderer& renderer, const DepthOptions::Map& map, const CameraOp
              progress.startStage(100.0));
     bar.runSilent([&] {
         outputs.write(renderer.camera(), view.ortho);
-        outputs.commit();
+        outputs.commit(inputs);
     });
 }
 
 /// Draws them all, in stages as long as they have pixels.
-void writeAll(const std::vector<DepthOptions::Map>& maps, Scene3d& scene, ProgressBar& bar,
-              ksp::StagedProgress progress)
+void writeAll(const std::vector<DepthOptions::Map>& maps, Scene3d& scene, const InputFiles& inputs,
+              ProgressBar& bar, ksp::StagedProgress progress)
 {
     const gmx::BoundingBox visible = FrameRenderer(scene).visibleBounds();
     std::vector<CameraOptions::View> views;
@@ -201,7 +201,7 @@ void writeAll(const std::vector<DepthOptions::Map>& maps, Scene3d& scene, Progre
     DepthRenderer renderer(scene, makeCamera(views.front(), scene, visible));
     for (std::size_t i = 0; i < maps.size(); ++i) {
         renderer.setCamera(makeCamera(views[i], scene, visible));
-        write(renderer, maps[i], views[i], bar,
+        write(renderer, maps[i], views[i], inputs, bar,
               progress.startStage(100.0 * pixelCount(views[i].size) / pixels,
                                   printable(QFileInfo(maps[i].output).fileName())));
     }
@@ -237,5 +237,5 @@ void commands::depth(const DepthOptions& options)
         OutputFile::requireNoInput(name, inputs);
 
     scene->flushBounds();
-    writeAll(maps, *scene, bar, progress.startStage(100.0));
+    writeAll(maps, *scene, inputs, bar, progress.startStage(100.0));
 }

@@ -85,12 +85,15 @@ private:
 class Drawing
 {
 public:
-    Drawing(Scene3d& scene, const RenderOptions& options, Elevation& elevation, ProgressBar& bar)
+    /// None is owned.
+    Drawing(Scene3d& scene, const RenderOptions& options, const InputFiles& inputs, Elevation& elevation,
+            ProgressBar& bar)
         : m_scene(scene)
         , m_renderer(scene)
         , m_visible(m_renderer.visibleBounds())
         , m_background(options.background.isValid() ? options.background
                                                     : View3dSettings::getInstance()->getBackgroundColor())
+        , m_inputs(inputs)
         , m_elevation(elevation)
         , m_bar(bar)
     {
@@ -131,8 +134,8 @@ public:
         };
         PictureFile::write(picture, painter, {draw, report});
         m_bar.runSilent([&] {
-            if (world) world->commit();
-            picture.commit();
+            OutputFile::commit({world ? &*world : nullptr, &picture});
+            if (!world) WorldFile::removeOld(entry.output, m_inputs);
         });
     }
 
@@ -141,6 +144,7 @@ private:
     FrameRenderer m_renderer;
     gmx::BoundingBox m_visible;
     QColor m_background;
+    const InputFiles& m_inputs;
     Elevation& m_elevation;
     ProgressBar& m_bar;
 };
@@ -196,6 +200,6 @@ void commands::render(const RenderOptions& options)
             OutputFile::requireNoInput(file, inputs);
 
     scene->flushBounds();
-    Drawing drawing(*scene, options, elevation, bar);
+    Drawing drawing(*scene, options, inputs, elevation, bar);
     writeAll(entries, drawing, progress.startStage(100.0));
 }

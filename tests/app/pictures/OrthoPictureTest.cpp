@@ -203,3 +203,93 @@ TEST_F(OrthoPicture, WorldFileReplacesNoInput)
     EXPECT_EQ(read("out.pgw"), "newmtl m\n");
     EXPECT_FALSE(QFileInfo::exists(path("out.png")));
 }
+
+// Of several parts none gets its name when one of them does not find room: here the picture lacks its last
+// byte.
+TEST_F(OrthoPicture, AndItsWorldFileAppearTogether)
+{
+    const QString command =
+        QString("'%1' render '%2' -o '%3' --view top --projection parallel --gsd 0.8")
+            .arg(viewerProgram(), QStringLiteral(V3D_SOURCE_DIR "/samples/town/terrain.ply"),
+                 path("out.png"));
+    ASSERT_EQ(runProgram("bash", {"-c", command}).status, 0);
+    const qint64 size = QFileInfo(path("out.png")).size(); // above 100 KiB
+    ASSERT_GT(size, 100 * 1024);
+    for (const char* name : {"out.png", "out.pgw"})
+        ASSERT_TRUE(QFile::remove(path(name)));
+    const ViewerRun run =
+        runProgram("bash", {"-c", QString("ulimit -f %1; %2").arg((size - 1) / 1024).arg(command)});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.errorLines(),
+              QStringList("viewer3d: " + path("out.png") + ": cannot be written: File too large"));
+    EXPECT_EQ(QDir(path(".")).entryList(QDir::Files), QStringList());
+}
+
+// --- what is left of a picture that was there before
+
+class OldWorldFile : public OrthoPicture
+{
+protected:
+    void SetUp() override
+    {
+        OrthoPicture::SetUp();
+        m_file = write("square.obj", "v 100 50 5\nv 108 50 5\nv 108 54 9\nv 100 54 9\nf 1 2 3 4\n");
+    }
+    /// Puts a picture from the side where one from above lay, or may have lain.
+    void renderFromTheSide(const QString& name) const
+    {
+        const ViewerRun run =
+            runViewer({"render", m_file, "-o", path(name), "--view", "front", "--size", "10x6"});
+        EXPECT_EQ(run.status, 0) << run.error.constData();
+    }
+    QString m_file;
+};
+
+TEST_F(OldWorldFile, GoesWithItsPicture)
+{
+    for (const auto& [picture, world] :
+         {std::pair("a.png", "a.pgw"), {"b.tif", "b.tfw"}, {"c.tiff", "c.tfw"}}) {
+        render({m_file, "--gsd", "2"}, picture);
+        ASSERT_TRUE(QFileInfo::exists(path(world)));
+        renderFromTheSide(picture);
+        EXPECT_FALSE(QFileInfo::exists(path(world))) << world;
+    }
+}
+
+TEST_F(OldWorldFile, GoesWithTheDepthMapThatTakesItsPlace)
+{
+    render({m_file, "--gsd", "2"}, "a.tif");
+    render({m_file, "--gsd", "2"}, "b.png");
+    ASSERT_EQ(runViewer({"depth", m_file, "-o", path("a.tif"), "--preview", path("b.png"), "--size", "10x6"})
+                  .status,
+              0);
+    EXPECT_EQ(QDir(path(".")).entryList({"*w"}, QDir::Files), QStringList());
+}
+
+TEST_F(OldWorldFile, OfSomebodyElseStays)
+{
+    const QByteArray theirs = "2.0\n0.0\n0.0\n-2.0\n101.0\n53.0\n";
+    write("a.pgw", theirs);
+    renderFromTheSide("a.png");
+    EXPECT_EQ(read("a.pgw"), theirs);
+}
+
+TEST_F(OldWorldFile, OfAnotherPictureStays)
+{
+    render({m_file, "--gsd", "2", "--size", "10x6"}, "a.tif");
+    renderFromTheSide("a.tiff");
+    EXPECT_EQ(read("a.tfw"), "2\n0\n0\n-2\n95\n57\n");
+}
+
+TEST_F(OldWorldFile, ThatIsReadStays)
+{
+    render({m_file, "--gsd", "2", "--size", "10x6"}, "a.png");
+    ASSERT_TRUE(QFile::rename(path("a.pgw"), path("b.pgw")));
+    ASSERT_TRUE(QFile::link(path("b.pgw"), path("a.pgw")));
+    ASSERT_TRUE(
+        QFile::rename(path("a.png"), path("b.png"))); // b.png is read with b.pgw, to which a.pgw leads
+    m_file = path("b.png");
+    renderFromTheSide("a.png");
+    EXPECT_EQ(read("b.pgw"), "2\n0\n0\n-2\n95\n57\n");
+    EXPECT_TRUE(QFileInfo::exists(path("a.pgw")));
+}

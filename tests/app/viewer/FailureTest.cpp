@@ -205,6 +205,25 @@ TEST_F(OutputIsInput, AsThePictureOfAGltf)
     expectKept(path("house.gltf"), "roof tiles.png", path("roof tiles.png"));
 }
 
+TEST_F(OutputIsInput, AsTheTextureOfACity)
+{
+    write("roof tiles.png", pixel());
+    write("city.json",
+          R"({"type":"CityJSON","version":"2.0","transform":{"scale":[1,1,1],"translate":[0,0,0]},
+        "appearance":{"textures":[{"type":"PNG","image":"roof tiles.png"}],"vertices-texture":[[0,0],[1,0],[0,1]]},
+        "CityObjects":{"a":{"type":"Building","geometry":[{"type":"MultiSurface","lod":"2","boundaries":[[[0,1,2]]],
+            "texture":{"t":{"values":[[[0,0,1,2]]]}}}]}},"vertices":[[0,0,0],[1,0,0],[0,1,0]]})");
+    expectKept(path("city.json"), "roof tiles.png", path("roof tiles.png"));
+}
+
+TEST_F(OutputIsInput, AsTheWorldFileOfAPicture)
+{
+    write("plan.png", pixel());
+    write("plan.pgw", "1\n0\n0\n-1\n0\n0\n");
+    ASSERT_TRUE(QFile::link(path("plan.pgw"), path("link.png")));
+    expectKept(path("plan.png"), "plan.pgw", path("link.png"));
+}
+
 TEST_F(OutputIsInput, AndAPictureBesideIsNone)
 {
     writeTextured("roof tiles.png", "");
