@@ -35,6 +35,12 @@ QOpenGLShaderProgram* createProgram(Scene3d* scene)
                                 {"RX_USE_INSTANCED_DRAW", "RX_USE_TEXTURE_AS_BITMAP"}, {});
 }
 
+// The anchor of a label that is not scaled lies at a corner of pixels.
+bool isTexelAPixel(const MultiGlyphItem3dDrawer::Glyph& glyph)
+{
+    return !(glyph.height > 0.0f) && glyph.offset == glm::floor(glyph.offset);
+}
+
 std::size_t slotOf(std::int32_t index)
 {
     return static_cast<std::size_t>(index);
@@ -173,6 +179,7 @@ void MultiGlyphItem3dDrawer::update(OpenGLFunctions& gl)
     if (m_staleGlyphs > mostStale * static_cast<double>(m_glyphs.size())) compressBuffers();
     m_glyphBuffer.upload(gl, m_glyphs, GL_DYNAMIC_DRAW);
     m_idBuffer.upload(gl, m_ids, GL_DYNAMIC_DRAW);
+    m_isTexelAPixel = std::all_of(m_glyphs.begin(), m_glyphs.end(), isTexelAPixel);
     updateFlags(gl);
     m_needsUpdate = false;
 }
@@ -256,6 +263,7 @@ void MultiGlyphItem3dDrawer::drawRuns(OpenGLFunctions& gl, const PaintContext& c
     gl.glBindVertexArray(context.vertexArray);
     gl.glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, m_indexBuffer.name());
     gl.glActiveTexture(GL_TEXTURE0);
+    if (m_isTexelAPixel) m_sampler.bind(gl, 0);
     std::uintptr_t first = 0;
     for (const Run& run : m_runs) {
         const IconTexture* texture = m_textures[slotOf(run.texture)].get();
@@ -266,6 +274,7 @@ void MultiGlyphItem3dDrawer::drawRuns(OpenGLFunctions& gl, const PaintContext& c
         }
         first += slotOf(run.count);
     }
+    gl.glBindSampler(0, 0);
     gl.glBindTexture(GL_TEXTURE_2D, 0);
     gl.glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0);
     gl.glBindVertexArray(0);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <Viewer3dModule/drawables/GlBuffer.h>
+#include <Viewer3dModule/drawables/GlSampler.h>
 #include <Viewer3dModule/drawers/Item3dDrawer.h>
 #include <framework/ksp/LONGID.h>
 
@@ -124,6 +125,8 @@ private:
     std::vector<std::shared_ptr<IconTexture>> m_textures;
     GlBuffer m_indexBuffer;
     std::vector<Run> m_runs;
+    GlSampler m_sampler;
+    bool m_isTexelAPixel = false; // every glyph, as of the last upload
     bool m_needsUpdate = true;
     bool m_flagsChanged = true;
     bool m_orderChanged = true;

@@ -90,6 +90,40 @@ TEST_F(GlyphDrawingTest, ALabelWithAHeightIsScaledToIt)
     expectOnly(shown(), {{QRect(10, 28, 8, 12), green}, {QRect(22, 28, 8, 12), green}});
 }
 
+// Of a transparent and a white half: what lies between is mixed as the texture asks for, and only there.
+TEST_F(GlyphDrawingTest, TexelsAreMixedWhereTheyAreNoPixels)
+{
+    QImage image(4, 6, QImage::Format_RGBA8888);
+    for (int y = 0; y < 6; ++y)
+        for (int x = 0; x < 4; ++x)
+            image.setPixelColor(x, y, x < 2 ? Qt::transparent : Qt::white);
+    const MultiGlyphItem3dDrawer::GlyphList halves = {
+        {glm::vec2(0.0f), std::make_shared<IconTexture>(image)}};
+    LabelledItem& item = add(1, halves, atCorner(10, 40));
+    const auto mixed = [this] {
+        const QImage picture = shown();
+        int count = 0;
+        for (int y = 0; y < Size; ++y)
+            for (int x = 0; x < Size; ++x) {
+                const int shade = picture.pixelColor(x, y).green();
+                count += shade > 0 && shade < 255;
+            }
+        return count;
+    };
+    EXPECT_EQ(mixed(), 0);
+    item.height = 12.0f;
+    drawer->updateItem(&item);
+    EXPECT_EQ(mixed(), 24) << "two columns of twelve";
+    item.height = 0.0f;
+    item.glyphs[0].first.x = 0.5f;
+    drawer->updateItem(&item);
+    EXPECT_EQ(mixed(), 6) << "one, half-way between two texels";
+    item.glyphs[0].first.x = -3.0f;
+    drawer->updateItem(&item);
+    EXPECT_EQ(mixed(), 0);
+    expectOnly(shown(), {{QRect(9, 34, 2, 6), green}});
+}
+
 TEST_F(GlyphDrawingTest, DrawsWithItsOwnProgramWhateverThePassNames)
 {
     add(1, label(1), atCorner(10, 20));
@@ -105,7 +139,8 @@ TEST_F(GlyphDrawingTest, LeavesNothingBound)
 {
     add(1, label(2), atCorner(10, 20));
     shown();
-    for (const GLenum what : {GL_CURRENT_PROGRAM, GL_VERTEX_ARRAY_BINDING, GL_TEXTURE_BINDING_2D}) {
+    for (const GLenum what :
+         {GL_CURRENT_PROGRAM, GL_VERTEX_ARRAY_BINDING, GL_TEXTURE_BINDING_2D, GL_SAMPLER_BINDING}) {
         GLint value = -1;
         gl->glGetIntegerv(what, &value);
         EXPECT_EQ(value, 0) << what;
