@@ -26,6 +26,9 @@ const char* const withVisibleItemsOnly = "RX_VISIBLE_ITEMS_ONLY";
 const char* const withTexCoords = "RX_USE_PER_VERTEX_TEX_COORDS";
 const char* const withoutMaterials = "RX_NO_MATERIALS";
 const char* const withNormals = "RX_USE_PER_VERTEX_NORMAL";
+const char* const withVertexColors = "RX_USE_PER_VERTEX_COLOR";
+const char* const withLightInAlpha = "RX_LIGHT_IN_ALPHA";
+const char* const withVertexStageColors = "RX_VERTEX_STAGE_COLORS";
 
 const char* defineOf(ProgramFence fence)
 {
@@ -60,6 +63,11 @@ public:
                                    asksFor(m_fragment, withoutMaterials))
         , m_canBeUnlit(has(withNormals) && m_sources.files.size() == 2 && asksFor(m_vertex, withNormals) &&
                        asksFor(m_fragment, withNormals))
+        , m_canHideLight(m_sources.files.size() == 2 && asksFor(m_vertex, withLightInAlpha) &&
+                         asksFor(m_fragment, withLightInAlpha))
+        , m_canChooseColors(m_sources.files.size() == 2 && has(withVertexColors) &&
+                            !has("RX_USE_ELEVATION_COLOR") && asksFor(m_vertex, withVertexStageColors) &&
+                            asksFor(m_fragment, withVertexStageColors))
     {
     }
 
@@ -172,7 +180,7 @@ private:
         if (wanted.readsRecords) defines.emplace_back(withRecords);
         if (wanted.isUnlit) drop(withNormals);
         if (wanted.colors == ProgramColors::VisibleVertices) drop(withTexCoords);
-        addColors(wanted.colors, defines);
+        addColors(wanted, defines);
         Variant variant;
         variant.program = new QOpenGLShaderProgram(this);
         setSources(*variant.program, {m_sources.files, defines});
@@ -192,13 +200,16 @@ private:
         return variant;
     }
 
-    static void addColors(ProgramColors colors, std::vector<std::string>& defines)
+    void addColors(const ProgramVariant& wanted, std::vector<std::string>& defines) const
     {
-        const bool isOfVertices = colors == ProgramColors::VisibleVertices;
-        const bool isOfItems = colors == ProgramColors::OfItems || colors == ProgramColors::VisibleItems;
-        if (isOfItems) defines.emplace_back(withItemColorsOnly);
+        const bool isOfVertices = wanted.colors == ProgramColors::VisibleVertices;
+        const bool isOfVisibleItems = wanted.colors == ProgramColors::VisibleItems;
+        const bool isOfItems = isOfVisibleItems || wanted.colors == ProgramColors::OfItems;
+        if (isOfItems && m_canShowItemColors) defines.emplace_back(withItemColorsOnly);
+        if (isOfItems && m_canHideLight) defines.emplace_back(withLightInAlpha);
         if (isOfVertices) defines.emplace_back(withoutMaterials);
-        if (isOfVertices || colors == ProgramColors::VisibleItems) defines.emplace_back(withVisibleItemsOnly);
+        if (isOfVertices && wanted.isUnlit && m_canChooseColors) defines.emplace_back(withVertexStageColors);
+        if (isOfVertices || isOfVisibleItems) defines.emplace_back(withVisibleItemsOnly);
     }
 
     // What is given up first when the variant cannot be built.
@@ -219,7 +230,9 @@ private:
     bool m_canShowItemColors;
     bool m_canShowVisibleItems;
     bool m_canShowVisibleVertices;
-    bool m_canBeUnlit;                                // other stages hand normals on whatever is defined
+    bool m_canBeUnlit; // other stages hand normals on whatever is defined
+    bool m_canHideLight;
+    bool m_canChooseColors;
     std::optional<Variant> m_built[3][2][2][2][4][2]; ///< in the order of ProgramVariant
 };
 

@@ -322,6 +322,17 @@ MUTATIONS = [
         ("light", "item.is_lit != 0", "item.is_lit == 0"),
     ),
     *changes(
+        "what less is handed on", "common.vertex", "gl_drawers",
+        ("light in alpha", "if (item.is_lit == 0) item.color.a", "if (item.is_lit != 0) item.color.a"),
+        ("chosen colour", "item.color_mode == vertex_color_mode ?", "item.color_mode != vertex_color_mode ?"),
+        ("highlighted colour", "colorFromFlags(item.flags, own_color, item.color)", "own_color"),
+    ),
+    *changes(
+        "what less is handed on", "mesh.fragment", "gl_drawers",
+        ("light in alpha", "item.color.a >= 0.0", "item.color.a < 0.0"),
+        ("alpha without the light", "abs(item.color.a)", "item.color.a"),
+    ),
+    *changes(
         "colours by height", "common.vertex", "gl_elevation",
         ("height of a vertex", "vertex_color.r = world.z", "vertex_color.r = point_coords.z"),
         ("place of the height", "item.vertex_color.r = world", "item.vertex_color.g = world"),

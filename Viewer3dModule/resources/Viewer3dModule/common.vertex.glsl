@@ -1,5 +1,10 @@
 #version 430 core
-// The vertex stage of most programs. What a vertex and an item bring along is chosen by defines.
+// The vertex stage of most programs. What a vertex and an item bring along is chosen by defines, and so is what is
+// handed on: drivers that set up each triangle and point for the fragments take time for each slot of four values.
+//   RX_LIGHT_IN_ALPHA       the alpha of the item's colour is negative where is_lit is 0, which need not be read then
+//   RX_VERTEX_STAGE_COLORS  the colour of the vertices is that which is shown, by the item's flags and colour mode: of
+//                           what is not lit. Colours that are the same all over stay what they are but for rounding,
+//                           which is less than the eight bits of a picture show
 #if defined(RX_USE_ITEM_RECORDS) && !defined(RX_USE_INSTANCED_DRAW)
 #define ITEM_HAS_RECORD
 #endif
@@ -108,8 +113,15 @@ void main()
     item.place = fencePlace(world);
 #ifdef RX_USE_PER_VERTEX_COLOR
     item.vertex_color = point_color;
+#ifdef RX_VERTEX_STAGE_COLORS
+    vec4 own_color = item.color_mode == vertex_color_mode ? point_color : item.color;
+    item.vertex_color = colorFromFlags(item.flags, own_color, item.color);
+#endif
 #ifdef RX_USE_ELEVATION_COLOR
     item.vertex_color.r = world.z;
 #endif
+#endif
+#ifdef RX_LIGHT_IN_ALPHA
+    if (item.is_lit == 0) item.color.a = -item.color.a;
 #endif
 }

@@ -10,11 +10,11 @@ uniform vec3 uLightDirection = vec3(1.0, 1.0, 1.0); // towards the light
 vec3 lightColor(vec3 ambient_color, vec3 diffuse_color, vec3 specular_color)
 {
     const float ambient = 0.3;
-    vec3 n = view_normal / length(view_normal);
-    vec3 l = uLightDirection / length(uLightDirection);
+    vec3 n = normalize(view_normal);
+    vec3 l = normalize(uLightDirection);
     float diffuse = abs(dot(n, l));
     // drivers may make something else than a NaN of 0 / 0
-    bool has_directions = length(view_normal) > 0.0 && length(uLightDirection) > 0.0;
+    bool has_directions = dot(view_normal, view_normal) > 0.0 && dot(uLightDirection, uLightDirection) > 0.0;
     if (!has_directions || isnan(diffuse)) return ambient * ambient_color;
 
     float mirrored = dot(normalize(-view_position), reflect(-l, n));

@@ -4,7 +4,8 @@
 // With RX_USE_PER_VERTEX_COLOR and RX_USE_ELEVATION_COLOR their colour is that of the height, and only the alpha is
 // that of the source. With RX_ITEM_COLORS_ONLY none of the items has a colour mode but the first one, or a material:
 // what is not read is not interpolated either, and drivers that run both sides of a condition are spared one. With
-// RX_NO_MATERIALS none has a material. With RX_VISIBLE_ITEMS_ONLY besides, see SelectionMode.glsl.
+// RX_NO_MATERIALS none has a material. With RX_VISIBLE_ITEMS_ONLY besides, see SelectionMode.glsl. With RX_LIGHT_IN_ALPHA
+// and RX_VERTEX_STAGE_COLORS the vertex stage hands less on, see common.vertex.glsl.
 #if defined(RX_VISIBLE_ITEMS_ONLY) && !defined(RX_USE_ELEVATION_COLOR)
 #define ALL_IS_VISIBLE
 #endif
@@ -16,6 +17,14 @@ in Item
     ITEM_FIELDS
 }
 item;
+
+#ifdef RX_LIGHT_IN_ALPHA
+#define ITEM_COLOR vec4(item.color.rgb, abs(item.color.a))
+#define IS_LIT (item.color.a >= 0.0)
+#else
+#define ITEM_COLOR item.color
+#define IS_LIT (item.is_lit != 0)
+#endif
 
 // These and filled_texture_back are read here and not handed on with the item: they are the same for nearly all items,
 // and what costs a frame is a uniform of the fragment stage that changes from item to item.
@@ -42,8 +51,8 @@ uniform int filled_texture_back = 0; // 1: the item's colour shows behind transp
 // The colour of the surface itself, and that of a highlighted one.
 void chooseColors(out vec4 own_color, out vec4 highlight_color)
 {
-    own_color = item.color;
-    highlight_color = item.color;
+    own_color = ITEM_COLOR;
+    highlight_color = ITEM_COLOR;
 #ifndef RX_ITEM_COLORS_ONLY
 #ifdef RX_USE_PER_VERTEX_COLOR
     if (item.color_mode == vertex_color_mode) own_color = item.vertex_color;
@@ -75,7 +84,7 @@ vec3 litColor(vec3 surface_color)
     bool has_material = uMaterialMode == 1;
 #endif
 #ifdef RX_USE_PER_VERTEX_NORMAL
-    if (item.is_lit != 0) {
+    if (IS_LIT) {
         if (!has_material) return lightColor(surface_color);
         return lightColor(surface_color * uMaterialAmbient, surface_color * uMaterialDiffuse,
                           surface_color * uMaterialSpecular);
@@ -87,7 +96,9 @@ vec3 litColor(vec3 surface_color)
 void main()
 {
 #if defined(RX_ITEM_COLORS_ONLY) && !defined(RX_USE_ELEVATION_COLOR)
-    vec4 surface = item.color; // which the flags have chosen already
+    vec4 surface = ITEM_COLOR; // which the flags have chosen already
+#elif defined(RX_VERTEX_STAGE_COLORS)
+    vec4 surface = item.vertex_color;
 #else
     vec4 own_color;
     vec4 highlight_color;

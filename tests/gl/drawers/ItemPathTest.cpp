@@ -119,6 +119,18 @@ MeshData pointsOf(MeshData data)
     return data;
 }
 
+MeshData linesOf(MeshData data)
+{
+    data.parts[0].kind = MeshData::Part::Lines;
+    return data;
+}
+
+MeshData translucent(MeshData data)
+{
+    data.parts[0].color.setAlpha(100);
+    return data;
+}
+
 class ItemPathTest : public InstancedTest
 {
 protected:
@@ -252,6 +264,9 @@ TEST_F(ItemPathTest, PromisesChangeNoPixel)
         {pointsOf(boxMesh(0)), pointsOf(boxMesh(9)), pointsOf(boxMesh(20))},
         {pointsOf(boxWithVertexColors(0)), pointsOf(boxMesh(9)), pointsOf(boxWithVertexColors(20))},
         {pointsOf(boxWithVertexColors(0)), boxWithTexture(9), boxWithVertexColors(20)},
+        {linesOf(boxWithVertexColors(0)), pointsOf(boxMesh(9)), linesOf(boxWithVertexColors(20))},
+        {pointsOf(boxMesh(0)), translucent(boxMesh(9)), linesOf(boxMesh(20))},
+        {pointsOf(translucent(boxMesh(0))), translucent(linesOf(boxMesh(9))), boxMesh(20)},
     };
     Item3dDrawer* drawer = scene->getDefaultDrawer(DrawerType::Mesh);
     PaintContext context = paintContext(48, 48);
