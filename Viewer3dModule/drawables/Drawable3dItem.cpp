@@ -117,6 +117,12 @@ const InteractiveGraphicsItem* Drawable3dItem::hostItem() const
     return m_hostItem;
 }
 
+void Drawable3dItem::setHostItem(const InteractiveGraphicsItem& item)
+{
+    m_hostItem = &item;
+    m_hostItemKnown = true;
+}
+
 std::uint64_t Drawable3dItem::drawId() const
 {
     const InteractiveGraphicsItem* item = hostItem();

@@ -133,12 +133,16 @@ private:
     /// its address.
     std::uint64_t drawId() const;
 
+    /// What hostItem() finds, told by who knows it: it takes a while to find.
+    void setHostItem(const InteractiveGraphicsItem& item);
+
     ksp::GuardedPtr<Item3dDrawer> m_drawer;
     ksp::GuardedPtr<Scene3d> m_scene;
     glm::mat4 m_transform = glm::mat4(1.0f);
     int m_drawerIndex = -1;
     int m_indexPlace = NoIndexPlace; // where the scene's ItemIndex has it
     int m_indexWaiting = -1;         // and among those that changed
+    int m_pendingPlace = -1;         // among those whose update waits for the end of the scene's group
     std::uint32_t m_transformRevision = 0;
     std::uint32_t m_drawingRevision = 0;
     float m_pixelReach = 32.0f; // pens and points up to 64 pixels wide

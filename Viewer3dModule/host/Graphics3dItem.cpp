@@ -12,6 +12,7 @@
 Graphics3dItem::Graphics3dItem(CModelElement* element)
     : InteractiveGraphicsItem(element)
 {
+    setHostItem(*this);
 }
 
 Graphics3dItem::~Graphics3dItem() = default;

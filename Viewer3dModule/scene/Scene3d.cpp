@@ -67,6 +67,14 @@ bool Scene3d::makeCurrent()
     return m_context.makeCurrent(m_surface.get());
 }
 
+// What is called for one item after another does not ask the driver for what is so already.
+void Scene3d::stayCurrent()
+{
+    const bool isCurrent =
+        QOpenGLContext::currentContext() == &m_context && m_context.surface() == m_surface.get();
+    if (!isCurrent) makeCurrent();
+}
+
 void Scene3d::doneCurrent()
 {
     m_context.doneCurrent();
@@ -114,7 +122,7 @@ QOpenGLShaderProgram* Scene3d::createProgram(const QStringList& files,
 void Scene3d::addElement(Graphics3dItem* item)
 {
     if (!item) return;
-    makeCurrent();
+    stayCurrent();
     if (m_items.empty()) m_bounds.reset();
     const auto [entry, added] = m_items.emplace(item->getId(), item);
     if (!added) {
@@ -129,7 +137,7 @@ void Scene3d::addElement(Graphics3dItem* item)
         item->setDrawer(getDrawer(visibilityType, drawerType));
     }
     if (isInGroupOperation()) {
-        m_pending.insert(item);
+        addPending(item);
         m_boundsDirty = true;
         return;
     }
@@ -142,7 +150,7 @@ void Scene3d::addElement(Graphics3dItem* item)
 
 void Scene3d::removeElement(LONGID id)
 {
-    makeCurrent();
+    stayCurrent();
     const auto entry = m_items.find(id);
     if (entry == m_items.end()) {
         setBoundsDirty();

@@ -350,6 +350,7 @@ private:
     friend class ViewCulling;
 
     ItemIndex& itemIndex() { return *m_itemIndex; }
+    void stayCurrent();
     void addDefaultDrawers();
     static std::vector<std::string> withColorsOnly(std::vector<std::string> defines);
     Item3dSelectionProvider& selectionProvider();
@@ -361,6 +362,8 @@ private:
     void correctTransform();
     void applyCorrection(const glm::dmat4& correction);
     void runUpdates(std::vector<Graphics3dItem*>& items);
+    void addPending(Graphics3dItem* item);
+    std::vector<Graphics3dItem*> takePending();
     /// The item is about to go: no update, running or pending, will touch it.
     void forgetUpdate(Graphics3dItem* item);
     std::tuple<unsigned, unsigned, unsigned> inFence(const Drawable3dItem& item,
@@ -399,7 +402,7 @@ private:
     std::unique_ptr<Item3dSelectionProvider> m_selectionProvider;
     std::unique_ptr<SelectionStore> m_selectionStore;
     unsigned int m_groupDepth = 0;
-    std::unordered_set<Graphics3dItem*> m_pending;
+    std::vector<Graphics3dItem*> m_pending; // null where one is gone; items know their places
     ksp::GuardedPtr<CFilterElement> m_visibilityFilter;
 
     class FenceObserver;

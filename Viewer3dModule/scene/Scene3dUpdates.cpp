@@ -5,6 +5,7 @@
 #include <framework/model/CModelElement.h>
 
 #include <algorithm>
+#include <utility>
 
 // The items of an update that is running; updates that an update causes nest.
 struct Scene3d::UpdateRun
@@ -27,9 +28,36 @@ private:
     UpdateRun*& m_current;
 };
 
+void Scene3d::addPending(Graphics3dItem* item)
+{
+    if (!item || item->m_pendingPlace >= 0) return;
+    item->m_pendingPlace = static_cast<int>(m_pending.size());
+    m_pending.push_back(item);
+}
+
+std::vector<Graphics3dItem*> Scene3d::takePending()
+{
+    // Addresses differ from run to run, and the order of updates is that in which drawers draw.
+    std::vector<std::pair<LONGID, Graphics3dItem*>> byId;
+    byId.reserve(m_pending.size());
+    for (Graphics3dItem* item : m_pending) {
+        if (!item) continue;
+        item->m_pendingPlace = -1;
+        byId.emplace_back(item->getId(), item);
+    }
+    m_pending.clear();
+    if (!std::is_sorted(byId.begin(), byId.end())) std::sort(byId.begin(), byId.end());
+    std::vector<Graphics3dItem*> items;
+    items.reserve(byId.size());
+    for (const auto& entry : byId)
+        items.push_back(entry.second);
+    return items;
+}
+
 void Scene3d::forgetUpdate(Graphics3dItem* item)
 {
-    m_pending.erase(item);
+    const auto place = static_cast<std::size_t>(item->m_pendingPlace);
+    if (item->m_pendingPlace >= 0 && place < m_pending.size()) m_pending[place] = nullptr;
     for (UpdateRun* run = m_updateRun; run; run = run->outer)
         std::replace(run->items.begin(), run->items.end(), item, static_cast<Graphics3dItem*>(nullptr));
 }
@@ -38,7 +66,8 @@ void Scene3d::updateGraphicsItems(std::vector<Graphics3dItem*>& items)
 {
     if (items.empty()) return;
     if (isInGroupOperation()) {
-        m_pending.insert(items.begin(), items.end());
+        for (Graphics3dItem* item : items)
+            addPending(item);
         return;
     }
     runUpdates(items);
@@ -78,17 +107,9 @@ void Scene3d::finishGroupOperation(ksp::StagedProgress)
 {
     if (m_groupDepth == 0) return;
     --m_groupDepth;
-    if (m_groupDepth != 0 || m_pending.empty()) return;
-    std::vector<Graphics3dItem*> items(m_pending.begin(), m_pending.end());
-    m_pending.clear();
-    if (isInGroupOperation()) {
-        m_pending.insert(items.begin(), items.end());
-        return;
-    }
-    // Addresses differ from run to run, and the order of updates is that in which drawers draw.
-    std::sort(items.begin(), items.end(),
-              [](const Graphics3dItem* a, const Graphics3dItem* b) { return a->getId() < b->getId(); });
-    runUpdates(items);
+    if (m_groupDepth != 0 || isInGroupOperation()) return;
+    std::vector<Graphics3dItem*> items = takePending();
+    if (!items.empty()) runUpdates(items);
 }
 
 void Scene3d::sceneChanged()
@@ -161,9 +182,23 @@ private:
     std::vector<Graphics3dItem*> m_result;
 };
 
+bool observesAnything(const Graphics3dItem* item)
+{
+    const CModelElement* element = item->getModelElement();
+    return element && !element->getSubjects().empty();
+}
+
+bool hasRepeats(std::vector<Graphics3dItem*> items)
+{
+    if (!std::is_sorted(items.begin(), items.end())) std::sort(items.begin(), items.end());
+    return std::adjacent_find(items.begin(), items.end()) != items.end();
+}
+
 } // namespace
 
+// Most items stand for elements that observe nothing and stay in their order.
 void Scene3d::sortItemsByUpdateOrder(std::vector<Graphics3dItem*>& items)
 {
-    items = UpdateOrder(items).sorted(items);
+    if (std::any_of(items.begin(), items.end(), observesAnything) || hasRepeats(items))
+        items = UpdateOrder(items).sorted(items);
 }

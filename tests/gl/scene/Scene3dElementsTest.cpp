@@ -189,6 +189,41 @@ TEST_F(Scene3dElementsTest, PendingItemsThatLeaveAreForgotten)
     EXPECT_EQ(TestGraphicsItem::alive, 0);
 }
 
+TEST_F(Scene3dElementsTest, OthersOfAGroupAreUpdatedWhenSomeHaveLeft)
+{
+    const std::vector<TestElement*> elements = {add(), add(), add()};
+    scene->startGroupOperation();
+    for (TestElement* element : elements)
+        element->notifyObservers();
+    model->getItemManager(TestElement::Type)->removeItem(elements[1]->getId());
+    TestElement* late = add();
+    TestGraphicsItem::order.clear();
+    scene->finishGroupOperation(ksp::StagedProgress::dummy());
+    const std::vector<TestGraphicsItem*> expected = {item(elements[0]), item(elements[2]), item(late)};
+    EXPECT_EQ(TestGraphicsItem::order, expected);
+    scene->startGroupOperation(); // and wait anew
+    elements[2]->notifyObservers();
+    TestGraphicsItem::order.clear();
+    scene->finishGroupOperation(ksp::StagedProgress::dummy());
+    EXPECT_EQ(TestGraphicsItem::order, std::vector<TestGraphicsItem*>{item(elements[2])});
+}
+
+TEST_F(Scene3dElementsTest, AnItemNamedTwiceIsUpdatedOnce)
+{
+    TestGraphicsItem* one = item(add());
+    TestGraphicsItem* other = item(add());
+    std::vector<Graphics3dItem*> items = {other, one, other};
+    TestGraphicsItem::order.clear();
+    scene->updateGraphicsItems(items);
+    EXPECT_EQ(TestGraphicsItem::order, (std::vector<TestGraphicsItem*>{other, one}));
+    items = {other, nullptr, one, other};
+    scene->startGroupOperation();
+    scene->updateGraphicsItems(items);
+    TestGraphicsItem::order.clear();
+    scene->finishGroupOperation(ksp::StagedProgress::dummy());
+    EXPECT_EQ(TestGraphicsItem::order, (std::vector<TestGraphicsItem*>{one, other}));
+}
+
 TEST_F(Scene3dElementsTest, ItemsAreUpdatedAfterThoseTheyDependOn)
 {
     TestElement* a = add();
