@@ -55,7 +55,9 @@ void appendCrossings(const std::vector<Crossing>& crossings, std::vector<Vector>
 /// normal.
 ///
 /// Vertices have numbers: those that were given from 0 in the order of addVertex, those that were made at
-/// crossings after them. Time and memory grow with the number of points and crossings. Needs no OpenGL; not
+/// crossings after them. Memory grows with the number of points and crossings, some 500 bytes each; time
+/// does, too, times the number of edges that lie beside each other in the direction of the sweep: a smooth
+/// ring of 120,000 points takes 0.2 s, one of as many needles half a minute. Needs no OpenGL; not
 /// thread-safe, but several surfaces may be divided at the same time.
 class HOSTFRAMEWORK_EXPORT CSurface
 {
@@ -83,7 +85,8 @@ public:
     ///                           neighbours
     /// @param maximumCrossings   a region with more is refused; -1 for as many as memory can be spent on,
     ///                           100,000 and 16 a point, by an estimate
-    /// @param progress           may be null. When it is canceled there are no triangles, and no line.
+    /// @param progress           may be null. When it is canceled there are no triangles, and no line; the
+    ///                           sweep itself is not interrupted.
     /// @return whether there is a division for update()
     bool createTriangulation(bool keepFlatTriangles, std::int64_t maximumCrossings,
                              const ksp::StagedProgress* progress);
