@@ -154,5 +154,6 @@ private:
     bool m_isSolid = false;
     bool m_showsItemColors = false;
     bool m_isUntextured = false;
+    bool m_isPending = false; // for the end of the scene's group operation, to be updated
     bool m_isUnlit = false;
 };

@@ -177,7 +177,9 @@ void Scene3d::clear()
     std::unordered_map<LONGID, Graphics3dItem*> items;
     items.swap(m_items);
     m_pending.clear();
+    m_pendingGone.clear();
     for (const auto& entry : items) {
+        entry.second->m_isPending = false;
         if (m_updateRun) forgetUpdate(entry.second);
         m_itemIndex->remove(*entry.second);
         delete entry.second;

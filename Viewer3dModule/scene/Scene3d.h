@@ -402,7 +402,8 @@ private:
     std::unique_ptr<Item3dSelectionProvider> m_selectionProvider;
     std::unique_ptr<SelectionStore> m_selectionStore;
     unsigned int m_groupDepth = 0;
-    std::vector<Graphics3dItem*> m_pending; // null where one is gone; items know their places
+    std::vector<Graphics3dItem*> m_pending;                       // with addresses of items that are gone:
+    std::unordered_map<const Graphics3dItem*, int> m_pendingGone; // how often each, before any that is there
     ksp::GuardedPtr<CFilterElement> m_visibilityFilter;
 
     class FenceObserver;

@@ -30,8 +30,8 @@ private:
 
 void Scene3d::addPending(Graphics3dItem* item)
 {
-    if (!item || item->m_pendingPlace >= 0) return;
-    item->m_pendingPlace = static_cast<int>(m_pending.size());
+    if (!item || item->m_isPending) return;
+    item->m_isPending = true;
     m_pending.push_back(item);
 }
 
@@ -41,11 +41,13 @@ std::vector<Graphics3dItem*> Scene3d::takePending()
     std::vector<std::pair<LONGID, Graphics3dItem*>> byId;
     byId.reserve(m_pending.size());
     for (Graphics3dItem* item : m_pending) {
-        if (!item) continue;
-        item->m_pendingPlace = -1;
+        const auto gone = m_pendingGone.empty() ? m_pendingGone.end() : m_pendingGone.find(item);
+        if (gone != m_pendingGone.end() && gone->second-- > 0) continue; // it was another one's address then
+        item->m_isPending = false;
         byId.emplace_back(item->getId(), item);
     }
     m_pending.clear();
+    m_pendingGone.clear();
     if (!std::is_sorted(byId.begin(), byId.end())) std::sort(byId.begin(), byId.end());
     std::vector<Graphics3dItem*> items;
     items.reserve(byId.size());
@@ -56,8 +58,8 @@ std::vector<Graphics3dItem*> Scene3d::takePending()
 
 void Scene3d::forgetUpdate(Graphics3dItem* item)
 {
-    const auto place = static_cast<std::size_t>(item->m_pendingPlace);
-    if (item->m_pendingPlace >= 0 && place < m_pending.size()) m_pending[place] = nullptr;
+    if (item->m_isPending) ++m_pendingGone[item];
+    item->m_isPending = false;
     for (UpdateRun* run = m_updateRun; run; run = run->outer)
         std::replace(run->items.begin(), run->items.end(), item, static_cast<Graphics3dItem*>(nullptr));
 }

@@ -196,7 +196,7 @@ TEST_F(Scene3dElementsTest, OthersOfAGroupAreUpdatedWhenSomeHaveLeft)
     for (TestElement* element : elements)
         element->notifyObservers();
     model->getItemManager(TestElement::Type)->removeItem(elements[1]->getId());
-    TestElement* late = add();
+    TestElement* late = add(); // perhaps at the address of the one that left
     TestGraphicsItem::order.clear();
     scene->finishGroupOperation(ksp::StagedProgress::dummy());
     const std::vector<TestGraphicsItem*> expected = {item(elements[0]), item(elements[2]), item(late)};
