@@ -142,7 +142,6 @@ private:
     int m_drawerIndex = -1;
     int m_indexPlace = NoIndexPlace; // where the scene's ItemIndex has it
     int m_indexWaiting = -1;         // and among those that changed
-    int m_pendingPlace = -1;         // among those whose update waits for the end of the scene's group
     std::uint32_t m_transformRevision = 0;
     std::uint32_t m_drawingRevision = 0;
     float m_pixelReach = 32.0f; // pens and points up to 64 pixels wide
@@ -154,6 +153,6 @@ private:
     bool m_isSolid = false;
     bool m_showsItemColors = false;
     bool m_isUntextured = false;
-    bool m_isPending = false; // for the end of the scene's group operation, to be updated
     bool m_isUnlit = false;
+    bool m_isPending = false; // for the end of the scene's group operation, to be updated
 };
