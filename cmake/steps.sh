@@ -88,6 +88,8 @@ has_display() {
 # start_display: an X server of our own, gone when the script ends.
 start_display() {
     local number
+    command -v Xvfb >/dev/null ||
+        die "stopped: there is neither a display here nor Xvfb to start one; install the package xvfb"
     mkdir -p "$logs"
     exec {x_output}< <(exec Xvfb -displayfd 1 -screen 0 1600x1200x24 -nolisten tcp 2>"$logs/xvfb.log")
     x_pid=$!

@@ -115,6 +115,13 @@ class StepsTest(unittest.TestCase):
         self.assertEqual(self.run_steps("DISPLAY=elsewhere:0 has_display").returncode, 0)
 
 
+    def test_neither_display_nor_server(self):
+        done = self.run_steps("has_display || start_display; echo went on")
+        self.assertEqual((done.returncode, done.stdout), (1, ""))
+        self.assertEqual(done.stderr, "run.sh: stopped: there is neither a display here nor Xvfb to start one; "
+                                      "install the package xvfb\n")
+
+
 class ListTest(unittest.TestCase):
     """The real list of packages."""
 

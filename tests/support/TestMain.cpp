@@ -8,7 +8,7 @@
 #include <QtGui/QSurfaceFormat>
 #include <QtWidgets/QApplication>
 
-#include <cstring>
+#include <cstdio>
 
 namespace {
 
@@ -24,11 +24,12 @@ void setDefaultFormat()
     QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
 }
 
-bool onlyLists(int argc, char** argv)
+/// Qt ends a program that finds no display by a signal, after some lines about its plug-ins.
+bool isDisplayMissing()
 {
-    for (int i = 1; i < argc; ++i)
-        if (std::strncmp(argv[i], "--gtest_list_tests", 18) == 0) return true;
-    return false;
+    const QByteArray platform = qgetenv("QT_QPA_PLATFORM");
+    return (platform.isEmpty() || platform == "xcb") && qEnvironmentVariableIsEmpty("DISPLAY") &&
+           qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
 }
 
 } // namespace
@@ -37,11 +38,15 @@ bool onlyLists(int argc, char** argv)
 int main(int argc, char** argv)
 {
     ::testing::InitGoogleTest(&argc, argv);
-    if (onlyLists(argc, argv)) return RUN_ALL_TESTS();
+    if (::testing::GTEST_FLAG(list_tests)) return RUN_ALL_TESTS();
 
     std::unique_ptr<QCoreApplication> application;
     if (QFileInfo(QString::fromLocal8Bit(argv[0])).fileName().startsWith(QLatin1String("unit_"))) {
         application = std::make_unique<QCoreApplication>(argc, argv);
+    } else if (isDisplayMissing()) {
+        std::fprintf(stderr,
+                     "There is no display: set DISPLAY, or run the tests by ./test.sh or xvfb-run.\n");
+        return 1;
     } else {
         setDefaultFormat();
         application = std::make_unique<QApplication>(argc, argv);
