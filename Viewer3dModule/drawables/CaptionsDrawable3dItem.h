@@ -6,8 +6,8 @@
 #include <memory>
 #include <vector>
 
-/// Captions at points, drawn one after the other in the order in which they were added. They are made, changed
-/// and destroyed while a context of the scene's share group is current.
+/// Captions at points, drawn one after the other in the order in which they were added. They are made,
+/// changed and destroyed while a context of the scene's share group is current.
 class VIEWER3DMODULE_EXPORT CaptionsDrawable3dItem : public Drawable3dItem
 {
 public:

@@ -20,10 +20,10 @@ QImage read(const QString& path)
     if (size.width() > longestSide || size.height() > longestSide) {
         reader.setScaledSize(size.scaled(longestSide, longestSide, Qt::KeepAspectRatio));
         ksp::Log::info(QStringLiteral("%1: the texture of %2 x %3 pixels is scaled down to %4")
-                              .arg(shownName(path))
-                              .arg(size.width())
-                              .arg(size.height())
-                              .arg(longestSide));
+                           .arg(shownName(path))
+                           .arg(size.width())
+                           .arg(size.height())
+                           .arg(longestSide));
     }
     QImage image = reader.read();
     if (image.isNull())
