@@ -55,6 +55,19 @@ bool isTooLarge(OpenGLFunctions& gl, const QSize& size)
     return true;
 }
 
+// Items lie anywhere in memory: one that is asked soon is fetched while others are asked.
+constexpr std::size_t itemsAhead = 8;
+
+void fetch([[maybe_unused]] const Drawable3dItem* item)
+{
+#if defined(__GNUC__)
+    constexpr std::size_t mostBytes = 512; // with its box and its identifier, if it is not large
+    const char* bytes = reinterpret_cast<const char*>(item);
+    for (std::size_t offset = 0; offset < mostBytes; offset += 64)
+        __builtin_prefetch(bytes + offset);
+#endif
+}
+
 void makeUnique(std::vector<LONGID>& ids)
 {
     std::sort(ids.begin(), ids.end());
@@ -198,13 +211,14 @@ void ItemSelection::hand(Pass& pass)
     for (const auto& [key, drawer] : m_scene.m_drawers)
         if (isDrawn.size() < drawers.size() && drawer.get() == drawers[isDrawn.size()])
             isDrawn.push_back(m_scene.isTypeDrawn(key.first, m_options.visibilityFilter));
-    const auto take = [&](const ItemTable::Entry& entry) {
-        if (!entry.item || !isDrawn[entry.drawer] || !entry.item->isVisible()) return;
-        if (isCandidate(entry.item)) pass.handed[entry.drawer].second.push_back(entry.item);
-    };
-    m_inArea.forEach([&](std::size_t number) { take(m_store.items.at(number)); });
-    for (const ItemTable::Entry& entry : m_store.items.others())
-        take(entry);
+    std::vector<ItemTable::Entry> entries = m_store.items.others();
+    m_inArea.forEach([&](std::size_t number) { entries.push_back(m_store.items.at(number)); });
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        if (i + itemsAhead < entries.size()) fetch(entries[i + itemsAhead].item);
+        const ItemTable::Entry& entry = entries[i];
+        if (entry.item && isDrawn[entry.drawer] && entry.item->isVisible() && isCandidate(entry.item))
+            pass.handed[entry.drawer].second.push_back(entry.item);
+    }
 }
 
 int ItemSelection::kindsMarkedBy(const Item3dDrawer* drawer)

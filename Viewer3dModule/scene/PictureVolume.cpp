@@ -39,12 +39,11 @@ PictureVolume::PictureVolume(const glm::dmat4& viewProjection, const QSize& pict
     const double top = 1.0 - 2.0 * pixels.y() / m_size.y;
     const double bottom = 1.0 - 2.0 * (pixels.y() + pixels.height()) / m_size.y;
     const glm::dvec4 pixelX = w * (2.0 / m_size.x), pixelY = w * (2.0 / m_size.y), none(0.0);
-    m_planes = {{{x - left * w, pixelX},
-                 {right * w - x, pixelX},
-                 {y - bottom * w, pixelY},
-                 {top * w - y, pixelY},
-                 {z + w, none},
-                 {w - z, none}}};
+    const auto plane = [](const glm::dvec4& side, const glm::dvec4& outwards) {
+        return Plane{side, outwards, glm::abs(glm::dvec3(side))};
+    };
+    m_planes = {plane(x - left * w, pixelX), plane(right * w - x, pixelX), plane(y - bottom * w, pixelY),
+                plane(top * w - y, pixelY),  plane(z + w, none),           plane(w - z, none)};
 }
 
 bool PictureVolume::reaches(const gmx::BoundingBox& box, double reach) const
@@ -61,9 +60,10 @@ PictureVolume::Part PictureVolume::partOf(const glm::dvec3& center, const glm::d
         const Planes bit = 1u << i;
         if ((planes & bit) == 0) continue;
         const Plane& plane = m_planes[i];
-        const Range range(plane.side, center, half);
-        if (range.low >= 0.0) planes &= ~bit;
-        if (range.high >= 0.0) continue; // most planes of most boxes
+        const double middle = glm::dot(glm::dvec3(plane.side), center) + plane.side.w;
+        const double spread = glm::dot(plane.spread, half);
+        if (middle - spread >= 0.0) planes &= ~bit;
+        if (middle + spread >= 0.0) continue; // most planes of most boxes
         const Range farther(plane.side + reach * plane.outwards, center, half);
         if (!(farther.high >= -farther.tolerance)) return Part::None;
     }

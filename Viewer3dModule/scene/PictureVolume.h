@@ -45,6 +45,7 @@ private:
     {
         glm::dvec4 side;
         glm::dvec4 outwards;
+        glm::dvec3 spread; // of its values over a box, for each unit of half of its size
     };
 
     glm::dmat4 m_viewProjection;
