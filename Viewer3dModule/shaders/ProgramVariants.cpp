@@ -49,25 +49,24 @@ public:
         : QObject(&program)
         , m_program(program)
         , m_sources(sourcesOf(program))
-        , m_vertex(sourcesWith("vertex"))
-        , m_fragment(sourcesWith("fragment"))
-        , m_canHaveFence(asksFor(m_fragment, defineOf(ProgramFence::Sphere)) &&
+        , m_texts(textsOf(m_sources.files))
+        , m_canHaveFence(asksFor("fragment", defineOf(ProgramFence::Sphere)) &&
                          !has(defineOf(ProgramFence::Sphere)) && !has(defineOf(ProgramFence::Swept)))
-        , m_canDrawMasks(has(withColorsOnly) && asksFor(m_fragment, withColorsOnly))
-        , m_canMark(has(withoutMarks) && asksFor(m_fragment, withoutMarks))
-        , m_canReadRecords(asksFor(m_vertex, withRecords) && !has(withRecords) &&
+        , m_canDrawMasks(has(withColorsOnly) && asksFor("fragment", withColorsOnly))
+        , m_canMark(has(withoutMarks) && asksFor("fragment", withoutMarks))
+        , m_canReadRecords(asksFor("vertex", withRecords) && !has(withRecords) &&
                            !has("RX_USE_INSTANCED_DRAW"))
-        , m_canShowItemColors(asksFor(m_fragment, withItemColorsOnly))
-        , m_canShowVisibleItems(asksFor(m_fragment, withVisibleItemsOnly))
-        , m_canShowVisibleVertices(m_sources.files.size() == 2 && asksFor(m_vertex, withTexCoords) &&
-                                   asksFor(m_fragment, withoutMaterials))
-        , m_canBeUnlit(has(withNormals) && m_sources.files.size() == 2 && asksFor(m_vertex, withNormals) &&
-                       asksFor(m_fragment, withNormals))
-        , m_canHideLight(m_sources.files.size() == 2 && asksFor(m_vertex, withLightInAlpha) &&
-                         asksFor(m_fragment, withLightInAlpha))
+        , m_canShowItemColors(asksFor("fragment", withItemColorsOnly))
+        , m_canShowVisibleItems(asksFor("fragment", withVisibleItemsOnly))
+        , m_canShowVisibleVertices(m_sources.files.size() == 2 && asksFor("vertex", withTexCoords) &&
+                                   asksFor("fragment", withoutMaterials))
+        , m_canBeUnlit(has(withNormals) && m_sources.files.size() == 2 && asksFor("vertex", withNormals) &&
+                       asksFor("fragment", withNormals))
+        , m_canHideLight(m_sources.files.size() == 2 && asksFor("vertex", withLightInAlpha) &&
+                         asksFor("fragment", withLightInAlpha))
         , m_canChooseColors(m_sources.files.size() == 2 && has(withVertexColors) &&
-                            !has("RX_USE_ELEVATION_COLOR") && asksFor(m_vertex, withVertexStageColors) &&
-                            asksFor(m_fragment, withVertexStageColors))
+                            !has("RX_USE_ELEVATION_COLOR") && asksFor("vertex", withVertexStageColors) &&
+                            asksFor("fragment", withVertexStageColors))
     {
     }
 
@@ -153,19 +152,14 @@ private:
         return std::find(defines.begin(), defines.end(), define) != defines.end();
     }
 
-    static bool asksFor(const QString& stage, const char* define)
+    // What only captures or only leaves depths has no stage that could mark or leave out anything.
+    bool asksFor(const char* stage, const char* define) const
     {
-        return stage.contains(QLatin1String(define));
-    }
-
-    // Of the stages of a kind. What only captures or only leaves depths has none that could mark or leave out
-    // anything.
-    QString sourcesWith(const char* stage) const
-    {
-        QString text;
-        for (const QString& file : m_sources.files)
-            if (file.contains(QLatin1String(stage))) text += preprocessShader(file, {});
-        return text;
+        for (int i = 0; i < m_texts.size(); ++i)
+            if (m_sources.files[i].contains(QLatin1String(stage)) &&
+                m_texts[i].contains(QLatin1String(define)))
+                return true;
+        return false;
     }
 
     Variant build(ProgramVariant wanted)
@@ -184,7 +178,7 @@ private:
         Variant variant;
         variant.program = new QOpenGLShaderProgram(this);
         setSources(*variant.program, {m_sources.files, defines});
-        const QStringList errors = buildFromSources(*variant.program, {});
+        const QStringList errors = buildFromSources(*variant.program, {}, m_texts);
         if (variant.program->isLinked()) {
             if (DeferredProgram::isWaiting(&m_program))
                 variant.firstUniforms = std::make_unique<UniformValues>(*variant.program);
@@ -222,7 +216,7 @@ private:
 
     QOpenGLShaderProgram& m_program;
     ProgramSources m_sources;
-    QString m_vertex, m_fragment; ///< the stages' texts
+    QStringList m_texts; ///< of the files
     bool m_canHaveFence;
     bool m_canDrawMasks;
     bool m_canMark;

@@ -33,6 +33,8 @@ void forEachLine(const QString& fileName, Use use)
     }
 }
 
+const char* const placeOfDefines = "@"; // no name and in no source
+
 } // namespace
 
 void appendShaderSource(const QString& fileName, QTextStream& out, const std::vector<std::string>& defines)
@@ -57,6 +59,19 @@ QString preprocessShader(const QString& fileName, const std::vector<std::string>
     QTextStream stream(&source, QIODevice::ReadWrite);
     appendShaderSource(fileName, stream, defines);
     return source;
+}
+
+QString preprocessForDefines(const QString& fileName)
+{
+    return preprocessShader(fileName, {placeOfDefines});
+}
+
+QString withDefines(QString source, const std::vector<std::string>& defines)
+{
+    QString lines;
+    for (const std::string& define : defines)
+        lines += QStringLiteral("#define %1\n").arg(QString::fromStdString(define));
+    return source.replace(QStringLiteral("#define %1\n").arg(QLatin1String(placeOfDefines)), lines);
 }
 
 bool doesContainInclude(const QString& fileName)

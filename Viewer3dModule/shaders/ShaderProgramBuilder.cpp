@@ -47,12 +47,14 @@ struct StageSource
     bool isAsStored; ///< the file goes to the compiler byte by byte
 };
 
-std::vector<StageSource> readStages(const ProgramSources& sources)
+std::vector<StageSource> stagesOf(const ProgramSources& sources, const QStringList& texts)
 {
     std::vector<StageSource> stages;
-    for (const QString& file : sources.files)
-        stages.push_back({file, stageOf(file), preprocessShader(file, sources.defines),
+    for (int i = 0; i < sources.files.size(); ++i) {
+        const QString& file = sources.files[i];
+        stages.push_back({file, stageOf(file), withDefines(texts[i], sources.defines),
                           sources.defines.empty() && !doesContainInclude(file)});
+    }
     return stages;
 }
 
@@ -172,11 +174,20 @@ void setSources(QOpenGLShaderProgram& program, const ProgramSources& sources)
     program.setProperty(definesProperty, defines);
 }
 
-QStringList buildFromSources(QOpenGLShaderProgram& program, const std::vector<std::string>& varyings)
+QStringList textsOf(const QStringList& files)
+{
+    QStringList texts;
+    for (const QString& file : files)
+        texts.append(preprocessForDefines(file));
+    return texts;
+}
+
+QStringList buildFromSources(QOpenGLShaderProgram& program, const std::vector<std::string>& varyings,
+                             const QStringList& texts)
 {
     const ProgramSources sources = sourcesOf(program);
     QStringList errors;
-    const std::vector<StageSource> stages = readStages(sources);
+    const std::vector<StageSource> stages = stagesOf(sources, texts);
     if (!hasStorage(stages, errors)) return errors;
     // The stages that did compile might link without the missing one, and draw something else than was meant.
     if (!addStages(program, stages, errors)) return errors;
@@ -198,6 +209,6 @@ QOpenGLShaderProgram* buildShaderProgram(QObject* parent, const QStringList& fil
 {
     auto* program = new QOpenGLShaderProgram(parent);
     setSources(*program, {files, defines});
-    logErrors(buildFromSources(*program, varyings));
+    logErrors(buildFromSources(*program, varyings, textsOf(files)));
     return program;
 }

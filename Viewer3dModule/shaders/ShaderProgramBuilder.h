@@ -34,10 +34,13 @@ struct ProgramSources
     QStringList files;
     std::vector<std::string> defines;
 };
+/// Of each file what preprocessForDefines gives.
+QStringList textsOf(const QStringList& files);
 ProgramSources sourcesOf(const QOpenGLShaderProgram& program);
 void setSources(QOpenGLShaderProgram& program, const ProgramSources& sources);
 
 /// Builds a program that has no stages yet from its sources. What fails is returned, one entry each for the
-/// log, as buildShaderProgram writes them.
-QStringList buildFromSources(QOpenGLShaderProgram& program, const std::vector<std::string>& varyings);
+/// log, as buildShaderProgram writes them. The texts are those of the sources' files.
+QStringList buildFromSources(QOpenGLShaderProgram& program, const std::vector<std::string>& varyings,
+                             const QStringList& texts);
 void logErrors(const QStringList& errors);
