@@ -11,7 +11,7 @@
 #include <viewer/WorldFile.h>
 #include <viewer/cli/FenceOption.h>
 #include <viewer/cli/ProgressBar.h>
-#include <viewer/cli/UsageError.h>
+#include <viewer/cli/requireDistinct.h>
 #include <viewer/printable.h>
 
 #include <Viewer3dModule/host/View3dSettings.h>
@@ -20,7 +20,6 @@
 #include <framework/model/CProject.h>
 
 #include <QtCore/QFileInfo>
-#include <QtCore/QSet>
 #include <QtGui/QImageWriter>
 
 #include <cmath>
@@ -35,22 +34,6 @@ constexpr double shareOfReading = 30.0; // percent of the work
 double pixelCount(const QSize& size)
 {
     return static_cast<double>(size.width()) * size.height();
-}
-
-/// Links may lead two names to one file.
-void requireDistinct(const QStringList& names)
-{
-    QSet<QString> places;
-    for (const QString& name : names) {
-        const QFileInfo file(name);
-        const QString place = file.exists()      ? file.canonicalFilePath()
-                              : file.isSymLink() ? file.symLinkTarget()
-                                                 : file.absoluteFilePath();
-        if (places.contains(place))
-            throw UsageError(QStringLiteral("%1: another output is the same file; give each one of its own")
-                                 .arg(shownName(name)));
-        places.insert(place);
-    }
 }
 
 CameraOptions::View see(const DepthOptions::Map& map, const Scene3d& scene, const gmx::BoundingBox& visible)

@@ -12,6 +12,7 @@
 #include <viewer/cli/CameraList.h>
 #include <viewer/cli/FenceOption.h>
 #include <viewer/cli/ProgressBar.h>
+#include <viewer/cli/requireDistinct.h>
 #include <viewer/elements/LabelDrawer.h>
 #include <viewer/printable.h>
 
@@ -169,9 +170,12 @@ void writeAll(const std::vector<CameraList::Entry>& entries, Drawing& drawing, k
 void commands::render(const RenderOptions& options)
 {
     const std::vector<CameraList::Entry> entries = readEntries(options);
+    QStringList files;
     for (const CameraList::Entry& entry : entries)
-        for (const QString& file : filesOf(entry))
-            OutputFile::requireWritable(file);
+        files += filesOf(entry);
+    for (const QString& file : files)
+        OutputFile::requireWritable(file);
+    requireDistinct(files);
     Elevation elevation(options.elevation);
     const FenceShape fence = FenceOption::load(options.fence);
     ProgressBar bar;
@@ -195,9 +199,8 @@ void commands::render(const RenderOptions& options)
     for (const QString& file : {options.cameras, options.elevation.file, options.fence})
         if (!file.isEmpty()) read.append(file);
     const InputFiles inputs(read);
-    for (const CameraList::Entry& entry : entries)
-        for (const QString& file : filesOf(entry))
-            OutputFile::requireNoInput(file, inputs);
+    for (const QString& file : files)
+        OutputFile::requireNoInput(file, inputs);
 
     scene->flushBounds();
     Drawing drawing(*scene, options, inputs, elevation, bar);

@@ -128,6 +128,19 @@ TEST_F(CameraListRun, BadOutputsAreRefusedBeforeDrawing)
                       "which is the most that readers of pictures take");
 }
 
+// .tif and .tiff have a world file of one name.
+TEST_F(CameraListRun, TwoPicturesDoNotShareAWorldFile)
+{
+    const QByteArray list = R"([
+        {"output": "a.tif", "view": "top", "projection": "parallel", "gsd": 20},
+        {"output": "a.tiff", "view": "top", "projection": "parallel", "gsd": 40}])";
+    const ViewerRun run = render(list, path("{name}.png"));
+    EXPECT_EQ(run.status, 2);
+    EXPECT_EQ(run.errorLines(), QStringList("viewer3d: " + path("a.tfw") +
+                                            ": another output is the same file; give each one of its own"));
+    EXPECT_EQ(files(), QStringList("list.json"));
+}
+
 TEST_F(CameraListRun, OutputReplacesNeitherInputsNorTheList)
 {
     write("photo.png", "read by the mesh");
