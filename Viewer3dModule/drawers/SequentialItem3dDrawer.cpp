@@ -1,6 +1,7 @@
 #include <Viewer3dModule/drawers/SequentialItem3dDrawer.h>
 
 #include <Viewer3dModule/drawables/Drawable3dItem.h>
+#include <Viewer3dModule/drawables/fetchItem.h>
 #include <Viewer3dModule/host/Fence3dItem.h>
 #include <Viewer3dModule/host/View3dSettings.h>
 #include <Viewer3dModule/scene/CurrentContextGuard.h>
@@ -144,15 +145,6 @@ bool areUnlit(const std::vector<Drawable3dItem*>& items)
 // Items lie anywhere in memory: one that is drawn soon is asked for while others are drawn.
 constexpr std::size_t itemsAhead = 4;
 
-void fetch([[maybe_unused]] const Drawable3dItem* item)
-{
-#if defined(__GNUC__)
-    const char* bytes = reinterpret_cast<const char*>(item);
-    for (std::size_t offset = 0; offset < sizeof(Drawable3dItem); offset += 64)
-        __builtin_prefetch(bytes + offset);
-#endif
-}
-
 // The pass goes on in the caller's context, which building makes way for the scene's.
 QOpenGLShaderProgram* createGeometryProgram(Scene3d& scene)
 {
@@ -273,7 +265,7 @@ void SequentialItem3dDrawer::drawEach(const std::vector<Drawable3dItem*>& items,
     const FirstVertexConvention convention(currentGLFunctions(), itemUniforms().dashSize >= 0);
     const KeepingPass keeping(itemPass(), pass);
     for (std::size_t i = 0; i < items.size(); ++i) {
-        if (i + itemsAhead < items.size()) fetch(items[i + itemsAhead]);
+        if (i + itemsAhead < items.size()) fetchItem(items[i + itemsAhead]);
         if (items[i]->isVisible() && (!filter || filter(items[i]))) drawWithUniforms(items[i], pass);
     }
 }

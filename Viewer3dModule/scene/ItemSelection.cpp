@@ -1,11 +1,13 @@
 #include <Viewer3dModule/scene/ItemSelection.h>
 
 #include <Viewer3dModule/drawables/Drawable3dItem.h>
+#include <Viewer3dModule/drawables/fetchItem.h>
 #include <Viewer3dModule/drawers/Item3dSelectionProvider.h>
 #include <Viewer3dModule/drawers/SequentialItem3dDrawer.h>
 #include <Viewer3dModule/host/View3dSettings.h>
 #include <Viewer3dModule/scene/Scene3d.h>
 #include <Viewer3dModule/scene/SelectionStore.h>
+#include <Viewer3dModule/scene/holdsVertices.h>
 #include <Viewer3dModule/scene/longestTargetSide.h>
 #include <Viewer3dModule/shaders/DrawMode.h>
 #include <Viewer3dModule/shaders/ProgramVariants.h>
@@ -55,54 +57,10 @@ bool isTooLarge(OpenGLFunctions& gl, const QSize& size)
     return true;
 }
 
-// Items lie anywhere in memory: one that is asked soon is fetched while others are asked.
-constexpr std::size_t itemsAhead = 8;
-
-void fetch([[maybe_unused]] const Drawable3dItem* item)
-{
-#if defined(__GNUC__)
-    constexpr std::size_t mostBytes = 512; // with its box and its identifier, if it is not large
-    const char* bytes = reinterpret_cast<const char*>(item);
-    for (std::size_t offset = 0; offset < mostBytes; offset += 64)
-        __builtin_prefetch(bytes + offset);
-#endif
-}
-
 void makeUnique(std::vector<LONGID>& ids)
 {
     std::sort(ids.begin(), ids.end());
     ids.erase(std::unique(ids.begin(), ids.end()), ids.end());
-}
-
-/// The vertices of a captured buffer, which is deleted, in homogeneous scene coordinates. What was not filled
-/// is all zeros.
-std::vector<glm::vec4> takeVertices(OpenGLFunctions& gl, unsigned int buffer)
-{
-    if (buffer == 0) return {};
-    GLint64 bytes = 0;
-    gl.glBindBuffer(GL_COPY_READ_BUFFER, buffer);
-    gl.glGetBufferParameteri64v(GL_COPY_READ_BUFFER, GL_BUFFER_SIZE, &bytes);
-    std::vector<glm::vec4> vertices(static_cast<std::size_t>(bytes) / sizeof(glm::vec4));
-    gl.glGetBufferSubData(GL_COPY_READ_BUFFER, 0,
-                          static_cast<GLsizeiptr>(vertices.size() * sizeof(glm::vec4)), vertices.data());
-    gl.glBindBuffer(GL_COPY_READ_BUFFER, 0);
-    gl.glDeleteBuffers(1, &buffer);
-    return vertices;
-}
-
-/// Whether the item gives its vertices, and all of them lie in the volume; then all that they span does.
-bool holdsVertices(OpenGLFunctions& gl, const PictureVolume& volume, Scene3d& scene, Drawable3dItem& item)
-{
-    std::size_t count = 0, held = 0;
-    const auto [points, lines, triangles] = scene.generateItemGeometry(&item);
-    for (const unsigned int buffer : {points, lines, triangles})
-        for (const glm::vec4& vertex : takeVertices(gl, buffer)) {
-            if (vertex.w == 0.0f) continue;
-            const glm::dvec3 point = glm::dvec3(vertex) / double(vertex.w);
-            ++count;
-            held += volume.holds(gmx::BoundingBox(point, point));
-        }
-    return count != 0 && held == count;
 }
 
 } // namespace
@@ -180,11 +138,12 @@ bool ItemSelection::isCandidate(Drawable3dItem* item)
 bool ItemSelection::Pass::isEmpty() const
 {
     return asked.empty() &&
-           std::all_of(handed.begin(), handed.end(), [](const auto& part) { return part.second.empty(); });
+           std::all_of(handed.begin(), handed.end(), [](const Handed& part) { return part.items.empty(); });
 }
 
-// Drawers that draw their items one by one, whatever these are, are handed what the index finds. For others,
-// and where a fence has them look at all their items, every item is asked.
+// Drawers that draw their items one by one, whatever these are, are handed what the index finds; the table of
+// items has those of types that are not drawn, too, because the next selection may draw them. Other drawers
+// ask every item, and so do all where a fence has them look at all of theirs.
 ItemSelection::Pass ItemSelection::candidatesByDrawer()
 {
     findInArea();
@@ -192,9 +151,10 @@ ItemSelection::Pass ItemSelection::candidatesByDrawer()
     for (const auto& [key, drawer] : m_scene.m_drawers) {
         if (drawer->getItems().empty()) continue;
         const Item3dDrawer& any = *drawer;
+        const bool isTypeDrawn = m_scene.isTypeDrawn(key.first, m_options.visibilityFilter);
         if (!m_isFenced && m_inArea.isValid() && typeid(any) == typeid(SequentialItem3dDrawer))
-            pass.handed.emplace_back(static_cast<SequentialItem3dDrawer*>(drawer.get()), 0);
-        else if (m_scene.isTypeDrawn(key.first, m_options.visibilityFilter))
+            pass.handed.push_back({static_cast<SequentialItem3dDrawer*>(drawer.get()), isTypeDrawn, {}});
+        else if (isTypeDrawn)
             pass.asked.push_back(drawer.get());
     }
     if (!pass.handed.empty()) hand(pass);
@@ -203,21 +163,19 @@ ItemSelection::Pass ItemSelection::candidatesByDrawer()
 
 void ItemSelection::hand(Pass& pass)
 {
+    constexpr std::size_t itemsAhead = 8;
     std::vector<const Item3dDrawer*> drawers;
-    for (const auto& part : pass.handed)
-        drawers.push_back(part.first);
+    for (const Handed& part : pass.handed)
+        drawers.push_back(part.drawer);
     m_store.items.update(m_scene.itemIndex(), drawers);
-    std::vector<bool> isDrawn;
-    for (const auto& [key, drawer] : m_scene.m_drawers)
-        if (isDrawn.size() < drawers.size() && drawer.get() == drawers[isDrawn.size()])
-            isDrawn.push_back(m_scene.isTypeDrawn(key.first, m_options.visibilityFilter));
     std::vector<ItemTable::Entry> entries = m_store.items.others();
     m_inArea.forEach([&](std::size_t number) { entries.push_back(m_store.items.at(number)); });
     for (std::size_t i = 0; i < entries.size(); ++i) {
-        if (i + itemsAhead < entries.size()) fetch(entries[i + itemsAhead].item);
-        const ItemTable::Entry& entry = entries[i];
-        if (entry.item && isDrawn[entry.drawer] && entry.item->isVisible() && isCandidate(entry.item))
-            pass.handed[entry.drawer].second.push_back(entry.item);
+        if (i + itemsAhead < entries.size()) fetchItem(entries[i + itemsAhead].item);
+        Drawable3dItem* item = entries[i].item;
+        if (!item || !item->isVisible()) continue;
+        Handed& part = pass.handed[entries[i].drawer];
+        if (part.isTypeDrawn && isCandidate(item)) part.items.push_back(item);
     }
 }
 
@@ -283,8 +241,8 @@ std::vector<LONGID> ItemSelection::touched(OpenGLFunctions& gl)
 // Depths play no part, and so neither does what lies in the foreground.
 void ItemSelection::draw(const Pass& candidates, const PaintContext& context)
 {
-    for (const auto& [drawer, items] : candidates.handed)
-        if (!items.empty()) drawer->drawOnly(items, context);
+    for (const Handed& part : candidates.handed)
+        if (!part.items.empty()) part.drawer->drawOnly(part.items, context);
     for (Item3dDrawer* drawer : candidates.asked)
         drawer->draw(context, [this](Drawable3dItem* item) { return isCandidate(item); });
 }

@@ -49,9 +49,15 @@ private:
     using Drawing = std::function<void(const PaintContext&)>;
 
     /// What drawers are to draw of the candidates.
+    struct Handed
+    {
+        SequentialItem3dDrawer* drawer;
+        bool isTypeDrawn;
+        std::vector<Drawable3dItem*> items;
+    };
     struct Pass
     {
-        std::vector<std::pair<SequentialItem3dDrawer*, std::vector<Drawable3dItem*>>> handed;
+        std::vector<Handed> handed;
         std::vector<Item3dDrawer*> asked; ///< of all their items
 
         bool isEmpty() const;
