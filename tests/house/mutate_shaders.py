@@ -25,7 +25,7 @@ from shader_mutations import MUTATIONS
 
 SOURCES = Path(__file__).resolve().parents[2] / "Viewer3dModule" / "resources" / "Viewer3dModule"
 COMPILES = ("unit_shaders", ["--gtest_filter=*KhronosCompilerAcceptsEveryStageUnderEveryDefine"])
-FURTHER_FOLDERS = ["Viewer3dFences"]  # beside the sources, which include them
+FURTHER_FOLDERS = ["Viewer3dFences", "Viewer3dLight"]  # beside the sources, which include them
 SECONDS_TO_RUN = 120
 
 

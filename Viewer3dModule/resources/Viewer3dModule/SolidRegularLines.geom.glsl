@@ -2,6 +2,7 @@
 // Lines as solids: a plane section is swept along a path, with mitred joints. The path comes in scene coordinates, as
 // lines with adjacency whose ends are given twice.
 //#include "shader:Viewer3dModule/DrawModes.glsl"
+//#include "shader:Viewer3dLight/LightFrame.glsl"
 //#include "shader:Viewer3dModule/Quaternion.glsl"
 
 // A segment of the largest section needs 64 vertices, which with all their outputs exceed the 1024 components that
@@ -24,8 +25,8 @@ out Item
     ITEM_FIELDS
 }
 item;
-out vec3 view_normal;
-out vec3 view_position;
+out vec3 light_normal;
+out vec3 light_position;
 
 uniform mat4 projection = mat4(1.0);
 uniform mat4 view = mat4(1.0);
@@ -119,8 +120,9 @@ void emitPoint(Joint joint, int corner, int i, vec3 direction, float along, floa
     vec4 world = vec4(joint.origin + arm, 1.0);
     vec4 eye = view * world;
     gl_Position = projection * eye;
-    view_position = eye.xyz;
-    view_normal = mat3(view) * normal; // the view is a rotation and a shift
+    mat3 frame = lightFrame();
+    light_position = frame * eye.xyz;
+    light_normal = frame * (mat3(view) * normal); // the view is a rotation and a shift
 #ifdef RX_USE_PER_VERTEX_TEX_COORDS
     texture_coords = vec2(along, across);
 #endif

@@ -22,8 +22,9 @@ layout(location = 1) in vec4 point_color;
 
 #ifdef RX_USE_PER_VERTEX_NORMAL
 layout(location = 2) in vec3 normal_coords;
-out vec3 view_normal;
-out vec3 view_position;
+//#include "shader:Viewer3dLight/LightFrame.glsl"
+out vec3 light_normal;
+out vec3 light_position;
 #ifdef ITEM_HAS_RECORD
 layout(location = 11) in mat3 normalMatrix; // takes locations 11 to 13
 #else
@@ -96,8 +97,9 @@ void main()
     gl_PointSize = pen_width;
 
 #ifdef RX_USE_PER_VERTEX_NORMAL
-    view_normal = normalMatrix * normal_coords;
-    view_position = eye.xyz;
+    mat3 frame = lightFrame();
+    light_normal = frame * (normalMatrix * normal_coords);
+    light_position = frame * eye.xyz;
 #endif
 #ifdef RX_USE_PER_VERTEX_TEX_COORDS
     texture_coords = tex_coords;

@@ -2,6 +2,7 @@
 // The side of a cylinder of radius 1 around the z axis, from z = -1 to z = 1. Where it stands and how large it is, the
 // model matrix tells; the point only starts it.
 //#include "shader:Viewer3dModule/DrawModes.glsl"
+//#include "shader:Viewer3dLight/LightFrame.glsl"
 
 // The surface is one strip of 144 vertices. With 22 components each they are more than the 1024 that every driver
 // offers to one invocation (46 vertices, or 25 where each output is counted as four components). So nine invocations
@@ -25,8 +26,8 @@ out Item
 }
 item;
 
-out vec3 view_normal;
-out vec3 view_position;
+out vec3 light_normal;
+out vec3 light_position;
 out vec2 texture_coords;
 
 uniform mat4 projection = mat4(1.0);
@@ -43,8 +44,9 @@ void emitRimPoint(int i, float z)
     vec4 eye = view * world;
     eye /= eye.w;
     gl_Position = projection * eye;
-    view_normal = normalMatrix * vec3(rim, 0.0);
-    view_position = eye.xyz;
+    mat3 frame = lightFrame();
+    light_normal = frame * (normalMatrix * vec3(rim, 0.0));
+    light_position = frame * eye.xyz;
     texture_coords = vec2(float(i) / float(nTiles), z < 0.0 ? 1.0 : 0.0);
     COPY_ITEM(item_in[0])
     item.place = fencePlace(world);

@@ -1,23 +1,22 @@
-// Light for surfaces: one white light, the same on both sides of a surface. Eye coordinates throughout.
+// Light for surfaces: one white light, the same on both sides of a surface. In its own frame throughout, in which it
+// comes from +z and the eye is the origin: see LightFrame.glsl.
 
-in vec3 view_normal;
-in vec3 view_position;
-
-uniform vec3 uLightDirection = vec3(1.0, 1.0, 1.0); // towards the light
+in vec3 light_normal; // 0 where the light has no direction
+in vec3 light_position;
 
 // The colour of the surface under the light, with a colour of its own for each term. Where the diffuse term cannot be
 // told (the normal or the direction of the light is zero or not a number) there is the ambient one only. May exceed 1.
 vec3 lightColor(vec3 ambient_color, vec3 diffuse_color, vec3 specular_color)
 {
     const float ambient = 0.3;
-    vec3 n = normalize(view_normal);
-    vec3 l = normalize(uLightDirection);
+    const vec3 l = vec3(0.0, 0.0, 1.0);
+    vec3 n = normalize(light_normal);
     float diffuse = abs(dot(n, l));
     // drivers may make something else than a NaN of 0 / 0
-    bool has_directions = dot(view_normal, view_normal) > 0.0 && dot(uLightDirection, uLightDirection) > 0.0;
-    if (!has_directions || isnan(diffuse)) return ambient * ambient_color;
+    bool has_normal = dot(light_normal, light_normal) > 0.0;
+    if (!has_normal || isnan(diffuse)) return ambient * ambient_color;
 
-    float mirrored = dot(normalize(-view_position), reflect(-l, n));
+    float mirrored = dot(normalize(-light_position), reflect(-l, n));
     float specular = mirrored > 0.0 ? 0.25 * pow(mirrored, 32.0) : 0.0;
     return ambient * ambient_color + diffuse * diffuse_color + specular * specular_color;
 }

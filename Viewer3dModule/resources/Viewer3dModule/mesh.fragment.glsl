@@ -4,8 +4,8 @@
 // With RX_USE_PER_VERTEX_COLOR and RX_USE_ELEVATION_COLOR their colour is that of the height, and only the alpha is
 // that of the source. With RX_ITEM_COLORS_ONLY none of the items has a colour mode but the first one, or a material:
 // what is not read is not interpolated either, and drivers that run both sides of a condition are spared one. With
-// RX_NO_MATERIALS none has a material. With RX_VISIBLE_ITEMS_ONLY besides, see SelectionMode.glsl. With RX_LIGHT_IN_ALPHA
-// and RX_VERTEX_STAGE_COLORS the vertex stage hands less on, see common.vertex.glsl.
+// RX_NO_MATERIALS none has a material. With RX_VISIBLE_ITEMS_ONLY besides, see SelectionMode.glsl. With
+// RX_LIGHT_IN_ALPHA and RX_VERTEX_STAGE_COLORS the vertex stage hands less on, see common.vertex.glsl.
 #if defined(RX_VISIBLE_ITEMS_ONLY) && !defined(RX_USE_ELEVATION_COLOR)
 #define ALL_IS_VISIBLE
 #endif

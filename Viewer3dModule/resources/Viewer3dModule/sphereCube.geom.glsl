@@ -1,6 +1,7 @@
 #version 430 core
 // Gives each triangle of a sphere one normal, so that its facets show.
 //#include "shader:Viewer3dModule/DrawModes.glsl"
+//#include "shader:Viewer3dLight/LightFrame.glsl"
 
 layout(triangles) in;
 layout(triangle_strip, max_vertices=3) out;
@@ -14,7 +15,7 @@ item_in[];
 in Corner
 {
     vec3 point; // model coordinates
-    vec3 view_position;
+    vec3 light_position;
     vec2 texture_coords;
 }
 corner[];
@@ -25,8 +26,8 @@ out Item
 }
 item;
 
-out vec3 view_normal;
-out vec3 view_position;
+out vec3 light_normal;
+out vec3 light_position;
 out vec2 texture_coords;
 
 uniform mat3 normalMatrix = mat3(1.0);
@@ -42,11 +43,11 @@ vec3 facetNormal(vec3 p0, vec3 p1, vec3 p2)
 
 void main()
 {
-    vec3 normal = normalMatrix * facetNormal(corner[0].point, corner[1].point, corner[2].point);
+    vec3 normal = facetNormal(corner[0].point, corner[1].point, corner[2].point);
     for (int i = 0; i < 3; ++i) {
         gl_Position = gl_in[i].gl_Position;
-        view_normal = normal;
-        view_position = corner[i].view_position;
+        light_normal = lightFrame() * (normalMatrix * normal);
+        light_position = corner[i].light_position;
         texture_coords = corner[i].texture_coords;
         COPY_ITEM(item_in[i])
         EmitVertex();

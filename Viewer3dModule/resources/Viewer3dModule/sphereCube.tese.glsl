@@ -2,6 +2,7 @@
 // Wraps a square around the unit sphere about the patch's point: u runs around the z axis from x towards y, v from the
 // lower pole to the upper one. Seen from outside the triangles are clockwise.
 //#include "shader:Viewer3dModule/DrawModes.glsl"
+//#include "shader:Viewer3dLight/LightFrame.glsl"
 
 layout(quads, equal_spacing, cw) in;
 
@@ -18,15 +19,15 @@ out Item
 item;
 
 // For the fragment stage, when no geometry stage stands between: the sphere's own normals.
-out vec3 view_normal;
-out vec3 view_position;
+out vec3 light_normal;
+out vec3 light_position;
 out vec2 texture_coords;
 
 // For sphereCube.geom, whose own outputs bear the names above.
 out Corner
 {
     vec3 point; // model coordinates
-    vec3 view_position;
+    vec3 light_position;
     vec2 texture_coords;
 }
 corner;
@@ -59,12 +60,13 @@ void main()
     vec4 eye = view * world;
     gl_Position = projection * eye;
 
-    view_normal = normalMatrix * normal;
-    view_position = eye.xyz;
+    mat3 frame = lightFrame();
+    light_normal = frame * (normalMatrix * normal);
+    light_position = frame * eye.xyz;
     texture_coords = vec2(gl_TessCoord.x, clamp(uTextureK * gl_TessCoord.y + uTextureB, 0.0, 1.0));
 
     corner.point = point;
-    corner.view_position = view_position;
+    corner.light_position = light_position;
     corner.texture_coords = texture_coords;
     COPY_ITEM(item_in[0])
     item.place = fencePlace(world);

@@ -56,6 +56,7 @@ protected:
     std::vector<float> capture(const Sweep& sweep, int components)
     {
         const int count = feed(sweep);
+        set("uLightDirection", glm::vec3(0, 0, 1)); // normals and places stay in eye coordinates then
         const std::size_t room = 3 * 2 * 32 * sweep.path.size() * static_cast<std::size_t>(components);
         unsigned buffer = 0;
         unsigned query = 0;
@@ -231,7 +232,7 @@ TEST_F(SolidLineDrawingTest, PathTurningBackStaysFinite)
 
 TEST_F(SolidLineDrawingTest, NormalsStandAcrossTheirSegment)
 {
-    useProgram({"view_normal"});
+    useProgram({"light_normal"});
     Sweep sweep;
     sweep.section = circle(9, 0.2);
     sweep.normals = circle(9, 1.0);
@@ -248,7 +249,7 @@ TEST_F(SolidLineDrawingTest, NormalsStandAcrossTheirSegment)
 
 TEST_F(SolidLineDrawingTest, NormalsStandAcrossTheirSegmentAtJointsToo)
 {
-    useProgram({"view_normal"});
+    useProgram({"light_normal"});
     Sweep sweep;
     sweep.section = circle(9, 0.2);
     sweep.normals = circle(9, 1.0);
@@ -284,7 +285,7 @@ TEST_F(SolidLineDrawingTest, ViewAndProjectionApplyToPositionsAndTheViewToNormal
     sweep.section = circle(5, 0.2);
     sweep.normals = circle(5, 1.0);
     sweep.path = {{-0.5, 0.1, 0}, {0.3, 0, 0.2}};
-    useProgram({"gl_Position", "view_normal", "view_position"});
+    useProgram({"gl_Position", "light_normal", "light_position"});
     const std::vector<float> plain = capture(sweep, 10);
     const glm::mat4 view = glm::lookAt(glm::vec3(3, -4, 2), glm::vec3(0), glm::vec3(0, 0, 1));
     const glm::mat4 projection = glm::perspective(1.0f, 1.0f, 1.0f, 20.0f);

@@ -44,7 +44,8 @@ protected:
         ProgramRecipe recipe = defaultPrograms()[5];
         recipe.defines.emplace_back("RX_USE_PER_VERTEX_TEX_COORDS");
         recipe.defines.insert(recipe.defines.end(), more.begin(), more.end());
-        use(recipe, {"gl_Position", "view_normal", "texture_coords"});
+        use(recipe, {"gl_Position", "light_normal", "texture_coords"});
+        set("uLightDirection", glm::vec3(0, 0, 1)); // normals stay in eye coordinates then
     }
     void setArray(const char* name, const std::vector<glm::dvec2>& values)
     {

@@ -86,7 +86,7 @@ void VertexStagesTest::expectCommonStage(Instances instances)
     if (instances != Instances::None) defines.emplace_back("RX_USE_INSTANCED_DRAW");
     if (instances == Instances::Positions) defines.emplace_back("RX_USE_INSTANCE_POSITION");
     use({"common", {shaderPath("common.vertex")}, defines},
-        {"gl_Position", "view_normal", "view_position", "texture_coords", "Item.color", "Item.id",
+        {"gl_Position", "light_normal", "light_position", "texture_coords", "Item.color", "Item.id",
          "Item.flags", "Item.index", "Item.color_mode", "Item.is_lit", "Item.vertex_color", "gl_PointSize"});
     constexpr int Components = 4 + 3 + 3 + 2 + 4 + 2 + 4 + 4 + 1;
     const int items = instances == Instances::None ? 1 : Items;
@@ -94,6 +94,7 @@ void VertexStagesTest::expectCommonStage(Instances instances)
         setMatrices();
         const glm::mat3 normalMatrix(anyMatrix());
         set("normalMatrix", normalMatrix);
+        set("uLightDirection", glm::vec3(0, 0, 1)); // normals and places stay in eye coordinates then
         const glm::vec4 itemColor(anyPoint(1.0), 0.5f);
         const glm::vec4 selectionColor(anyPoint(1.0), 0.25f);
         setColors(itemColor, selectionColor);

@@ -12,21 +12,22 @@
 namespace {
 
 const char* const vertexSource = R"(#version 430 core
+//#include "shader:Viewer3dLight/LightFrame.glsl"
 layout(location = 0) in vec2 place;
 layout(location = 1) in vec3 normal;
 layout(location = 2) in vec3 position;
 layout(location = 3) in vec3 ambient;
 layout(location = 4) in vec3 diffuse;
 layout(location = 5) in vec3 specular;
-out vec3 view_normal;
-out vec3 view_position;
+out vec3 light_normal;
+out vec3 light_position;
 out vec3 colors[3];
 void main()
 {
     gl_Position = vec4(place, 0.0, 1.0);
     gl_PointSize = 1.0;
-    view_normal = normal;
-    view_position = position;
+    light_normal = lightFrame() * normal;
+    light_position = lightFrame() * position;
     colors = vec3[3](ambient, diffuse, specular);
 }
 )";

@@ -27,7 +27,7 @@ protected:
         m_name = name;
         for (const ProgramRecipe& candidate : furtherPrograms())
             if (candidate.name == name)
-                use(candidate, {"gl_Position", "view_normal", "view_position", "texture_coords"});
+                use(candidate, {"gl_Position", "light_normal", "light_position", "texture_coords"});
         ASSERT_NE(program, nullptr) << name;
         feed(point);
         gl->glPatchParameteri(GL_PATCH_VERTICES, 1);
@@ -54,11 +54,16 @@ protected:
         set("normalMatrix", m_normalMatrix);
     }
 
+    /// In eye coordinates: with a light from +z, whose frame they are.
     std::vector<Vertex> captureSurface(int instances = 1)
     {
+        glm::vec3 direction(0.0f);
+        gl->glGetUniformfv(program->programId(), program->uniformLocation("uLightDirection"), &direction.x);
+        set("uLightDirection", glm::vec3(0.0f, 0.0f, 1.0f));
         constexpr int components = sizeof(Vertex) / sizeof(float);
         const std::vector<float> values =
             capture(mode(), 1, GL_TRIANGLES, components, 3 * 2 * 64 * 64, instances);
+        set("uLightDirection", direction);
         std::vector<Vertex> vertices(values.size() / components);
         std::memcpy(vertices.data(), values.data(), values.size() * sizeof(float));
         return vertices;
