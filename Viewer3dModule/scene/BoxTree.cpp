@@ -46,6 +46,7 @@ void BoxTree::Box::unite(const Box& other)
 
 int BoxTree::add()
 {
+    settleRemoved();
     auto number = static_cast<int>(m_positions.size());
     if (m_freeNumbers.empty()) {
         m_positions.push_back(0);
@@ -63,9 +64,18 @@ int BoxTree::add()
 
 void BoxTree::remove(int number)
 {
-    change(number);
-    m_leaves[m_positions[static_cast<std::size_t>(number)]] = Box();
-    m_freeNumbers.push_back(number);
+    m_removed.push_back(number);
+    if (m_removed.size() + m_freeNumbers.size() == m_positions.size()) *this = BoxTree();
+}
+
+void BoxTree::settleRemoved()
+{
+    for (const int number : m_removed) {
+        change(number);
+        m_leaves[m_positions[static_cast<std::size_t>(number)]] = Box();
+        m_freeNumbers.push_back(number);
+    }
+    std::vector<int>().swap(m_removed);
 }
 
 void BoxTree::set(int number, const gmx::BoundingBox& box, float reach)
@@ -92,6 +102,7 @@ void BoxTree::change(int number)
 
 void BoxTree::update()
 {
+    settleRemoved();
     if (m_changed.empty()) return;
     if (m_astray > m_leaves.size() / 2) order();
     shapeLevels();

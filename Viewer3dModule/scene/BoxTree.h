@@ -22,6 +22,7 @@ class VIEWER3DMODULE_EXPORT BoxTree
 public:
     /// A new number, with a null box. Numbers that were removed are given again first.
     int add();
+    /// Noted only: what is to be done about it, the next question does, or nobody where all boxes go.
     void remove(int number);
     /// @param box    scene units; one that is null or invalid is never found, and no part of bounds()
     /// @param reach  how far around it is drawn, pixels, finite
@@ -48,6 +49,7 @@ private:
     };
 
     void change(int number);
+    void settleRemoved();
     void update();
     void order();
     void shapeLevels();
@@ -61,6 +63,7 @@ private:
     std::vector<std::uint32_t> m_positions; // of the numbers among the leaves
     std::vector<bool> m_isAstray;           // whether it came, moved or went since the order was made
     std::vector<int> m_freeNumbers;
+    std::vector<int> m_removed;           // which are to become free numbers
     std::vector<std::uint32_t> m_changed; // nodes of the first level
     std::size_t m_astray = 0;
 };
