@@ -10,6 +10,7 @@
 
 #include <QtGui/QOpenGLFramebufferObject>
 
+#include <algorithm>
 #include <cmath>
 #include <vector>
 
@@ -17,6 +18,8 @@ namespace {
 
 const char* const viewName = "Main";
 constexpr int pickReach = 4; // pixels
+// How far balls and symbols that are so many pixels large stand out of the box of their places, pixels.
+constexpr double symbolReach = 16.0;
 
 /// The pixel of a square of depths that something was drawn to, nearest to the square's middle; -1 without
 /// one.
@@ -32,6 +35,15 @@ int nearestDrawn(const std::vector<float>& depths, int side)
         }
     }
     return best;
+}
+
+/// The box with room for what is so many pixels large at any place in it.
+gmx::BoundingBox withSymbols(const gmx::BoundingBox& box, const Viewpoint& viewpoint, const QSize& size)
+{
+    if (!box.isValid()) return box;
+    const double farthest = viewpoint.depthOf(box.getCenter()) + box.getDiagonal() / 2.0;
+    const glm::dvec3 reach(symbolReach * viewpoint.unitsPerPixel(std::max(farthest, 0.0), size));
+    return gmx::BoundingBox(box.getMin() - reach, box.getMax() + reach);
 }
 
 /// For as long as it lives what is drawn covers as much of a picture as its alpha says, and what is opaque
@@ -70,7 +82,8 @@ gmx::BoundingBox FrameRenderer::visibleBounds() const
 glm::dmat4 FrameRenderer::projectionMatrix(const Viewpoint& viewpoint, const QSize& size) const
 {
     const View3dSettings* settings = View3dSettings::getInstance();
-    return viewpoint.projectionMatrix(visibleBounds(), size, settings ? settings->getNearPlaneDist() : 1.0);
+    return viewpoint.projectionMatrix(withSymbols(visibleBounds(), viewpoint, size), size,
+                                      settings ? settings->getNearPlaneDist() : 1.0);
 }
 
 PaintContext FrameRenderer::paintContext(const Viewpoint& viewpoint, const QSize& size, const QRect& part,

@@ -52,9 +52,10 @@ Part part(Part::Kind kind, std::vector<glm::dvec3> points)
     return result;
 }
 
+/// As letters are, and the balls of control points are nowhere.
 bool isDark(QRgb pixel)
 {
-    return qGray(pixel) < 90;
+    return std::max({qRed(pixel), qGreen(pixel), qBlue(pixel)}) < 90;
 }
 
 /// The box of the letters, none of whose pixels are as dark in the scene.

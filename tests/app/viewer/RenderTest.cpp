@@ -210,6 +210,19 @@ TEST_F(Render, PointsHaveTheSizeThatIsAskedForOrTheirOwn)
     expectSides(render(files + look + QStringList{"--point-size", "30"}), 30, 30, 12);
 }
 
+// Everything lies in one plane, and the ball stands out of it towards the eye.
+TEST_F(Render, BallsOfControlPointsAreWholeInAFlatScene)
+{
+    const QString file = write("flat.geojson", R"({"type":"FeatureCollection","features":[
+        {"type":"Feature","properties":{},"geometry":{"type":"LineString","coordinates":[[0,0],[40,30]]}},
+        {"type":"Feature","properties":{"control":true},"geometry":{"type":"Point","coordinates":[10,20]}}]})");
+    for (const char* projection : {"central", "parallel"}) {
+        const QImage image = render({file, "--view", "top", "--projection", projection, "--size", "300x200"});
+        const int ball = countPixels(image, [](QRgb p) { return qRed(p) > qGreen(p) + 40; });
+        EXPECT_NEAR(ball, M_PI * 9.0 * 9.0, 60.0) << projection; // a disc of 9 pixels, and its mark in it
+    }
+}
+
 TEST_F(Render, ReplacesAnOldPicture)
 {
     write("out.png", "old");
