@@ -68,7 +68,7 @@ void BenchScene::addBatched(int visibilityType, int drawerType)
     const auto& sequential =
         dynamic_cast<const SequentialItem3dDrawer&>(*m_scene->getDefaultDrawer(drawerType));
     m_scene->addDrawer(visibilityType, drawerType,
-                       std::make_unique<BatchedItem3dDrawer>(m_scene.get(), sequential.getDefaultProgram()));
+                       std::make_unique<BatchedItem3dDrawer>(m_scene.get(), sequential.getProgramToShare()));
 }
 
 // Likewise for what a view leaves out of its frames: what it does not show.

@@ -18,6 +18,6 @@ void batched_drawers::addTo(Scene3d& scene)
             dynamic_cast<const SequentialItem3dDrawer*>(scene.getDefaultDrawer(drawerType));
         if (sequential)
             scene.addDrawer(elementType, drawerType,
-                            std::make_unique<BatchedItem3dDrawer>(&scene, sequential->getDefaultProgram()));
+                            std::make_unique<BatchedItem3dDrawer>(&scene, sequential->getProgramToShare()));
     }
 }

@@ -90,7 +90,7 @@ void LabelDrawer::addTo(Scene3d& scene, const QString& property)
         dynamic_cast<SequentialItem3dDrawer&>(*scene.getDefaultDrawer(DrawerType::Caption));
     scene.addDrawer(
         VisibilityType, DrawerType::Caption,
-        std::unique_ptr<Item3dDrawer>(new LabelDrawer(&scene, captions.getDefaultProgram(), property)));
+        std::unique_ptr<Item3dDrawer>(new LabelDrawer(&scene, captions.getProgramToShare(), property)));
 }
 
 LabelDrawer* LabelDrawer::find(const Scene3d& scene)
@@ -116,7 +116,7 @@ void LabelDrawer::draw(const PaintContext&, Filter) {}
 
 std::unique_ptr<Item3dDrawer> LabelDrawer::clone() const
 {
-    return std::unique_ptr<Item3dDrawer>(new LabelDrawer(scene(), getDefaultProgram(), m_property));
+    return std::unique_ptr<Item3dDrawer>(new LabelDrawer(scene(), getProgramToShare(), m_property));
 }
 
 LabelDrawer::Labels LabelDrawer::labelsByElement() const

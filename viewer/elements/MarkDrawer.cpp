@@ -41,7 +41,7 @@ MarkDrawer::~MarkDrawer() = default;
 void MarkDrawer::addPlain()
 {
     const auto& mono = dynamic_cast<SequentialItem3dDrawer&>(*scene()->getDefaultDrawer(DrawerType::Mono));
-    m_plain = std::make_unique<SequentialItem3dDrawer>(scene(), mono.getDefaultProgram());
+    m_plain = std::make_unique<SequentialItem3dDrawer>(scene(), mono.getProgramToShare());
     addChildDrawer(m_plain.get());
 }
 

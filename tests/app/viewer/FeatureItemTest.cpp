@@ -245,7 +245,9 @@ TEST_P(MixedFeature, CountsAndCapturesEverythingOnce)
 
 TEST_P(MixedFeature, LeavesNothingBehind)
 {
-    manager().removeItem(addMixed().getId()); // drawers and programs are made at the first need
+    const LONGID first = addMixed().getId();
+    picture(); // drawers and programs are made at the first need
+    manager().removeItem(first);
     picture();
     const GlObjects before = GlObjects::count(*gl);
     FeatureElement& element = addMixed();

@@ -1,3 +1,4 @@
+#include "tests/support/GlObjects.h"
 #include "tests/support/LogTrap.h"
 #include "tests/support/SceneTest.h"
 #include "tests/support/TestItems.h"
@@ -46,22 +47,8 @@ protected:
 class DefaultProgramsTest : public SceneTest
 {
 protected:
-    /// What the driver has of programs in the scene's share group, each with its stages. Names are given from
-    /// 1 on, those that are free again first.
-    int programCount() const
-    {
-        int count = 0;
-        for (unsigned name = 1; name < 2000; ++name)
-            count += gl->glIsProgram(name) == GL_TRUE;
-        return count;
-    }
-    int stageCount() const
-    {
-        int count = 0;
-        for (unsigned name = 1; name < 2000; ++name)
-            count += gl->glIsShader(name) == GL_TRUE;
-        return count;
-    }
+    int programCount() const { return GlObjects::count(*gl).programs; }
+    int stageCount() const { return GlObjects::count(*gl).shaders; }
     SequentialItem3dDrawer& drawer(int type) const
     {
         return dynamic_cast<SequentialItem3dDrawer&>(*scene->getDefaultDrawer(type));
