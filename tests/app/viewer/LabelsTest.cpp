@@ -34,6 +34,8 @@
 #include <QtGui/QPainter>
 #include <QtWidgets/QAction>
 
+#include <algorithm>
+
 namespace {
 
 using Part = FeatureElement::Part;
