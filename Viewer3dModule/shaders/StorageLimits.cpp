@@ -12,7 +12,10 @@ namespace {
 // A blank in place of each comment.
 QString withoutComments(QString source)
 {
-    if (source.contains(QLatin1Char('\\'))) source.replace(QStringLiteral("\\\n"), QStringLiteral(" "));
+    const QLatin1Char toBeContinued('\\');
+    for (int at = source.indexOf(toBeContinued); at >= 0; at = source.indexOf(toBeContinued, at + 1))
+        if (at + 1 < source.size() && source[at + 1] == QLatin1Char('\n'))
+            source[at] = source[at + 1] = QLatin1Char(' ');
     QString rest;
     rest.reserve(source.size());
     for (int at = 0; at < source.size();) {
@@ -98,7 +101,10 @@ QString activePart(const QString& source)
     QString active;
     Conditions conditions;
     const QString text = withoutComments(source);
-    for (const QStringRef& line : text.splitRef(QLatin1Char('\n'))) {
+    for (int begin = 0, end = 0; begin <= text.size(); begin = end + 1) {
+        end = text.indexOf(QLatin1Char('\n'), begin);
+        if (end < 0) end = text.size();
+        const QStringRef line = text.midRef(begin, end - begin);
         if (const QStringRef trimmed = line.trimmed(); trimmed.startsWith(QLatin1Char('#'))) {
             int at = 1;
             const QString word = takeWord(trimmed, at).toString();
