@@ -38,46 +38,48 @@ SelectionTarget::SelectionTarget(OpenGLFunctions& gl, EmptyFrameBuffer& frameBuf
     : m_gl(gl)
     , m_size(size)
 {
-    save();
+    savePlace();
     frameBuffer.bind(gl, size);
-    begin(pixels, false);
+    begin(pixels);
 }
 
 SelectionTarget::SelectionTarget(OpenGLFunctions& gl, const QSize& size, const QRect& pixels)
     : m_gl(gl)
     , m_size(size)
 {
-    save();
+    savePlace();
+    saveOperations();
     gl.glGenFramebuffers(1, &m_frameBuffer);
     gl.glBindFramebuffer(GL_FRAMEBUFFER, m_frameBuffer);
     makeIds(size);
-    begin(pixels, true);
+    begin(pixels);
     if (!m_isComplete) return;
+    // Bytes of identifiers are no colours to mix or to spread.
+    gl.glDisable(GL_BLEND);
+    gl.glDisable(GL_DITHER);
+    gl.glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
+    gl.glEnable(GL_DEPTH_TEST);
+    gl.glDepthMask(GL_TRUE);
+    gl.glDepthFunc(GL_LEQUAL);
     const GLfloat nothing[4] = {0.0f, 0.0f, 0.0f, 0.0f}, farthest = 1.0f;
     gl.glClearBufferfv(GL_COLOR, 1, nothing);
     gl.glClearBufferfv(GL_COLOR, 2, nothing);
     gl.glClearBufferfv(GL_DEPTH, 0, &farthest);
 }
 
-void SelectionTarget::begin(const QRect& pixels, bool hides)
+void SelectionTarget::begin(const QRect& pixels)
 {
     m_isComplete = m_gl.glCheckFramebufferStatus(GL_FRAMEBUFFER) == GL_FRAMEBUFFER_COMPLETE;
     if (!m_isComplete) return;
     m_gl.glViewport(0, 0, m_size.width(), m_size.height());
     limitTo(pixels);
-    // Bytes of identifiers are no colours to mix or to spread.
-    m_gl.glDisable(GL_BLEND);
-    m_gl.glDisable(GL_DITHER);
-    m_gl.glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
-    m_gl.glDepthMask(GL_TRUE);
-    m_gl.glDepthFunc(GL_LEQUAL);
-    set(m_gl, GL_DEPTH_TEST, hides);
 }
 
 SelectionTarget::~SelectionTarget()
 {
-    restore();
+    restorePlace();
     if (m_frameBuffer == 0) return;
+    restoreOperations();
     m_gl.glDeleteFramebuffers(1, &m_frameBuffer);
     m_gl.glDeleteRenderbuffers(3, m_storage);
 }
@@ -126,13 +128,17 @@ std::vector<std::uint64_t> SelectionTarget::ids(const QRect& pixels)
     return ids;
 }
 
-void SelectionTarget::save()
+void SelectionTarget::savePlace()
 {
     m_gl.glGetIntegerv(GL_DRAW_FRAMEBUFFER_BINDING, &m_before.drawTarget);
     m_gl.glGetIntegerv(GL_READ_FRAMEBUFFER_BINDING, &m_before.readTarget);
     m_gl.glGetIntegerv(GL_VIEWPORT, m_before.viewport);
     m_gl.glGetIntegerv(GL_SCISSOR_BOX, m_before.scissor);
     m_before.scissorTest = m_gl.glIsEnabled(GL_SCISSOR_TEST);
+}
+
+void SelectionTarget::saveOperations()
+{
     m_before.blend = m_gl.glIsEnabled(GL_BLEND);
     m_before.dither = m_gl.glIsEnabled(GL_DITHER);
     m_before.depthTest = m_gl.glIsEnabled(GL_DEPTH_TEST);
@@ -141,13 +147,17 @@ void SelectionTarget::save()
     m_gl.glGetIntegerv(GL_DEPTH_FUNC, &m_before.depthFunction);
 }
 
-void SelectionTarget::restore()
+void SelectionTarget::restorePlace()
 {
     m_gl.glBindFramebuffer(GL_DRAW_FRAMEBUFFER, static_cast<GLuint>(m_before.drawTarget));
     m_gl.glBindFramebuffer(GL_READ_FRAMEBUFFER, static_cast<GLuint>(m_before.readTarget));
     m_gl.glViewport(m_before.viewport[0], m_before.viewport[1], m_before.viewport[2], m_before.viewport[3]);
     m_gl.glScissor(m_before.scissor[0], m_before.scissor[1], m_before.scissor[2], m_before.scissor[3]);
     set(m_gl, GL_SCISSOR_TEST, m_before.scissorTest != GL_FALSE);
+}
+
+void SelectionTarget::restoreOperations()
+{
     set(m_gl, GL_BLEND, m_before.blend != GL_FALSE);
     set(m_gl, GL_DITHER, m_before.dither != GL_FALSE);
     set(m_gl, GL_DEPTH_TEST, m_before.depthTest != GL_FALSE);

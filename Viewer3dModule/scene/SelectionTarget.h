@@ -31,8 +31,8 @@ private:
 class SelectionTarget
 {
 public:
-    /// For passes that set bits: nothing is kept and nothing hidden, so that every fragment runs. Bound; all
-    /// drawing is limited to the pixels.
+    /// For passes that set bits: nothing is kept and nothing hidden, so that every fragment runs, whatever
+    /// state the operations on fragments are in. Bound; all drawing is limited to the pixels.
     SelectionTarget(OpenGLFunctions& gl, EmptyFrameBuffer& frameBuffer, const QSize& size,
                     const QRect& pixels);
     /// For passes that draw the selection mask: keeps the 64-bit identifiers of what is seen. Likewise, and
@@ -64,9 +64,11 @@ private:
         GLboolean colorMask[4] = {GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE};
         GLint depthFunction = GL_LEQUAL;
     };
-    void save();
-    void restore();
-    void begin(const QRect& pixels, bool hides);
+    void savePlace();
+    void restorePlace();
+    void saveOperations();
+    void restoreOperations();
+    void begin(const QRect& pixels);
     void makeIds(const QSize& size);
 
     OpenGLFunctions& m_gl;
