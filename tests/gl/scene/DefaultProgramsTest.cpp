@@ -143,6 +143,43 @@ TEST_F(DefaultProgramsTest, DrawersThatShareOneBuildItOnce)
     EXPECT_EQ(programCount(), programs + 1);
 }
 
+// A window that draws the first frame has them built with its own context, which goes with it.
+TEST_F(DefaultProgramsTest, TheyOutliveTheContextThatBuiltThem)
+{
+    const auto item = triangle(drawer(DrawerType::Mono));
+    scene->addDrawer(1, DrawerType::Mono);
+    const auto other = triangle(*scene->getDrawer(1, DrawerType::Mono), false);
+    const int programs = programCount();
+    {
+        QOffscreenSurface surface;
+        surface.setFormat(scene->getContext().format());
+        surface.create();
+        QOpenGLContext window;
+        window.setFormat(scene->getContext().format());
+        window.setShareContext(&scene->getContext());
+        ASSERT_TRUE(window.create());
+        ASSERT_TRUE(window.makeCurrent(&surface));
+        OpenGLFunctions& functions = *currentGLFunctions();
+        Scene3d::initializeGLCommon(&functions);
+        unsigned int vertexArray = 0;
+        functions.glGenVertexArrays(1, &vertexArray);
+        PaintContext context = paintContext(8, 8);
+        context.vertexArray = vertexArray;
+        RenderTarget target(functions, QSize(8, 8));
+        target.bind();
+        target.clear(QColor(0, 0, 0));
+        scene->drawFrame(context, nullptr, {});
+        EXPECT_EQ(QOpenGLContext::currentContext(), &window);
+        EXPECT_EQ(middle(target.image()), QColor(10, 200, 30));
+        functions.glDeleteVertexArrays(1, &vertexArray);
+    }
+    scene->makeCurrent();
+    EXPECT_EQ(programCount(), programs + 2) << "one item's variant, the other's program";
+    EXPECT_EQ(middle(drawFrame(paintContext(8, 8))), QColor(10, 200, 30));
+    EXPECT_TRUE(drawer(DrawerType::Mono).getDefaultProgram()->isLinked());
+    EXPECT_EQ(programCount(), programs + 2);
+}
+
 TEST_F(DefaultProgramsTest, LinkingOneBuildsIt)
 {
     QOpenGLShaderProgram* program = drawer(DrawerType::Texture).getProgramToShare();
