@@ -5,8 +5,6 @@
 #include <Viewer3dModule/drawers/PaintContext.h>
 #include <Viewer3dModule/scene/Scene3d.h>
 
-#include <QtGui/QOpenGLShaderProgram>
-
 #include <algorithm>
 #include <cmath>
 
@@ -74,15 +72,14 @@ void CaptionsDrawable3dItem::draw(const PaintContext& context)
 {
     OpenGLFunctions* gl = getGLFunctions();
     if (!gl || !context.program || m_captions.empty()) return;
-    uniforms::set(*gl, context.program->uniformLocation("uTexture"), 0);
-    uniforms::set(*gl, context.program->uniformLocation("uTexTop"), 0.0f);
-    uniforms::set(*gl, context.program->uniformLocation("uTexBottom"), 1.0f);
-    const int itemColor = Item3dDrawer::itemUniforms(context).itemColor;
-    const int offset = context.program->uniformLocation("offset");
+    const ItemUniforms locations = Item3dDrawer::itemUniforms(context);
+    uniforms::set(*gl, locations.texture, 0);
+    uniforms::set(*gl, locations.textureTop, 0.0f);
+    uniforms::set(*gl, locations.textureBottom, 1.0f);
     for (const auto& caption : m_captions) {
         const QColor& color = caption->getData().color;
-        uniforms::set(*gl, itemColor, color.isValid() ? color : QColor(Qt::white));
-        uniforms::set(*gl, offset, caption->offset());
+        uniforms::set(*gl, locations.itemColor, color.isValid() ? color : QColor(Qt::white));
+        uniforms::set(*gl, locations.offset, caption->offset());
         caption->draw(context, 1);
     }
 }

@@ -3,12 +3,12 @@
 #include <Viewer3dModule/drawables/GlBuffer.h>
 #include <Viewer3dModule/drawables/ShaderShape.h>
 #include <Viewer3dModule/drawers/DrawerType.h>
+#include <Viewer3dModule/drawers/Item3dDrawer.h>
 #include <Viewer3dModule/drawers/PaintContext.h>
 #include <Viewer3dModule/drawers/PolygonModeDrawer.h>
 #include <Viewer3dModule/shaders/Uniforms.h>
 
 #include <QtCore/QStringList>
-#include <QtGui/QOpenGLShaderProgram>
 
 struct DrawableShaderCylinder::Impl
 {
@@ -47,7 +47,7 @@ void DrawableShaderCylinder::draw(const PaintContext& context, int instances)
 {
     OpenGLFunctions* gl = getGLFunctions();
     if (!gl || !context.program) return;
-    uniforms::set(*gl, context.program->uniformLocation("uWireMode"), m_impl->wireMode);
+    uniforms::set(*gl, Item3dDrawer::itemUniforms(context).wireMode, m_impl->wireMode);
     const PolygonModeScope mode(*gl, context, m_impl->wireMode ? GL_LINE : GL_FILL);
     const shader_shape::PointBinding point(*gl, context, m_impl->vertexBuffer);
     gl->glDrawArraysInstanced(GL_POINTS, 0, 1, instances);

@@ -1,13 +1,13 @@
 #include <Viewer3dModule/drawables/IconTexture.h>
 
 #include <Viewer3dModule/drawables/vertex_attributes.h>
+#include <Viewer3dModule/drawers/Item3dDrawer.h>
 #include <Viewer3dModule/drawers/PaintContext.h>
 #include <Viewer3dModule/shaders/DrawMode.h>
 #include <Viewer3dModule/shaders/Uniforms.h>
 
 #include <QtGui/QIcon>
 #include <QtGui/QImage>
-#include <QtGui/QOpenGLShaderProgram>
 
 #include <utility>
 
@@ -60,13 +60,13 @@ void IconTexture::draw(const PaintContext& context, int instances)
 {
     OpenGLFunctions* gl = getGLFunctions();
     if (!gl || !context.program || (context.primitives & PrimitiveBit::Points) == 0) return;
-    QOpenGLShaderProgram& program = *context.program;
-    uniforms::set(*gl, program.uniformLocation("offset"), -m_offset);
+    const ItemUniforms locations = Item3dDrawer::itemUniforms(context);
+    uniforms::set(*gl, locations.offset, -m_offset);
     // As captions set them, whose program it is: the point is the lower left corner, the top row is the
     // first.
-    uniforms::set(*gl, program.uniformLocation("uTexTop"), 0.0f);
-    uniforms::set(*gl, program.uniformLocation("uTexBottom"), 1.0f);
-    uniforms::set(*gl, program.uniformLocation("uTexture"), 0);
+    uniforms::set(*gl, locations.textureTop, 0.0f);
+    uniforms::set(*gl, locations.textureBottom, 1.0f);
+    uniforms::set(*gl, locations.texture, 0);
     gl->glBindVertexArray(context.vertexArray);
     gl->glActiveTexture(GL_TEXTURE0);
     gl->glBindTexture(GL_TEXTURE_2D, m_texture.name());

@@ -181,31 +181,24 @@ bool Item3dDrawer::prepareProgram(const PaintContext& context)
     if (!program->isLinked()) return false;
     if (!program->bind()) return false;
 
-    uniforms::set(*gl, program->uniformLocation("draw_mode"), context.drawMode);
-    uniforms::set(*gl, program->uniformLocation("projection"), context.projection);
-    uniforms::set(*gl, program->uniformLocation("view"), context.view);
-    uniforms::set(*gl, program->uniformLocation("viewport"), context.viewport);
-    const int viewportInverted = program->uniformLocation("viewport_inverted");
-    if (viewportInverted >= 0) uniforms::set(*gl, viewportInverted, glm::inverse(context.viewport));
+    m_uniforms = PassUniforms::of(*program);
+    uniforms::set(*gl, m_uniforms.drawMode, context.drawMode);
+    uniforms::set(*gl, m_uniforms.projection, context.projection);
+    uniforms::set(*gl, m_uniforms.view, context.view);
+    uniforms::set(*gl, m_uniforms.viewport, context.viewport);
+    if (m_uniforms.viewportInverted >= 0)
+        uniforms::set(*gl, m_uniforms.viewportInverted, glm::inverse(context.viewport));
 
-    m_modelLocation = program->uniformLocation("model");
-    m_normalMatrixLocation = program->uniformLocation("normalMatrix");
-    m_lightDirectionLocation = program->uniformLocation("uLightDirection");
-    m_lightModeLocation = program->uniformLocation("uLightMode");
-    m_itemUniforms = ItemUniforms::of(*program);
     m_preparedProgram = program;
     setTransform(context, m_transform, false);
     findLight(context);
 
     const View3dSettings* settings = View3dSettings::getInstance();
-    uniforms::set(*gl, program->uniformLocation("selection_color"),
+    uniforms::set(*gl, m_uniforms.selectionColor,
                   settings ? settings->getSelectedColor() : defaultSelectedColor);
-    uniforms::set(*gl, program->uniformLocation("interaction_color"),
+    uniforms::set(*gl, m_uniforms.interactionColor,
                   settings ? settings->getInteractionColor() : defaultInteractionColor);
 
-    m_itemIdLocation = program->uniformLocation("item_id");
-    m_itemFlagsLocation = program->uniformLocation("item_flags");
-    m_glueMaskLocation = program->uniformLocation("glue_mask");
     joinSelection(context);
     bindFence(*gl, context);
     return true;
@@ -216,8 +209,7 @@ bool Item3dDrawer::prepareProgram(const PaintContext& context)
 void Item3dDrawer::bindFence(OpenGLFunctions& gl, const PaintContext& context)
 {
     Fence3dItem* fence = isFenced() ? m_scene->getFence() : nullptr;
-    if (!fence || !fence->bind(context))
-        uniforms::set(gl, context.program->uniformLocation("fence_to_use"), 0);
+    if (!fence || !fence->bind(context)) uniforms::set(gl, m_uniforms.fenceToUse, 0);
 }
 
 void Item3dDrawer::joinSelection(const PaintContext& context)
@@ -225,7 +217,7 @@ void Item3dDrawer::joinSelection(const PaintContext& context)
     m_selection = nullptr;
     m_itemIndexLocation = -1;
     if (context.drawMode != DrawMode::SelectionBufferDraw) return;
-    m_itemIndexLocation = context.program->uniformLocation("item_index");
+    m_itemIndexLocation = m_uniforms.itemIndex;
     if (!m_scene || !m_scene->isHasItemSelectionProvider()) return;
     IItem3dSelectionProvider* provider = m_scene->getItemSelectionProvider();
     if (provider->bindProgram(context)) m_selection = provider;
@@ -236,9 +228,9 @@ void Item3dDrawer::setTransform(const PaintContext& context, const glm::mat4& ma
     m_transform = multiply ? m_transform * matrix : matrix;
     OpenGLFunctions* gl = currentGLFunctions();
     if (!context.program || !gl) return;
-    uniforms::set(*gl, m_modelLocation, m_transform);
-    if (m_normalMatrixLocation >= 0)
-        uniforms::set(*gl, m_normalMatrixLocation, normalMatrix(context.view * m_transform));
+    uniforms::set(*gl, m_uniforms.model, m_transform);
+    if (m_uniforms.normalMatrix >= 0)
+        uniforms::set(*gl, m_uniforms.normalMatrix, normalMatrix(context.view * m_transform));
     if (m_lightModeChanged) setShaderLightMode(m_lightMode);
 }
 
@@ -252,14 +244,14 @@ void Item3dDrawer::findLight(const PaintContext& context)
 {
     m_lightModeChanged = false;
     OpenGLFunctions* gl = currentGLFunctions();
-    if (!m_scene || !gl || m_lightDirectionLocation < 0) return;
+    if (!m_scene || !gl || m_uniforms.lightDirection < 0) return;
     const auto* settings = Scene3dViewLightingSettings::find(m_scene->getModel());
     if (!settings) return;
     const Scene3dViewLightingSettings::ViewData& light = settings->getView(context.viewName);
     m_lightMode = light.flag;
     setShaderLightMode(m_lightMode);
     const glm::mat4 modelView = context.view * glm::mat4(m_scene->modelToSceneTransform());
-    uniforms::set(*gl, m_lightDirectionLocation,
+    uniforms::set(*gl, m_uniforms.lightDirection,
                   glm::normalize(normalMatrix(modelView) * light.getLightDirection()));
 }
 
@@ -267,15 +259,15 @@ void Item3dDrawer::setItemParameters(const Drawable3dItem* item, const PaintCont
 {
     OpenGLFunctions* gl = currentGLFunctions();
     if (!gl) return;
-    if (m_itemFlagsLocation >= 0) {
+    if (m_uniforms.itemFlags >= 0) {
         const std::int32_t flags = item->isHighlighted() ? ItemFlag::Highlighted : ItemFlag::Normal;
         if (!m_itemPass.isActive() || m_itemPass.uniforms().itemFlags.change(flags))
-            uniforms::set(*gl, m_itemFlagsLocation, flags);
+            uniforms::set(*gl, m_uniforms.itemFlags, flags);
     }
     if (m_itemIndexLocation >= 0) setSelectionIndex(*gl, *item);
-    if (m_itemIdLocation >= 0) uniforms::set(*gl, m_itemIdLocation, itemId(*item));
-    if (context.drawMode == DrawMode::GlueMaskDraw && m_glueMaskLocation >= 0)
-        uniforms::set(*gl, m_glueMaskLocation, item->getGlueMask());
+    if (m_uniforms.itemId >= 0) uniforms::set(*gl, m_uniforms.itemId, itemId(*item));
+    if (context.drawMode == DrawMode::GlueMaskDraw && m_uniforms.glueMask >= 0)
+        uniforms::set(*gl, m_uniforms.glueMask, item->getGlueMask());
 }
 
 // An item that gets no index of its own must not go on with that of the item before it: it gets the index 0,
@@ -291,16 +283,16 @@ void Item3dDrawer::setSelectionIndex(OpenGLFunctions& gl, const Drawable3dItem& 
 
 void Item3dDrawer::setPenWidth(float width)
 {
-    if (OpenGLFunctions* gl = currentGLFunctions()) uniforms::set(*gl, m_itemUniforms.penWidth, width);
+    if (OpenGLFunctions* gl = currentGLFunctions()) uniforms::set(*gl, m_uniforms.items.penWidth, width);
 }
 
 void Item3dDrawer::setShaderLightMode(bool on)
 {
     OpenGLFunctions* gl = currentGLFunctions();
-    if (!gl || m_lightModeLocation < 0) return;
+    if (!gl || m_uniforms.lightMode < 0) return;
     const bool isLit = m_lightMode && on;
     if (!m_itemPass.isActive() || m_itemPass.uniforms().lightMode.change(isLit))
-        uniforms::set(*gl, m_lightModeLocation, isLit);
+        uniforms::set(*gl, m_uniforms.lightMode, isLit);
     m_lightModeChanged = isLit != m_lightMode;
 }
 
@@ -349,7 +341,8 @@ void Item3dDrawer::rotate(const PaintContext& context, float angle, const glm::v
 bool Item3dDrawer::numbersVertices(const PaintContext& context)
 {
     const Item3dDrawer* drawer = context.drawer;
-    return !drawer || drawer->m_preparedProgram != context.program || drawer->m_itemUniforms.numbersVertices;
+    return !drawer || drawer->m_preparedProgram != context.program ||
+           drawer->m_uniforms.items.numbersVertices;
 }
 
 ItemPass* Item3dDrawer::activePass(const PaintContext& context)
@@ -361,6 +354,6 @@ ItemUniforms Item3dDrawer::itemUniforms(const PaintContext& context)
 {
     if (!context.program) return {};
     if (context.drawer && context.drawer->m_preparedProgram == context.program)
-        return context.drawer->m_itemUniforms;
+        return context.drawer->m_uniforms.items;
     return ItemUniforms::of(*context.program);
 }

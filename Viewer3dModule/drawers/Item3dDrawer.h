@@ -100,7 +100,7 @@ public:
     static void setColorLevels(QOpenGLShaderProgram* program, float lower, float upper);
 
     /// Locations of the uniforms that items set, good for the program of the pass that prepareProgram began.
-    const ItemUniforms& itemUniforms() const { return m_itemUniforms; }
+    const ItemUniforms& itemUniforms() const { return m_uniforms.items; }
     /// The locations for the context's program: the drawer's where the context names a drawer that prepared
     /// it, else asked of the program (slow); all -1 without a program.
     static ItemUniforms itemUniforms(const PaintContext& context);
@@ -146,6 +146,8 @@ protected:
     std::size_t beginTransform();
     void endTransform(std::size_t depth);
 
+    /// Locations in the program of the pass that prepareProgram began.
+    const PassUniforms& passUniforms() const { return m_uniforms; }
     /// Binds the context's program and sets what holds for the whole pass; false when it cannot be drawn
     /// with.
     bool prepareProgram(const PaintContext& context);
@@ -165,15 +167,8 @@ private:
     QPointer<Item3dDrawer> m_parent;
     std::vector<Drawable3dItem*> m_items;
     std::uint64_t m_registryRevision = 0;
-    int m_modelLocation = -1;
-    int m_normalMatrixLocation = -1;
-    int m_lightDirectionLocation = -1;
-    int m_lightModeLocation = -1;
     glm::mat4 m_transform = glm::mat4(1.0f);
     std::vector<glm::mat4> m_transformStack;
-    int m_itemIdLocation = -1;
-    int m_itemFlagsLocation = -1;
-    int m_glueMaskLocation = -1;
     bool m_lightMode = true;
     bool m_obeysFence = true;
     bool m_insideFence = false;
@@ -185,7 +180,7 @@ private:
     bool m_lightModeChanged = false;
     int m_itemIndexLocation = -1;
     IItem3dSelectionProvider* m_selection = nullptr; // only in a pass for the selection buffer
-    ItemUniforms m_itemUniforms;
+    PassUniforms m_uniforms;                         ///< of the prepared program
     QPointer<QOpenGLShaderProgram> m_preparedProgram;
     ItemPass m_itemPass;
 };

@@ -14,12 +14,11 @@
 namespace {
 
 // Programs have stages after the first that may want to know more of an item than is handed on to them.
-bool readsRecordsOnly(const QOpenGLShaderProgram& program)
+bool readsRecordsOnly(const QOpenGLShaderProgram& program, const PassUniforms& uniforms)
 {
-    const int others[] = {program.uniformLocation("model"),      program.uniformLocation("normalMatrix"),
-                          program.uniformLocation("item_color"), program.uniformLocation("item_id"),
-                          program.uniformLocation("item_flags"), program.uniformLocation("uColorMode"),
-                          program.uniformLocation("glue_mask"),  program.uniformLocation("u_dashSize")};
+    const int others[] = {uniforms.model,    uniforms.normalMatrix,  uniforms.items.itemColor,
+                          uniforms.itemId,   uniforms.itemFlags,     uniforms.items.colorMode,
+                          uniforms.glueMask, uniforms.items.dashSize};
     return program.attributeLocation("model") >= 0 &&
            std::none_of(std::begin(others), std::end(others), [](int location) { return location >= 0; });
 }
@@ -47,7 +46,7 @@ bool RecordPass::begin(const PaintContext& context, bool isLimitedByFence)
     records.colors = m_colors;
     if (&findProgramVariant(*plain, records) == plain) return false;
     setInsideFence(!isLimitedByFence);
-    if (!prepareProgram(m_context) || !readsRecordsOnly(*m_context.program)) return false;
+    if (!prepareProgram(m_context) || !readsRecordsOnly(*m_context.program, passUniforms())) return false;
     const QVariant primitives = m_context.program->property("primitives");
     if (primitives.isValid()) m_context.primitives = primitives.toInt();
     // What items of records leave to the pass: the view's light, no texture, no material.

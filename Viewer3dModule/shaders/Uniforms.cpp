@@ -71,6 +71,57 @@ void set(OpenGLFunctions& gl, int location, const QColor& value)
 
 } // namespace uniforms
 
+namespace {
+
+/// Belongs to a program that stays as it is.
+class KnownUniforms : public QObject
+{
+public:
+    KnownUniforms(QOpenGLShaderProgram& program, const PassUniforms& known)
+        : QObject(&program)
+        , uniforms(known)
+    {
+    }
+    const PassUniforms uniforms;
+};
+
+PassUniforms ask(QOpenGLShaderProgram& program)
+{
+    PassUniforms uniforms;
+    uniforms.drawMode = program.uniformLocation("draw_mode");
+    uniforms.projection = program.uniformLocation("projection");
+    uniforms.view = program.uniformLocation("view");
+    uniforms.viewport = program.uniformLocation("viewport");
+    uniforms.viewportInverted = program.uniformLocation("viewport_inverted");
+    uniforms.model = program.uniformLocation("model");
+    uniforms.normalMatrix = program.uniformLocation("normalMatrix");
+    uniforms.lightDirection = program.uniformLocation("uLightDirection");
+    uniforms.lightMode = program.uniformLocation("uLightMode");
+    uniforms.selectionColor = program.uniformLocation("selection_color");
+    uniforms.interactionColor = program.uniformLocation("interaction_color");
+    uniforms.itemId = program.uniformLocation("item_id");
+    uniforms.itemFlags = program.uniformLocation("item_flags");
+    uniforms.itemIndex = program.uniformLocation("item_index");
+    uniforms.glueMask = program.uniformLocation("glue_mask");
+    uniforms.fenceToUse = program.uniformLocation("fence_to_use");
+    uniforms.items = ItemUniforms::of(program);
+    return uniforms;
+}
+
+} // namespace
+
+PassUniforms PassUniforms::of(QOpenGLShaderProgram& program)
+{
+    const char* const property = "pass_uniforms";
+    if (const auto* known = static_cast<KnownUniforms*>(program.property(property).value<void*>()))
+        return known->uniforms;
+    const PassUniforms uniforms = ask(program);
+    const bool isOurs = program.property("numbers_vertices").isValid();
+    if (isOurs && program.isLinked())
+        program.setProperty(property, QVariant::fromValue<void*>(new KnownUniforms(program, uniforms)));
+    return uniforms;
+}
+
 ItemUniforms ItemUniforms::of(QOpenGLShaderProgram& program)
 {
     ItemUniforms uniforms;
@@ -83,6 +134,11 @@ ItemUniforms ItemUniforms::of(QOpenGLShaderProgram& program)
     uniforms.texture0 = program.uniformLocation("uTexture0");
     uniforms.filledTextureBack = program.uniformLocation("filled_texture_back");
     uniforms.materialMode = program.uniformLocation("uMaterialMode");
+    uniforms.offset = program.uniformLocation("offset");
+    uniforms.texture = program.uniformLocation("uTexture");
+    uniforms.textureTop = program.uniformLocation("uTexTop");
+    uniforms.textureBottom = program.uniformLocation("uTexBottom");
+    uniforms.wireMode = program.uniformLocation("uWireMode");
     const QVariant numbersVertices = program.property("numbers_vertices");
     uniforms.numbersVertices = !numbersVertices.isValid() || numbersVertices.toBool();
     return uniforms;

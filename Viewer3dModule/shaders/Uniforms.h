@@ -46,10 +46,42 @@ struct VIEWER3DMODULE_EXPORT ItemUniforms
     int texture0 = -1; ///< "uTexture0"
     int filledTextureBack = -1;
     int materialMode = -1;
+    int offset = -1;  ///< of captions and icons, as the three that follow
+    int texture = -1; ///< "uTexture"
+    int textureTop = -1;
+    int textureBottom = -1;
+    int wireMode = -1; ///< of shapes that the program makes
     /// Whether the program's vertex stage asks for the number of a vertex, counted from the first one of its
     /// buffer: so it is for all programs of which buildShaderProgram does not know better.
     bool numbersVertices = true;
 
     /// Asks the program, which must be linked; its context must be current.
     static ItemUniforms of(QOpenGLShaderProgram& program);
+};
+
+/// Locations of the uniforms that drawers set at the beginning of a pass or for its items, and those that the
+/// items set. -1 where the program lacks the uniform.
+struct VIEWER3DMODULE_EXPORT PassUniforms
+{
+    int drawMode = -1;
+    int projection = -1;
+    int view = -1;
+    int viewport = -1;
+    int viewportInverted = -1;
+    int model = -1;
+    int normalMatrix = -1;
+    int lightDirection = -1;
+    int lightMode = -1;
+    int selectionColor = -1;
+    int interactionColor = -1;
+    int itemId = -1;
+    int itemFlags = -1;
+    int itemIndex = -1;
+    int glueMask = -1;
+    int fenceToUse = -1;
+    ItemUniforms items;
+
+    /// Asks the program, which must be linked; its context must be current. One that buildShaderProgram or a
+    /// variant made is asked once in its life: nobody links it again.
+    static PassUniforms of(QOpenGLShaderProgram& program);
 };
