@@ -5,9 +5,10 @@
 #include <functional>
 #include <vector>
 
-/// Counts the calls of OpenGL that drawing makes through the function tables of one context, for as long as
-/// it lives: all that binds, sets, enables, uploads or draws, and all that asks. The calls go on to the
-/// driver. One at a time, and the context outlives it.
+/// Counts the calls of OpenGL that drawing makes through the function tables of one context, and those of
+/// programs of its share group, for as long as it lives: all that binds, sets, enables, uploads or draws, and
+/// all that asks, also for a uniform by its name. The calls go on to the driver. What the process allocates
+/// and emits meanwhile is counted as well. One at a time, and the context outlives it.
 class CallCounter
 {
 public:
@@ -18,10 +19,14 @@ public:
     CallCounter& operator=(const CallCounter&) = delete;
 
     /// Since the last reset.
-    int calls() const;   ///< of all kinds
-    int queries() const; ///< glGet and the like
+    int calls() const;       ///< of all kinds
+    int queries() const;     ///< glGet and the like
+    int allocations() const; ///< by new
+    int signalCount() const; ///< of all objects
     void reset();
 
 private:
+    void countPrograms();
+
     std::vector<std::function<void()>> m_undo;
 };

@@ -1,7 +1,11 @@
 #include "CallCounter.h"
 
+#include "tests/gl/glyphs/GlyphsTest.h"
 #include "tests/gl/instanced/InstancedTest.h"
 
+#include <Viewer3dModule/drawables/CaptionsDrawable3dItem.h>
+#include <Viewer3dModule/drawables/DrawableShaderCylinder.h>
+#include <Viewer3dModule/drawables/IconTexture.h>
 #include <Viewer3dModule/drawables/MeshNode3d.h>
 #include <Viewer3dModule/drawables/PolyPolyline3dItem.h>
 #include <Viewer3dModule/drawers/DrawerType.h>
@@ -9,34 +13,14 @@
 
 #include <glm/gtc/matrix_transform.hpp>
 
-#include <cstdlib>
-#include <new>
-
-// What an item costs a frame in calls, allocations and questions to the driver. The numbers are those that
-// are reached, and nothing is to exceed them.
-
-static std::size_t allocationCount = 0;
-
-void* operator new(std::size_t size)
-{
-    ++allocationCount;
-    if (void* place = std::malloc(size)) return place;
-    throw std::bad_alloc();
-}
-void operator delete(void* place) noexcept
-{
-    std::free(place);
-}
-void operator delete(void* place, std::size_t) noexcept
-{
-    std::free(place);
-}
+// What an item costs a frame in calls, questions to the driver, allocations and signals. The numbers are
+// those that are reached, and nothing is to exceed them.
 
 namespace {
 
 struct FrameCost
 {
-    double calls, queries, allocations; ///< an item
+    double calls, queries, allocations, signalCount; ///< an item
 };
 
 glm::mat4 placeOfItem(int index)
@@ -161,7 +145,7 @@ protected:
         const FrameCost few = total(Few), many = total(Many);
         constexpr double more = Many - Few;
         return {(many.calls - few.calls) / more, (many.queries - few.queries) / more,
-                (many.allocations - few.allocations) / more};
+                (many.allocations - few.allocations) / more, (many.signalCount - few.signalCount) / more};
     }
     std::unique_ptr<Drawable3dItem> line(int index, int drawerType, const QPen& pen = QPen())
     {
@@ -189,10 +173,9 @@ private:
         drawer.draw(context, {}); // uploads, and what else the first frame does
         drawer.draw(context, {});
         CallCounter counter(*gl);
-        const std::size_t before = allocationCount;
         drawer.draw(context, {});
-        const auto allocations = static_cast<double>(allocationCount - before);
-        return {double(counter.calls()), double(counter.queries()), allocations};
+        return {double(counter.calls()), double(counter.queries()), double(counter.allocations()),
+                double(counter.signalCount())};
     }
 
     std::unique_ptr<RenderTarget> m_target;
@@ -207,6 +190,7 @@ TEST_F(ItemPathTest, ALineCostsFourCalls)
         EXPECT_LE(cost.calls, 4.0) << type;
         EXPECT_LE(cost.queries, 0.0) << type;
         EXPECT_LE(cost.allocations, 0.0) << type;
+        EXPECT_LE(cost.signalCount, 0.0) << type;
     }
 }
 
@@ -219,6 +203,7 @@ TEST_F(ItemPathTest, ADashedLineCostsEightCalls)
     EXPECT_LE(cost.calls, 8.0);
     EXPECT_LE(cost.queries, 0.0);
     EXPECT_LE(cost.allocations, 0.0);
+    EXPECT_LE(cost.signalCount, 0.0);
 }
 
 // Two matrices, the colour, the identifier, the texture unit, the draw call.
@@ -229,6 +214,7 @@ TEST_F(ItemPathTest, ABoxCostsSixCalls)
     EXPECT_LE(cost.calls, 6.0);
     EXPECT_LE(cost.queries, 0.0);
     EXPECT_LE(cost.allocations, 0.0);
+    EXPECT_LE(cost.signalCount, 0.0);
 }
 
 TEST_F(ItemPathTest, WithoutPromisesABoxSetsAllUpAndPutsItBack)
@@ -238,6 +224,7 @@ TEST_F(ItemPathTest, WithoutPromisesABoxSetsAllUpAndPutsItBack)
     EXPECT_LE(cost.calls, 23.0);
     EXPECT_LE(cost.queries, 0.0);
     EXPECT_LE(cost.allocations, 0.0);
+    EXPECT_LE(cost.signalCount, 0.0);
 }
 
 TEST_F(ItemPathTest, AMarkCostsNothing)
@@ -251,6 +238,98 @@ TEST_F(ItemPathTest, AMarkCostsNothing)
     EXPECT_LE(cost.calls, 0.0);
     EXPECT_LE(cost.queries, 0.0);
     EXPECT_LE(cost.allocations, 0.0);
+    EXPECT_LE(cost.signalCount, 0.0);
+}
+
+// The error flag is a caption's to clear.
+TEST_F(ItemPathTest, ACaptionAsksForErrorsOnly)
+{
+    QImage image(4, 6, QImage::Format_RGBA8888);
+    image.fill(Qt::white);
+    const FrameCost cost = costOf(*scene->getDefaultDrawer(DrawerType::Caption), [&](int index) {
+        auto item = std::make_unique<CaptionsDrawable3dItem>(0);
+        item->addCaption(glm::vec3(placeOfItem(index)[3]), image);
+        item->setSceneDrawer(scene.get());
+        return item;
+    });
+    EXPECT_LE(cost.calls, 20.0);
+    EXPECT_LE(cost.queries, 1.0);
+    EXPECT_LE(cost.allocations, 0.0);
+    EXPECT_LE(cost.signalCount, 0.0);
+}
+
+TEST_F(ItemPathTest, AnIconAsksForNothing)
+{
+    class IconItem : public Drawable3dItem
+    {
+    public:
+        using Drawable3dItem::setDrawer;
+        explicit IconItem(const IconTexture& icon)
+            : m_icon(icon)
+        {
+        }
+
+    protected:
+        void draw(const PaintContext& context) override { const_cast<IconTexture&>(m_icon).draw(context, 1); }
+
+    private:
+        const IconTexture& m_icon;
+    };
+    const IconTexture icon(QImage(4, 6, QImage::Format_RGBA8888));
+    const FrameCost cost = costOf(*scene->getDefaultDrawer(DrawerType::Caption), [&](int index) {
+        auto item = std::make_unique<IconItem>(icon);
+        item->setTransform(placeOfItem(index), false);
+        item->setDrawer(scene->getDefaultDrawer(DrawerType::Caption));
+        return item;
+    });
+    EXPECT_LE(cost.calls, 16.0);
+    EXPECT_LE(cost.queries, 0.0);
+    EXPECT_LE(cost.allocations, 0.0);
+}
+
+TEST_F(ItemPathTest, ACylinderAsksForNothing)
+{
+    const DrawableShaderCylinder shape;
+    class Pipe : public Drawable3dItem
+    {
+    public:
+        using Drawable3dItem::setDrawer;
+        DrawableShaderCylinder cylinder;
+
+    protected:
+        void draw(const PaintContext& context) override { cylinder.draw(context, 1); }
+    };
+    Item3dDrawer* drawer = shape.getDrawer(scene.get());
+    const FrameCost cost = costOf(*drawer, [&](int index) {
+        auto item = std::make_unique<Pipe>();
+        item->setTransform(placeOfItem(index), false);
+        item->setDrawer(drawer);
+        return item;
+    });
+    EXPECT_LE(cost.calls, 17.0);
+    EXPECT_LE(cost.queries, 0.0);
+    EXPECT_LE(cost.allocations, 0.0);
+}
+
+// Letters of one kind are drawn together, whosoever they are.
+TEST_F(ItemPathTest, ALabelCostsNothing)
+{
+    LabelledItemDrawer drawer(scene.get());
+    std::vector<std::shared_ptr<IconTexture>> letters;
+    for (int i = 0; i < 3; ++i)
+        letters.push_back(std::make_shared<IconTexture>(QImage(4, 6, QImage::Format_RGBA8888)));
+    const FrameCost cost = costOf(drawer, [&](int index) {
+        auto item = std::make_unique<LabelledItem>(index + 1);
+        item->anchor = glm::vec3(placeOfItem(index)[3]);
+        for (const auto& letter : letters)
+            item->glyphs.emplace_back(glm::vec2(5.0f * float(item->glyphs.size()), 0.0f), letter);
+        item->setDrawer(&drawer);
+        return item;
+    });
+    EXPECT_LE(cost.calls, 0.0);
+    EXPECT_LE(cost.queries, 0.0);
+    EXPECT_LE(cost.allocations, 0.0);
+    EXPECT_LE(cost.signalCount, 0.0);
 }
 
 // Whatever simpler program a pass may take by its items' promises, and whatever is left bound between them.

@@ -1,0 +1,184 @@
+#include "CallCounter.h"
+
+#include "tests/gl/fences/FencedScene.h"
+#include "tests/gl/glyphs/GlyphsTest.h"
+#include "tests/gl/instanced/InstancedTest.h"
+
+#include <Viewer3dModule/drawables/MeshNode3d.h>
+#include <Viewer3dModule/drawables/PolyPolyline3dItem.h>
+#include <Viewer3dModule/drawers/BatchedItem3dDrawer.h>
+#include <Viewer3dModule/drawers/DrawerType.h>
+#include <Viewer3dModule/drawers/IItem3dSelectionProvider.h>
+#include <Viewer3dModule/drawers/SequentialItem3dDrawer.h>
+
+#include <QtGui/QPolygonF>
+
+#include <algorithm>
+
+// What a pass costs besides its items: questions to the driver, allocations and signals, once the programs
+// are there and nothing changes. What a host may set in a program between passes is copied to its variants,
+// which asks for the values. The numbers are those that are reached.
+
+namespace {
+
+class MeshInPass : public Drawable3dItem
+{
+public:
+    explicit MeshInPass(MeshData data)
+        : m_node(std::move(data))
+    {
+        setDrawsByPrimitives(m_node.drawsByPrimitives());
+        setShowsItemColors(m_node.showsItemColors());
+        setUntextured(m_node.isUntextured());
+        setUnlit(m_node.isUnlit());
+        setSolid(m_node.isSolid());
+    }
+    using Drawable3dItem::setDrawer;
+    bool describeDrawing(ItemDrawing& drawing) override { return m_node.describeDrawing(drawing); }
+
+protected:
+    void draw(const PaintContext& context) override { m_node.draw(context, 1); }
+
+private:
+    MeshNode3d m_node;
+};
+
+class PassCostTest : public InstancedTest
+{
+protected:
+    void SetUp() override
+    {
+        InstancedTest::SetUp();
+        m_target = std::make_unique<RenderTarget>(*gl, QSize(32, 32), 4);
+        m_fence = std::make_unique<FenceSetter>(*project);
+    }
+    void TearDown() override
+    {
+        scene->makeCurrent();
+        m_items.clear();
+        m_target.reset();
+        InstancedTest::TearDown();
+    }
+    void addLine(Item3dDrawer& drawer, int type)
+    {
+        class Line : public PolyPolyline3dItem
+        {
+        public:
+            using PolyPolyline3dItem::PolyPolyline3dItem;
+            using PolyPolyline3dItem::setDrawer;
+        };
+        auto item = std::make_unique<Line>(0, type);
+        item->setPoints({{-1, 0, 0}, {1, 0, 0}}, {2});
+        item->setDrawer(&drawer);
+        m_items.push_back(std::move(item));
+    }
+    void addMesh(Item3dDrawer& drawer)
+    {
+        MeshData data;
+        data.positions = {{-1, -1, 0}, {1, -1, 0}, {0, 1, 0}};
+        data.indices = {0, 1, 2};
+        MeshData::Part part;
+        part.indexCount = 3;
+        part.color = Qt::red;
+        data.parts.push_back(part);
+        auto item = std::make_unique<MeshInPass>(std::move(data));
+        item->setDrawer(&drawer);
+        m_items.push_back(std::move(item));
+    }
+    void setFence(int kind)
+    {
+        m_fence->reset();
+        if (kind == 1) m_fence->set(glm::dvec3(0.0), 0.7);
+        if (kind == 2) m_fence->set(prism(Frame{{0, 0, -2}}, square(0.5), 0.0));
+    }
+    PaintContext pass(int mode)
+    {
+        PaintContext context = paintContext(32, 32);
+        context.drawMode = mode;
+        m_target->bind();
+        if (mode == DrawMode::SelectionBufferDraw) {
+            scene->getItemSelectionProvider()->setSelectionPolygon(QPolygonF(QRectF(3, 2, 16, 13)));
+            scene->getItemSelectionProvider()->beginSelection(context);
+        }
+        return context;
+    }
+    /// Questions to the driver at most, in a pass of colours without a fence and in any other.
+    void check(const char* name, Item3dDrawer& drawer, int ofColors, int ofAny)
+    {
+        int most = 0, calls = 0;
+        for (int kind = 0; kind < 3; ++kind) {
+            setFence(kind);
+            for (const int mode : {DrawMode::OrdinalDraw, DrawMode::SelectionMaskDraw, DrawMode::GlueMaskDraw,
+                                   DrawMode::SelectionBufferDraw}) {
+                const PaintContext context = pass(mode);
+                drawer.draw(context, {}); // builds programs, uploads
+                drawer.draw(context, {});
+                CallCounter counter(*gl);
+                drawer.draw(context, {});
+                const bool isPlain = kind == 0 && mode == DrawMode::OrdinalDraw;
+                EXPECT_TRUE(!isPlain || counter.calls() > 20) << name << " draws nothing";
+                EXPECT_LE(counter.queries(), isPlain ? ofColors : ofAny)
+                    << name << ", fence " << kind << ", mode " << mode;
+                EXPECT_LE(counter.allocations(), kind == 2 ? 5 : 2) << name << ", fence " << kind;
+                EXPECT_EQ(counter.signalCount(), 0) << name;
+                most = std::max(most, counter.queries());
+                calls = std::max(calls, counter.calls());
+            }
+        }
+        EXPECT_GT(calls, most) << "nothing is counted";
+        EXPECT_EQ(most, ofAny) << name << " asks for less: say so here";
+    }
+
+    std::unique_ptr<RenderTarget> m_target;
+    std::unique_ptr<FenceSetter> m_fence;
+    std::vector<std::unique_ptr<Drawable3dItem>> m_items;
+};
+
+TEST_F(PassCostTest, OfLines)
+{
+    const auto checkType = [this](const char* name, int type, int ofColors, int ofAny) {
+        Item3dDrawer* drawer = scene->getDefaultDrawer(type);
+        addLine(*drawer, type);
+        check(name, *drawer, ofColors, ofAny);
+    };
+    checkType("lines", DrawerType::Mono, 0, 19);
+    checkType("wide lines", DrawerType::WideLines, 0, 21);
+    checkType("dashed lines", DrawerType::DashedLines, 1, 23); // which vertex provokes
+}
+
+TEST_F(PassCostTest, OfMeshes)
+{
+    Item3dDrawer* drawer = scene->getDefaultDrawer(DrawerType::Mesh);
+    addMesh(*drawer);
+    check("mesh", *drawer, 0, 9);
+}
+
+TEST_F(PassCostTest, OfMarks)
+{
+    MarkDrawer drawer(scene.get());
+    MarkItem item(1, glm::vec3(0.0f));
+    item.setDrawer(&drawer);
+    check("marks", drawer, 2, 19);
+}
+
+TEST_F(PassCostTest, OfLabels)
+{
+    LabelledItemDrawer drawer(scene.get());
+    LabelledItem item(2);
+    item.glyphs.emplace_back(glm::vec2(0.0f),
+                             std::make_shared<IconTexture>(QImage(4, 6, QImage::Format_RGBA8888)));
+    item.setDrawer(&drawer);
+    check("labels", drawer, 0, 24);
+}
+
+TEST_F(PassCostTest, OfBatches)
+{
+    auto& lines = dynamic_cast<SequentialItem3dDrawer&>(*scene->getDefaultDrawer(DrawerType::Mono));
+    BatchedItem3dDrawer drawer(scene.get(), lines.getDefaultProgram());
+    drawer.setLeastRun(1);
+    addLine(drawer, DrawerType::Mono);
+    check("batches", drawer, 7, 18);
+    m_items.clear();
+}
+
+} // namespace
