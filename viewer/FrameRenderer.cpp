@@ -95,6 +95,7 @@ PaintContext FrameRenderer::paintContext(const Viewpoint& viewpoint, const QSize
     context.setViewport(QRect(QPoint(0, 0), part.size()));
     context.vertexArray = vertexArray;
     context.scene = &m_scene;
+    context.blends = true;
     context.viewName = viewName;
     return context;
 }

@@ -19,7 +19,7 @@ Drawable3dItem::Drawable3dItem(Drawable3dItem&& other) noexcept
     , m_promisingType(other.m_promisingType)
     , m_visible(other.m_visible)
     , m_drawsOpaque(other.m_drawsOpaque)
-    , m_isSolid(other.m_isSolid)
+    , m_alphas(other.m_alphas)
     , m_showsItemColors(other.m_showsItemColors)
     , m_isUntextured(other.m_isUntextured)
     , m_isUnlit(other.m_isUnlit)

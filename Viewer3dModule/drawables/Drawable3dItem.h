@@ -110,8 +110,18 @@ public:
     /// Whether the item promises that none of its fragments is left out for its colour: unless it is
     /// highlighted, no alpha of its parts, vertices and texels is 0. A pass for depths alone draws it without
     /// looking at colours. False at first.
-    bool isSolid() const { return m_isSolid; }
-    void setSolid(bool solid) { m_isSolid = solid; }
+    bool isSolid() const { return m_alphas != Alphas::Any; }
+    void setSolid(bool solid)
+    {
+        if (solid != isSolid()) m_alphas = solid ? Alphas::AboveZero : Alphas::Any;
+    }
+    /// Whether the item promises that all of these are 1: what is behind it need not be mixed in, see
+    /// PaintContext::blends. An opaque item is solid. False at first.
+    bool isOpaque() const { return m_alphas == Alphas::One; }
+    void setOpaque(bool opaque)
+    {
+        if (opaque != isOpaque()) m_alphas = opaque ? Alphas::One : Alphas::AboveZero;
+    }
 
 protected:
     friend class Scene3d;
@@ -127,6 +137,7 @@ protected:
 private:
     friend class Item3dDrawer;
     friend class ItemIndex;
+    enum class Alphas : std::uint8_t { Any, AboveZero, One };
     static constexpr int NoIndexPlace = std::numeric_limits<int>::min();
 
     /// What tells the item from others in masks: the LONGID of an item that stands for a model element, else
@@ -150,7 +161,7 @@ private:
     mutable bool m_hostItemKnown = false;
     bool m_visible = true;
     bool m_drawsOpaque = false;
-    bool m_isSolid = false;
+    Alphas m_alphas = Alphas::Any;
     bool m_showsItemColors = false;
     bool m_isUntextured = false;
     bool m_isUnlit = false;

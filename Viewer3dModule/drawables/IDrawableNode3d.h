@@ -52,6 +52,8 @@ public:
     virtual void setPointSize(float) {}
     /// Whether nothing of the node is left out for its colour, see Drawable3dItem::isSolid.
     virtual bool isSolid() const { return false; }
+    /// Whether all of it is opaque, see Drawable3dItem::isOpaque.
+    virtual bool isOpaque() const { return false; }
     /// Whether it has no colours of vertices, no texture and no material, see
     /// Drawable3dItem::showsItemColors; and whether it draws by the module's primitives alone, see
     /// Drawable3dItem::drawsByPrimitives.

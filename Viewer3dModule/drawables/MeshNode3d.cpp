@@ -99,30 +99,26 @@ bool hasClearBorder(const MeshData& data, std::size_t image)
            data.wraps[image].border.alpha() < 255;
 }
 
-bool isSolidPart(const MeshData& data, const MeshData::Part& part, bool haveVerticesSolidColors)
+bool hasClearImage(const MeshData& data, const MeshData::Part& part)
 {
-    const bool hasImage = !data.texCoords.empty() && part.image >= 0 &&
-                          static_cast<std::size_t>(part.image) < data.images.size() &&
-                          !data.images[static_cast<std::size_t>(part.image)].isNull();
-    // An image that the driver does not take leaves the other colours to be seen.
-    const bool isImageSolid =
-        !hasImage || (!data.images[static_cast<std::size_t>(part.image)].hasAlphaChannel() &&
-                      !hasClearBorder(data, static_cast<std::size_t>(part.image)));
-    const bool isColorSolid = !part.color.isValid() || part.color.alpha() != 0;
-    return isImageSolid && haveVerticesSolidColors && isColorSolid;
+    const auto image = static_cast<std::size_t>(part.image);
+    const bool hasImage = !data.texCoords.empty() && part.image >= 0 && image < data.images.size() &&
+                          !data.images[image].isNull();
+    return hasImage && (data.images[image].hasAlphaChannel() || hasClearBorder(data, image));
 }
 
-// Whatever of the colours a program shows.
-bool isSolidMesh(const MeshData& data)
+// The least alpha of all colours, whatever of them a program shows: an image that the driver does not take
+// leaves the others to be seen. 0 where an image has any but 1.
+double leastAlphaOf(const MeshData& data)
 {
-    // bytes red, green, blue, alpha in memory order
-    const bool haveVerticesSolidColors =
-        std::none_of(data.colors.begin(), data.colors.end(), [](const std::uint32_t& color) {
-            return reinterpret_cast<const unsigned char*>(&color)[3] == 0;
-        });
-    return std::all_of(data.parts.begin(), data.parts.end(), [&](const MeshData::Part& part) {
-        return isSolidPart(data, part, haveVerticesSolidColors);
-    });
+    double least = 1.0;
+    for (const std::uint32_t& color : data.colors) // bytes red, green, blue, alpha in memory order
+        least = std::min(least, reinterpret_cast<const unsigned char*>(&color)[3] / 255.0);
+    for (const MeshData::Part& part : data.parts) {
+        if (part.color.isValid()) least = std::min(least, double(part.color.alphaF()));
+        if (hasClearImage(data, part)) least = 0.0;
+    }
+    return least;
 }
 
 Drawable3dPrimitive::GeometryInfo geometryInfoOf(const MeshData& data)
@@ -233,6 +229,7 @@ struct MeshNode3d::Private
     bool isUploaded = false;
     bool isIndexed = true;
     bool isSolid = false;
+    bool isOpaque = false;
     std::vector<MeshData::Part> parts;
 
     std::vector<GlTexture> textures; // one an image, without a name where the image is null
@@ -256,7 +253,9 @@ MeshNode3d::Private::Private(MeshData meshData)
     indexCount = data.indices.size();
     layout = layoutOf(data);
     info = geometryInfoOf(data);
-    isSolid = isSolidMesh(data);
+    const double leastAlpha = leastAlphaOf(data);
+    isSolid = leastAlpha > 0.0;
+    isOpaque = leastAlpha >= 1.0;
     parts = std::move(data.parts);
 }
 
@@ -448,6 +447,11 @@ void MeshNode3d::setPointSize(float pixels)
 bool MeshNode3d::isSolid() const
 {
     return m_private->isSolid;
+}
+
+bool MeshNode3d::isOpaque() const
+{
+    return m_private->isOpaque;
 }
 
 bool MeshNode3d::showsItemColors() const

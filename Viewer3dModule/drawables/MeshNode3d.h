@@ -37,6 +37,7 @@ public:
     void setPointSize(float pixels) override;
     /// As far as can be told without looking at every texel: not with images that have an alpha channel.
     bool isSolid() const override;
+    bool isOpaque() const override;
     bool showsItemColors() const override;
     bool isUntextured() const override;
     bool isUnlit() const override;

@@ -49,6 +49,10 @@ struct VIEWER3DMODULE_EXPORT PaintContext
     /// Whether the pass is for its depths and nobody looks at colours: drawers may then take simpler programs
     /// that leave the same depths.
     bool depthOnly = false;
+    /// Whether blending is switched on for the first draw buffer, and a drawer may switch it off for as long
+    /// as all that it draws is opaque (Drawable3dItem::isOpaque): pictures are the same, and cost less.
+    /// False: drawers leave it as it is.
+    bool blends = false;
 
     /// Sets viewportRect and, from it, viewport. Everybody who fills a context uses this.
     void setViewport(const QRect& rect);

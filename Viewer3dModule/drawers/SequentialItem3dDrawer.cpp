@@ -43,6 +43,26 @@ private:
     GLint m_before = GL_LAST_VERTEX_CONVENTION;
 };
 
+// Nothing is mixed in for as long as it lives.
+class OpaquePass
+{
+public:
+    OpaquePass(OpenGLFunctions* gl, bool wanted)
+        : m_gl(wanted ? gl : nullptr)
+    {
+        if (m_gl) m_gl->glDisablei(GL_BLEND, 0);
+    }
+    ~OpaquePass()
+    {
+        if (m_gl) m_gl->glEnablei(GL_BLEND, 0);
+    }
+    OpaquePass(const OpaquePass&) = delete;
+    OpaquePass& operator=(const OpaquePass&) = delete;
+
+private:
+    OpenGLFunctions* m_gl;
+};
+
 constexpr GLenum noFeedback = 0xFFFFFFFFu;
 
 // noFeedback where the bit set does not name exactly one kind.
@@ -107,28 +127,36 @@ bool hasAllFragments(const Drawable3dItem& item)
     return (item.isSolid() || item.drawsOpaque()) && !item.isHighlighted();
 }
 
-bool isHighlightVisible()
+double highlightAlpha()
 {
     const View3dSettings* settings = View3dSettings::getInstance();
-    return !settings || settings->getSelectedColor().alpha() != 0;
+    return settings ? settings->getSelectedColor().alphaF() : 1.0;
 }
 
-// What the program has to show of those that might be drawn; most registries end this with their first item.
-ProgramColors colorsOf(const std::vector<Drawable3dItem*>& items)
+struct Looks
+{
+    ProgramColors colors = ProgramColors::All; ///< those that the program has to show
+    bool areOpaque = false;                    ///< asked where none of these has an alpha of 0
+};
+
+// Those of what might be drawn; most registries end this with their first item.
+Looks looksOf(const std::vector<Drawable3dItem*>& items)
 {
     bool isAnyDrawn = false;
-    bool areAllVisible = isHighlightVisible();
+    bool areAllVisible = highlightAlpha() > 0.0;
     bool areItemColors = true;
+    bool areOpaque = highlightAlpha() >= 1.0;
     for (const Drawable3dItem* item : items) {
         if (!item->isVisible()) continue;
-        if (!item->isUntextured()) return ProgramColors::All;
+        if (!item->isUntextured()) return {};
         isAnyDrawn = true;
         areAllVisible = areAllVisible && (item->isSolid() || item->drawsOpaque());
         areItemColors = areItemColors && item->showsItemColors();
+        areOpaque = areOpaque && item->isOpaque();
     }
-    if (!isAnyDrawn) return ProgramColors::All;
-    if (areItemColors) return areAllVisible ? ProgramColors::VisibleItems : ProgramColors::OfItems;
-    return areAllVisible ? ProgramColors::VisibleVertices : ProgramColors::All;
+    if (!isAnyDrawn) return {};
+    if (!areAllVisible) return {areItemColors ? ProgramColors::OfItems : ProgramColors::All, false};
+    return {areItemColors ? ProgramColors::VisibleItems : ProgramColors::VisibleVertices, areOpaque};
 }
 
 bool areUnlit(const std::vector<Drawable3dItem*>& items)
@@ -249,14 +277,19 @@ QOpenGLShaderProgram* SequentialItem3dDrawer::depthProgram(const PaintContext& c
 void SequentialItem3dDrawer::drawItems(const PaintContext& context, const Filter& filter)
 {
     PaintContext pass = context;
+    Looks looks;
     if (context.drawMode == DrawMode::OrdinalDraw) { // others are not worth a look at all items
-        setProgramColors(colorsOf(getItems()));
+        looks = looksOf(getItems());
+        setProgramColors(looks.colors);
         setUnlit(areUnlit(getItems()));
     }
     const bool canDraw = beginPass(pass);
     setProgramColors(ProgramColors::All);
     setUnlit(false);
-    if (canDraw) drawEach(getItems(), pass, filter);
+    if (!canDraw) return;
+    const OpaquePass opaque(currentGLFunctions(),
+                            context.blends && looks.areOpaque && showsOwnAlphas(*pass.program));
+    drawEach(getItems(), pass, filter);
 }
 
 void SequentialItem3dDrawer::drawEach(const std::vector<Drawable3dItem*>& items, const PaintContext& pass,

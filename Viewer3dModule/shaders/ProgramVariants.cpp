@@ -27,6 +27,7 @@ const char* const withTexCoords = "RX_USE_PER_VERTEX_TEX_COORDS";
 const char* const withoutMaterials = "RX_NO_MATERIALS";
 const char* const withNormals = "RX_USE_PER_VERTEX_NORMAL";
 const char* const withVertexColors = "RX_USE_PER_VERTEX_COLOR";
+const char* const withHeights = "RX_USE_ELEVATION_COLOR";
 const char* const withLightInAlpha = "RX_LIGHT_IN_ALPHA";
 const char* const withVertexStageColors = "RX_VERTEX_STAGE_COLORS";
 
@@ -64,8 +65,8 @@ public:
                        asksFor("fragment", withNormals))
         , m_canHideLight(m_sources.files.size() == 2 && asksFor("vertex", withLightInAlpha) &&
                          asksFor("fragment", withLightInAlpha))
-        , m_canChooseColors(m_sources.files.size() == 2 && has(withVertexColors) &&
-                            !has("RX_USE_ELEVATION_COLOR") && asksFor("vertex", withVertexStageColors) &&
+        , m_canChooseColors(m_sources.files.size() == 2 && has(withVertexColors) && !has(withHeights) &&
+                            asksFor("vertex", withVertexStageColors) &&
                             asksFor("fragment", withVertexStageColors))
     {
     }
@@ -242,4 +243,13 @@ QOpenGLShaderProgram& beginProgramVariant(QOpenGLShaderProgram& program, Program
 {
     if (isPlain(variant)) return program;
     return Variants::of(program).begin(variant);
+}
+
+bool showsOwnAlphas(const QOpenGLShaderProgram& variant)
+{
+    const std::vector<std::string> defines = sourcesOf(variant).defines;
+    const auto has = [&defines](const char* define) {
+        return std::find(defines.begin(), defines.end(), define) != defines.end();
+    };
+    return has(withVisibleItemsOnly) && !has(withHeights);
 }

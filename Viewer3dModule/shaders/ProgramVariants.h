@@ -53,3 +53,6 @@ VIEWER3DMODULE_EXPORT QOpenGLShaderProgram& findProgramVariant(QOpenGLShaderProg
 /// the program's uniforms. What a pass sets in it afterwards does not stay for the next one.
 VIEWER3DMODULE_EXPORT QOpenGLShaderProgram& beginProgramVariant(QOpenGLShaderProgram& program,
                                                                 ProgramVariant variant);
+
+/// Whether a variant shows alphas as items and vertices have them, none of which is 0.
+VIEWER3DMODULE_EXPORT bool showsOwnAlphas(const QOpenGLShaderProgram& variant);

@@ -109,6 +109,7 @@ PaintContext BenchScene::context() const
     context.projection = m_view.projection;
     context.vertexArray = m_scene->getDefaultVao();
     context.scene = m_scene.get();
+    context.blends = true;
     return context;
 }
 

@@ -8,6 +8,7 @@ MeshItem::MeshItem(MeshElement* element)
     , m_node(element->takeNode())
 {
     setSolid(m_node->isSolid());
+    setOpaque(m_node->isOpaque());
     setDrawsByPrimitives(m_node->drawsByPrimitives());
     setShowsItemColors(m_node->showsItemColors());
     setUntextured(m_node->isUntextured());

@@ -24,6 +24,7 @@ void MeshItem::takeNode()
     if (!element || !element->getNode()) return;
     m_node = element->takeNode();
     setSolid(m_node->isSolid());
+    setOpaque(m_node->isOpaque());
     setDrawsByPrimitives(m_node->drawsByPrimitives());
     setShowsItemColors(m_node->showsItemColors());
     setUntextured(m_node->isUntextured());
