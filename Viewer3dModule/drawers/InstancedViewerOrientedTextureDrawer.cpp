@@ -48,8 +48,9 @@ void InstancedViewerOrientedTextureDrawer::draw(const PaintContext& context, Fil
     OpenGLFunctions* gl = currentGLFunctions();
     QOpenGLShaderProgram* program = getProgram();
     if (gl && program && program->isLinked() && program->bind()) {
-        uniforms::set(*gl, program->uniformLocation("item_color"), m_defaultColor);
-        uniforms::set(*gl, program->uniformLocation("pen_width"), markSize);
+        const ItemUniforms locations = PassUniforms::of(*program).items;
+        uniforms::set(*gl, locations.itemColor, m_defaultColor);
+        uniforms::set(*gl, locations.penWidth, markSize);
     }
     InstancedItem3dDrawer<glm::vec3>::draw(context, std::move(filter));
 }

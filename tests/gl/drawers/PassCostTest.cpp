@@ -158,7 +158,7 @@ TEST_F(PassCostTest, OfMarks)
     MarkDrawer drawer(scene.get());
     MarkItem item(1, glm::vec3(0.0f));
     item.setDrawer(&drawer);
-    check("marks", drawer, 2, 19);
+    check("marks", drawer, 0, 17);
 }
 
 TEST_F(PassCostTest, OfLabels)
