@@ -7,6 +7,8 @@
 
 #include <Viewer3dModule/drawables/Node3dItem.h>
 #include <Viewer3dModule/drawables/PolyPolyline3dItem.h>
+#include <Viewer3dModule/drawers/BatchedItem3dDrawer.h>
+#include <Viewer3dModule/drawers/DrawerType.h>
 #include <Viewer3dModule/drawers/IItem3dSelectionProvider.h>
 #include <Viewer3dModule/scene/ViewCulling.h>
 
@@ -18,6 +20,16 @@
 #include <random>
 
 namespace {
+
+/// A line that many are drawn with at once.
+class BatchedLine : public DrawnItem
+{
+public:
+    static constexpr int DrawerKind = 4715; // of no drawer that scenes have by themselves
+    using DrawnItem::DrawnItem;
+    bool describeDrawing(ItemDrawing& drawn) override { return line && line->describeDrawing(drawn); }
+    PolyPolyline3dItem* line = nullptr;
+};
 
 class RandomCullingTest : public SelectionTest
 {
@@ -35,6 +47,7 @@ protected:
         target = std::make_unique<RenderTarget>(*gl, picture, 4);
         kinds = std::make_unique<KindsOfItems>(*scene, *gl, elements, OfEachKind * KindsOfItems::KindCount);
         items = kinds->items();
+        addBatches();
         addMarksLabelsAndNodes();
         for (int i = 0; i < 12; ++i)
             addLine();
@@ -60,6 +73,23 @@ protected:
 
     // --- the scene
 
+    void addBatches()
+    {
+        auto& wide = dynamic_cast<SequentialItem3dDrawer&>(*scene->getDefaultDrawer(DrawerType::WideLines));
+        auto drawer = std::make_unique<BatchedItem3dDrawer>(scene.get(), wide.getDefaultProgram());
+        drawer->setLeastRun(1);
+        scene->addDefaultDrawer(BatchedLine::DrawerKind, std::move(drawer));
+    }
+    std::uint64_t drawnTogether() const
+    {
+        std::uint64_t count = 0;
+        for (int i = 0; i < KindsOfItems::TypeCount; ++i) {
+            const auto* drawer = scene->getDrawer(KindsOfItems::FirstType + i, BatchedLine::DrawerKind);
+            if (const auto* batched = dynamic_cast<const BatchedItem3dDrawer*>(drawer))
+                count += batched->drawnTogether();
+        }
+        return count;
+    }
     void addMarksLabelsAndNodes()
     {
         scene->addDrawer(MarkItem::DrawerKind,
@@ -90,7 +120,8 @@ protected:
     {
         elements.push_back(std::make_unique<TestElement>(KindsOfItems::FirstType + whole(0, 2)));
         const int width = whole(0, 2) == 0 ? 64 : whole(1, 40);
-        auto* item = new DrawnItem(elements.back().get(), ++lastLine, DrawerType::WideLines);
+        const int type = ++lastLine % 2 == 0 ? BatchedLine::DrawerKind : DrawerType::WideLines;
+        auto* item = new BatchedLine(elements.back().get(), lastLine, type);
         item->setPixelReach(float(width) / 2.0f);
         auto line = std::make_unique<PolyPolyline3dItem>(0, DrawerType::WideLines);
         std::vector<glm::vec3> points;
@@ -104,6 +135,7 @@ protected:
         line->setPen(QPen(QColor(whole(0, 255), whole(0, 255), whole(0, 255), 200), width));
         line->setPoints(std::move(points), {count});
         item->drawing = [part = line.get()](const PaintContext& context) { part->draw(context); };
+        item->line = line.get();
         scene->addElement(item);
         parts.push_back(std::move(line));
         lines.push_back(item);
@@ -277,9 +309,10 @@ TEST_F(RandomCullingTest, ChangesNoPixelOfAThousandPictures)
         empty += std::all_of(without.second.begin(), without.second.end(),
                              [](float depth) { return depth >= 1.0f; });
     }
-    std::printf("items were drawn %ld times instead of %ld; %d pictures are empty\n", drawsWith, drawsWithout,
-                empty);
-    EXPECT_LT(drawsWith, drawsWithout * 6 / 10) << "or little is left out";
+    std::printf("items were drawn %ld times instead of %ld, %llu more together; %d pictures are empty\n",
+                drawsWith, drawsWithout, static_cast<unsigned long long>(drawnTogether()), empty);
+    EXPECT_GT(drawnTogether(), 1000u);
+    EXPECT_LT(drawsWith, drawsWithout * 65 / 100) << "or little is left out";
     EXPECT_LT(empty, 250) << "or there is little to compare";
 }
 
