@@ -5,6 +5,7 @@
 #include <Viewer3dModule/drawers/BatchedItems.h>
 #include <Viewer3dModule/drawers/DrawCommands.h>
 #include <Viewer3dModule/drawers/IItem3dSelectionProvider.h>
+#include <Viewer3dModule/drawers/OpaquePass.h>
 #include <Viewer3dModule/drawers/RecordPass.h>
 #include <Viewer3dModule/host/View3dSettings.h>
 #include <Viewer3dModule/shaders/DrawMode.h>
@@ -63,6 +64,11 @@ ProgramColors colorsOf(const BatchedItems::Entry& entry, ProgramColors usual, bo
                                                                         : ProgramColors::OfItems;
 }
 
+bool isOpaque(const BatchedItems::Entry& entry, bool isHighlightOpaque)
+{
+    return !entry.hasVertexColors && (entry.isHighlighted ? isHighlightOpaque : entry.isOpaque);
+}
+
 enum class Way { Together, Alone, NotAtAll };
 
 // How an item is drawn in a pass that takes these primitives.
@@ -116,6 +122,7 @@ struct BatchedItem3dDrawer::Run
     std::size_t firstItem, itemCount; ///< among those that the pass draws
     std::size_t firstWord;            ///< of the commands
     std::uint32_t commandCount;
+    bool isOpaque; ///< all of it
 };
 
 struct BatchedItem3dDrawer::Batches
@@ -228,7 +235,7 @@ void BatchedItem3dDrawer::plan(OpenGLFunctions& gl, const RecordPass& pass, cons
     batches.items.setBase(getTransform());
     const ProgramColors usual = usualColors(pass.context());
     const View3dSettings* settings = View3dSettings::getInstance();
-    const bool isHighlightVisible = !settings || settings->getSelectedColor().alpha() != 0;
+    const double highlightAlpha = settings ? settings->getSelectedColor().alphaF() : 1.0;
     for (std::size_t index = 0; index < items.size(); ++index) {
         Drawable3dItem& item = *items[index];
         if (!item.isVisible() || (filter && !filter(&item))) continue;
@@ -238,13 +245,15 @@ void BatchedItem3dDrawer::plan(OpenGLFunctions& gl, const RecordPass& pass, cons
         RunKey key{0, nullptr, false, ProgramColors::All, 0.0f};
         if (way == Way::Together)
             key = {modeOf(entry.kind), entry.arena, entry.isIndexed,
-                   colorsOf(entry, usual, isHighlightVisible), pass.penWidth() >= 0 ? entry.penWidth : 0.0f};
+                   colorsOf(entry, usual, highlightAlpha > 0.0),
+                   pass.penWidth() >= 0 ? entry.penWidth : 0.0f};
         if (batches.runs.empty() || !(batches.runs.back().key == key))
             batches.runs.push_back(
-                {way == Way::Together, key, batches.drawn.size(), 0, batches.words.size(), 0});
+                {way == Way::Together, key, batches.drawn.size(), 0, batches.words.size(), 0, true});
         Run& run = batches.runs.back();
         batches.drawn.push_back(index);
         ++run.itemCount;
+        run.isOpaque = run.isOpaque && isOpaque(entry, highlightAlpha >= 1.0);
         if (way == Way::Together) run.commandCount += appendCommands(batches.words, entry);
     }
     for (Run& run : batches.runs)
@@ -263,6 +272,7 @@ void BatchedItem3dDrawer::drawTogether(OpenGLFunctions& gl, const RecordPass& pa
     m_batches->items.records().bind(gl, pass.hasNormals());
     const auto* commands = reinterpret_cast<const void*>(run.firstWord * sizeof(std::uint32_t));
     const auto count = static_cast<GLsizei>(run.commandCount);
+    const OpaquePass opaque(&gl, pass.context().blends && run.isOpaque && pass.showsOwnAlphas());
     if (run.key.isIndexed)
         gl.glMultiDrawElementsIndirect(run.key.mode, GL_UNSIGNED_INT, commands, count, 0);
     else

@@ -109,6 +109,7 @@ void BatchedItems::describeLooks(Entry& entry, const std::vector<ItemDrawing::Lo
     entry.hasVertexColors =
         any([](const ItemDrawing::Look& look) { return look.colorMode != ColorMode::Item; });
     entry.isVisible = !any([](const ItemDrawing::Look& look) { return look.color.alpha() == 0; });
+    entry.isOpaque = !any([](const ItemDrawing::Look& look) { return look.color.alphaF() < 1.0; });
 }
 
 void BatchedItems::setRecords(std::size_t index, const std::vector<ItemDrawing::Look>& looks,

@@ -27,6 +27,7 @@ public:
         bool isIndexed = false;
         bool hasVertexColors = false; ///< that show
         bool isVisible = true;        ///< no colour of its own has an alpha of 0
+        bool isOpaque = true;         ///< all of them have an alpha of 1
         ItemDrawing::Kind kind = ItemDrawing::Kind::Strips;
         bool hasOnePen = true; ///< of one width
         float penWidth = 1.0f; ///< pixels, of the first look

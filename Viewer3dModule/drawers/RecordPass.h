@@ -24,6 +24,7 @@ public:
     /// Uniforms; -1 where the program has none.
     int penWidth() const { return m_penWidth; }
     int firstItem() const { return m_firstItem; }
+    bool showsOwnAlphas() const { return passUniforms().showsOwnAlphas; }
 
     /// Goes on in a prepared context after another program was in use.
     static void useAgain(const PaintContext& context);

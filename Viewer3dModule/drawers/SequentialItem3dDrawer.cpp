@@ -2,6 +2,7 @@
 
 #include <Viewer3dModule/drawables/Drawable3dItem.h>
 #include <Viewer3dModule/drawables/fetchItem.h>
+#include <Viewer3dModule/drawers/OpaquePass.h>
 #include <Viewer3dModule/host/Fence3dItem.h>
 #include <Viewer3dModule/host/View3dSettings.h>
 #include <Viewer3dModule/scene/CurrentContextGuard.h>
@@ -41,26 +42,6 @@ public:
 private:
     OpenGLFunctions* m_gl;
     GLint m_before = GL_LAST_VERTEX_CONVENTION;
-};
-
-// Nothing is mixed in for as long as it lives.
-class OpaquePass
-{
-public:
-    OpaquePass(OpenGLFunctions* gl, bool wanted)
-        : m_gl(wanted ? gl : nullptr)
-    {
-        if (m_gl) m_gl->glDisablei(GL_BLEND, 0);
-    }
-    ~OpaquePass()
-    {
-        if (m_gl) m_gl->glEnablei(GL_BLEND, 0);
-    }
-    OpaquePass(const OpaquePass&) = delete;
-    OpaquePass& operator=(const OpaquePass&) = delete;
-
-private:
-    OpenGLFunctions* m_gl;
 };
 
 constexpr GLenum noFeedback = 0xFFFFFFFFu;
@@ -288,7 +269,7 @@ void SequentialItem3dDrawer::drawItems(const PaintContext& context, const Filter
     setUnlit(false);
     if (!canDraw) return;
     const OpaquePass opaque(currentGLFunctions(),
-                            context.blends && looks.areOpaque && showsOwnAlphas(*pass.program));
+                            context.blends && looks.areOpaque && passUniforms().showsOwnAlphas);
     drawEach(getItems(), pass, filter);
 }
 

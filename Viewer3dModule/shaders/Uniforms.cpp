@@ -2,6 +2,7 @@
 
 #include <QtCore/QVariant>
 #include <QtGui/QOpenGLShaderProgram>
+#include <Viewer3dModule/shaders/ProgramVariants.h>
 #include <glm/gtc/type_ptr.hpp>
 
 namespace uniforms {
@@ -105,6 +106,7 @@ PassUniforms ask(QOpenGLShaderProgram& program)
     uniforms.glueMask = program.uniformLocation("glue_mask");
     uniforms.fenceToUse = program.uniformLocation("fence_to_use");
     uniforms.items = ItemUniforms::of(program);
+    uniforms.showsOwnAlphas = showsOwnAlphas(program);
     return uniforms;
 }
 

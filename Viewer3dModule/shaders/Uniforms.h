@@ -60,7 +60,7 @@ struct VIEWER3DMODULE_EXPORT ItemUniforms
 };
 
 /// Locations of the uniforms that drawers set at the beginning of a pass or for its items, and those that the
-/// items set. -1 where the program lacks the uniform.
+/// items set, and what else drawers ask of a program. -1 where the program lacks the uniform.
 struct VIEWER3DMODULE_EXPORT PassUniforms
 {
     int drawMode = -1;
@@ -80,6 +80,9 @@ struct VIEWER3DMODULE_EXPORT PassUniforms
     int glueMask = -1;
     int fenceToUse = -1;
     ItemUniforms items;
+    /// Whether the program shows alphas as items and vertices have them, none of which is 0: a variant for
+    /// such items (ProgramColors::VisibleItems, VisibleVertices), and no colours by height.
+    bool showsOwnAlphas = false;
 
     /// Asks the program, which must be linked; its context must be current. One that buildShaderProgram or a
     /// variant made is asked once in its life: nobody links it again.

@@ -24,6 +24,8 @@ void LineItem::updateDataImpl()
         m_bounds.unite(glm::dvec3(matrix * glm::dvec4(vertex, 1.0)));
     m_line.setVertices(vertices);
     m_pen = LinePen(QPen(m_element->color(), static_cast<double>(m_element->width())));
+    setSolid(m_element->color().alpha() != 0);
+    setOpaque(m_element->color().alpha() == 255);
     setTransform(glm::mat4(matrix), false);
 }
 

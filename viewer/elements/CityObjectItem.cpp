@@ -36,6 +36,8 @@ void CityObjectItem::updateDataImpl()
     if (m_isChanged) {
         m_node = std::make_unique<MeshNode3d>(CityMesh::of(*element, CityMesh::Pictures::With));
         setDrawsByPrimitives(m_node->drawsByPrimitives());
+        setSolid(m_node->isSolid());
+        setOpaque(m_node->isOpaque());
         setShowsItemColors(m_node->showsItemColors());
         setUntextured(m_node->isUntextured());
         setUnlit(m_node->isUnlit());

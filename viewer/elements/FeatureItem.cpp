@@ -112,9 +112,12 @@ void FeatureItem::rebuild(const FeatureElement& element)
     m_info = geometryInfoOf(element);
     setPixelReach(std::max(static_cast<float>(m_style.pen.widthF()), m_style.pointSize) / 2.0f + 1.0f);
     const bool hasAreas = FeatureAreas::areDrawn(element, m_style);
+    const int leastAlpha = std::min(
+        {m_style.pen.color().alpha(), m_style.pointColor.alpha(), hasAreas ? m_style.fill.alpha() : 255});
+    setSolid(leastAlpha > 0);
+    setOpaque(leastAlpha == 255);
     // A selection may then decide by the box; lines below a pixel's width may leave gaps.
-    setDrawsOpaque(m_style.pen.color().alpha() >= 128 && m_style.pointColor.alpha() >= 128 &&
-                   m_style.pen.widthF() >= 1.0 && (!hasAreas || m_style.fill.alpha() >= 128));
+    setDrawsOpaque(leastAlpha >= 128 && m_style.pen.widthF() >= 1.0);
     m_bounds = FeatureAreas::boundsOf(element);
     m_origin = m_bounds.getCenter();
     rebuildAreas(element);

@@ -252,7 +252,9 @@ protected:
              {static_cast<Item3dDrawer*>(&drawers.batched), static_cast<Item3dDrawer*>(&drawers.sequential)})
             drawer->setTransform(PaintContext(), base, false);
         drawers.batched.setLeastRun(dice.between(1, 4));
-        const Drawn together = drawn(drawers.batched, context, filter);
+        PaintContext blending = context; // runs of opaque items go without
+        blending.blends = true;
+        const Drawn together = drawn(drawers.batched, blending, filter);
         const Drawn alone = drawn(drawers.sequential, context, filter);
         selectedCount += alone.selected.size();
         for (std::size_t i = 0; i < alone.images.size(); ++i)
