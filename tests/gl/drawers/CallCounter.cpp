@@ -24,6 +24,11 @@ void* operator new(std::size_t size)
     if (void* place = std::malloc(size)) return place;
     throw std::bad_alloc();
 }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept
+{
+    ++allocationCount;
+    return std::malloc(size);
+}
 void operator delete(void* place) noexcept
 {
     std::free(place);
