@@ -8,6 +8,7 @@
 #include <memory>
 #include <vector>
 
+class Drawable3dItem;
 struct ItemDrawing;
 
 /// What a reader makes of a file: geometry that draws itself, relative to an origin in model coordinates.
@@ -63,4 +64,8 @@ public:
     /// Whether nothing of it is lit.
     virtual bool isUnlit() const { return false; }
     virtual bool drawsByPrimitives() const { return false; }
+
+    /// Has the item promise what the node keeps: for an item that draws this node and nothing else. In its
+    /// constructor, or in a function of a class that no other derives from.
+    void promiseFor(Drawable3dItem& item) const;
 };

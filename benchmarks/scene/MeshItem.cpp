@@ -7,12 +7,7 @@ MeshItem::MeshItem(MeshElement* element)
     , m_element(element)
     , m_node(element->takeNode())
 {
-    setSolid(m_node->isSolid());
-    setOpaque(m_node->isOpaque());
-    setDrawsByPrimitives(m_node->drawsByPrimitives());
-    setShowsItemColors(m_node->showsItemColors());
-    setUntextured(m_node->isUntextured());
-    setUnlit(m_node->isUnlit());
+    m_node->promiseFor(*this);
 }
 
 MeshItem::~MeshItem() = default;

@@ -35,12 +35,7 @@ void CityObjectItem::updateDataImpl()
     if (!element || !scene()) return;
     if (m_isChanged) {
         m_node = std::make_unique<MeshNode3d>(CityMesh::of(*element, CityMesh::Pictures::With));
-        setDrawsByPrimitives(m_node->drawsByPrimitives());
-        setSolid(m_node->isSolid());
-        setOpaque(m_node->isOpaque());
-        setShowsItemColors(m_node->showsItemColors());
-        setUntextured(m_node->isUntextured());
-        setUnlit(m_node->isUnlit());
+        m_node->promiseFor(*this);
         if (m_pointSize) m_node->setPointSize(*m_pointSize);
         renewLabel(*element);
     }

@@ -23,12 +23,7 @@ void MeshItem::takeNode()
     auto* element = static_cast<MeshElement*>(getModelElement());
     if (!element || !element->getNode()) return;
     m_node = element->takeNode();
-    setSolid(m_node->isSolid());
-    setOpaque(m_node->isOpaque());
-    setDrawsByPrimitives(m_node->drawsByPrimitives());
-    setShowsItemColors(m_node->showsItemColors());
-    setUntextured(m_node->isUntextured());
-    setUnlit(m_node->isUnlit());
+    m_node->promiseFor(*this);
     if (!m_pointSize) return;
     m_node->setPointSize(*m_pointSize);
     setPixelReach(std::max(pixelReach(), *m_pointSize / 2.0f + 1.0f));

@@ -29,11 +29,7 @@ public:
     explicit SquareItem(MeshData data)
         : m_node(std::move(data))
     {
-        setDrawsByPrimitives(m_node.drawsByPrimitives());
-        setShowsItemColors(m_node.showsItemColors());
-        setUntextured(m_node.isUntextured());
-        setSolid(m_node.isSolid());
-        setOpaque(m_node.isOpaque());
+        m_node.promiseFor(*this);
     }
     using Drawable3dItem::setDrawer;
     bool wasBlended = false;
