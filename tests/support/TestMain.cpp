@@ -24,6 +24,15 @@ void setDefaultFormat()
     QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
 }
 
+// Most of the time of tests goes into what the software driver makes of programs that draw a few pixels each.
+// Without its compiler's optimizations it takes half as long, and the pictures are the same to the bit. Where
+// the environment says something else, or sets it to nothing, that stays; programs that a test starts have
+// it, too.
+void spareOptimizations()
+{
+    if (!qEnvironmentVariableIsSet("GALLIVM_PERF")) qputenv("GALLIVM_PERF", "nopt");
+}
+
 /// Qt ends a program that finds no display by a signal, after some lines about its plug-ins.
 bool isDisplayMissing()
 {
@@ -49,6 +58,7 @@ int main(int argc, char** argv)
         return 1;
     } else {
         setDefaultFormat();
+        spareOptimizations();
         application = std::make_unique<QApplication>(argc, argv);
     }
     LogTrap::install();
