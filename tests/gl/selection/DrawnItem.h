@@ -25,7 +25,13 @@ public:
     gmx::BoundingBox sceneBoundingBox() const override { return box; }
     GeometryInfo getGeometryInfo() override { return info; }
 
+    void updateDataImpl() override
+    {
+        if (updating) updating();
+    }
+
     std::function<void(const PaintContext&)> drawing;
+    std::function<void()> updating;   ///< what an update of the scene does
     gmx::BoundingBox box;             ///< scene coordinates
     std::vector<glm::dvec3> vertices; ///< scene coordinates
     GeometryInfo info;                ///< all zeros: the item gives no vertices to the scene

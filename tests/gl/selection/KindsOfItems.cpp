@@ -10,6 +10,7 @@
 #include <QtGui/QOpenGLShaderProgram>
 #include <glm/gtc/matrix_transform.hpp>
 
+#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -59,12 +60,28 @@ QImage frameTexture()
     return image;
 }
 
+std::vector<KindsOfItems::Kind> inTurns(int count)
+{
+    std::vector<KindsOfItems::Kind> kinds;
+    for (int i = 0; i < count; ++i)
+        kinds.push_back(KindsOfItems::kindOf(static_cast<std::size_t>(i)));
+    return kinds;
+}
+
 } // namespace
 
 KindsOfItems::KindsOfItems(Scene3d& scene, OpenGLFunctions& gl,
                            std::vector<std::unique_ptr<TestElement>>& elements, int count)
+    : KindsOfItems(scene, gl, elements, inTurns(count), 20)
+{
+}
+
+KindsOfItems::KindsOfItems(Scene3d& scene, OpenGLFunctions& gl,
+                           std::vector<std::unique_ptr<TestElement>>& elements,
+                           const std::vector<Kind>& kinds, unsigned seed)
     : m_scene(scene)
     , m_gl(gl)
+    , m_random(seed)
 {
     addDrawers();
     gl.glGenBuffers(1, &m_quad);
@@ -78,14 +95,15 @@ KindsOfItems::KindsOfItems(Scene3d& scene, OpenGLFunctions& gl,
     gl.glBindTexture(GL_TEXTURE_2D, 0);
 
     scene.startGroupOperation();
-    for (int i = 0; i < count; ++i) {
+    int i = 0;
+    for (const Kind kind : kinds) {
         elements.push_back(std::make_unique<TestElement>(FirstType + whole(0, TypeCount - 1)));
         TestElement& element = *elements.back();
         element.setVisible(whole(0, 11) != 0);
         element.setHighlighted(whole(0, 9) == 0);
-        const Kind kind = kindOf(static_cast<std::size_t>(i));
         auto* item =
             new DrawnItem(&element, i % 2 == 0 ? i + 1 : (LONGID(7) << 32) + i + 1, drawerTypeOf(kind));
+        ++i;
         scene.addElement(item);
         m_center = near(glm::dvec3(0.0), 100.0);
         make(kind, *item);
@@ -103,8 +121,17 @@ KindsOfItems::~KindsOfItems()
     m_gl.glDeleteTextures(1, &m_texture);
 }
 
+void KindsOfItems::remove(DrawnItem& item)
+{
+    item.drawing = nullptr;
+    m_items.erase(std::find(m_items.begin(), m_items.end(), &item));
+    m_scene.removeElement(item.getId());
+}
+
+// Once in a scene: each has a program of its own.
 void KindsOfItems::addDrawers()
 {
+    if (m_scene.isHasDefaultDrawer(TwoStagesType)) return;
     const auto add = [this](int type, const char* name) {
         for (const ProgramRecipe& recipe : furtherPrograms())
             if (recipe.name == name)
@@ -339,6 +366,9 @@ void KindsOfItems::makeSolidOfRevolution(Kind kind, DrawnItem& item)
     item.drawing = [this, color, kind](const PaintContext& context) {
         const glm::vec3 origin(0.0f);
         uniforms::set(m_gl, context.program->uniformLocation("item_color"), color);
+        if (kind == Sphere) // nodes that share the program leave theirs
+            for (const char* level : {"uTessLevelOuter", "uTessLevelInner"})
+                uniforms::set(m_gl, context.program->uniformLocation(level), 32.0f);
         m_gl.glBindVertexArray(context.vertexArray);
         m_gl.glBindBuffer(GL_ARRAY_BUFFER, m_quad);
         m_gl.glBufferData(GL_ARRAY_BUFFER, sizeof(origin), &origin, GL_STREAM_DRAW);

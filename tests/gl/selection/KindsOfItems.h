@@ -38,12 +38,19 @@ public:
         KindCount
     };
 
+    /// Items of all kinds in turns.
     KindsOfItems(Scene3d& scene, OpenGLFunctions& gl, std::vector<std::unique_ptr<TestElement>>& elements,
                  int count);
+    /// Items of these kinds, others for another seed.
+    KindsOfItems(Scene3d& scene, OpenGLFunctions& gl, std::vector<std::unique_ptr<TestElement>>& elements,
+                 const std::vector<Kind>& kinds, unsigned seed);
     /// The scene's context must be current, and the scene still there: its items are emptied.
     ~KindsOfItems();
 
     const std::vector<DrawnItem*>& items() const { return m_items; }
+    /// Takes an item out of the scene.
+    void remove(DrawnItem& item);
+    /// Of items of all kinds in turns.
     static Kind kindOf(std::size_t index) { return static_cast<Kind>(index % KindCount); }
 
 private:
@@ -64,7 +71,7 @@ private:
 
     Scene3d& m_scene;
     OpenGLFunctions& m_gl;
-    std::mt19937 m_random{20};
+    std::mt19937 m_random;
     glm::dvec3 m_center{0.0};
     std::vector<DrawnItem*> m_items;
     std::vector<std::unique_ptr<Drawable3dPrimitive>> m_parts;
