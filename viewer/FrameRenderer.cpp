@@ -96,6 +96,7 @@ PaintContext FrameRenderer::paintContext(const Viewpoint& viewpoint, const QSize
     context.vertexArray = vertexArray;
     context.scene = &m_scene;
     context.blends = true;
+    context.offsetsFills = true;
     context.viewName = viewName;
     return context;
 }

@@ -14,6 +14,7 @@ void ItemPass::end()
     forget();
     m_keeps = false;
     m_isActive = false;
+    m_vertexArray.setOffsetsFills(false);
 }
 
 void ItemPass::forget()

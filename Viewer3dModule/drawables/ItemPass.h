@@ -50,7 +50,13 @@ public:
     ItemPass() = default;
 
     /// A pass begins. Where its items are not to keep anything all do as they would alone.
-    void begin(bool keeps) { m_keeps = keeps; }
+    /// @param offsetsFills  whether polygon offset may be off while lines and points are drawn, see
+    ///                      PaintContext::offsetsFills
+    void begin(bool keeps, bool offsetsFills = false)
+    {
+        m_keeps = keeps;
+        m_vertexArray.setOffsetsFills(offsetsFills);
+    }
     /// The next item begins; whether it promises to draw by the module's primitives alone.
     void beginItem(bool drawsByPrimitives);
     /// No vertex array is bound afterwards.

@@ -124,7 +124,8 @@ int Polyline3dPrimitive::bind(VertexArrayBinding& binding, const PaintContext& c
     const std::size_t first = m_slice.first();
     const bool countsFromZero = first == 0 || Item3dDrawer::numbersVertices(context);
     binding.setFloats(VertexAttribute::Coords, 3, buffer(), countsFromZero ? first * sizeof(glm::vec3) : 0);
-    binding.ready();
+    const bool isTriangles = (context.primitives & PrimitiveBit::Lines) == 0; // see drawStrip
+    binding.ready(isTriangles);
     return countsFromZero ? 0 : static_cast<int>(first);
 }
 

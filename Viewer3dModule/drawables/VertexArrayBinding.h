@@ -44,7 +44,12 @@ public:
     void setIndices(unsigned int buffer) { m_setup.setIndices(buffer); }
     /// To be called when all that the draw calls read is set, and before the first of them: what other
     /// primitives have left is switched off.
-    void ready() { m_setup.keepOnly(m_used); }
+    /// @param hasFills  whether the draw calls have any, by themselves: the program may make some of lines
+    void ready(bool hasFills = true)
+    {
+        m_setup.keepOnly(m_used);
+        m_setup.setFills(hasFills);
+    }
 
 private:
     OpenGLFunctions& m_gl;

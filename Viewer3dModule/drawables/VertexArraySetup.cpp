@@ -29,6 +29,7 @@ void VertexArraySetup::close()
     if (!m_gl) return;
     disable(m_enabled);
     setIndices(0);
+    setFills(true);
     m_gl->glBindVertexArray(0);
     m_gl = nullptr;
 }
@@ -46,6 +47,16 @@ void VertexArraySetup::forgetDeleted()
 void VertexArraySetup::keepOnly(std::uint32_t attributes)
 {
     disable(m_enabled & ~attributes);
+}
+
+void VertexArraySetup::setFills(bool fills)
+{
+    if (!m_offsetsFills || fills == m_hasFills) return;
+    m_hasFills = fills;
+    if (fills)
+        m_gl->glEnable(GL_POLYGON_OFFSET_FILL);
+    else
+        m_gl->glDisable(GL_POLYGON_OFFSET_FILL);
 }
 
 void VertexArraySetup::disable(std::uint32_t attributes)

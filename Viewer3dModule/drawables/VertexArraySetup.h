@@ -36,6 +36,11 @@ public:
     void keepOnly(std::uint32_t attributes);
     void setAttribute(unsigned int location, const Source& source);
     void setIndices(unsigned int buffer);
+    /// Polygon offset is on for fills, and setFills may switch it off until close.
+    void setOffsetsFills(bool offsets) { m_offsetsFills = offsets; }
+    /// Says whether what is drawn next has fills. Drivers make simpler code for lines and points without
+    /// polygon offset, which these do not have anyway.
+    void setFills(bool fills);
 
 private:
     static constexpr std::size_t LocationCount = 4;
@@ -47,5 +52,7 @@ private:
     std::uint32_t m_enabled = 0; // a bit a location
     std::array<Source, LocationCount> m_sources;
     unsigned int m_indices = 0;
+    bool m_offsetsFills = false;
+    bool m_hasFills = true; // off: polygon offset is off meanwhile
     std::uint32_t m_deletions = 0; // of buffers, when the sources were set
 };

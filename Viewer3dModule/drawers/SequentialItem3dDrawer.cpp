@@ -89,10 +89,10 @@ private:
 class KeepingPass
 {
 public:
-    KeepingPass(ItemPass& pass, const PaintContext& context)
+    KeepingPass(ItemPass& pass, const PaintContext& context, bool drawsAsTold)
         : m_pass(pass)
     {
-        m_pass.begin(context.drawMode != DrawMode::GeometryCapture);
+        m_pass.begin(context.drawMode != DrawMode::GeometryCapture, context.offsetsFills && drawsAsTold);
     }
     ~KeepingPass() { m_pass.end(); }
     KeepingPass(const KeepingPass&) = delete;
@@ -277,7 +277,7 @@ void SequentialItem3dDrawer::drawEach(const std::vector<Drawable3dItem*>& items,
                                       const Filter& filter)
 {
     const FirstVertexConvention convention(currentGLFunctions(), itemUniforms().dashSize >= 0);
-    const KeepingPass keeping(itemPass(), pass);
+    const KeepingPass keeping(itemPass(), pass, passUniforms().drawsAsTold);
     for (std::size_t i = 0; i < items.size(); ++i) {
         if (i + itemsAhead < items.size()) fetchItem(items[i + itemsAhead]);
         if (items[i]->isVisible() && (!filter || filter(items[i]))) drawWithUniforms(items[i], pass);

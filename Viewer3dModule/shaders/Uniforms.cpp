@@ -5,6 +5,8 @@
 #include <Viewer3dModule/shaders/ProgramVariants.h>
 #include <glm/gtc/type_ptr.hpp>
 
+#include <algorithm>
+
 namespace uniforms {
 
 // OpenGL itself ignores the location -1.
@@ -86,6 +88,15 @@ public:
     const PassUniforms uniforms;
 };
 
+// Of a program that a host has taken from a binary nothing is known.
+bool drawsAsTold(const QOpenGLShaderProgram& program)
+{
+    const QList<QOpenGLShader*> stages = program.shaders();
+    return !stages.isEmpty() && std::all_of(stages.begin(), stages.end(), [](const QOpenGLShader* stage) {
+        return (stage->shaderType() & ~(QOpenGLShader::Vertex | QOpenGLShader::Fragment)) == 0;
+    });
+}
+
 PassUniforms ask(QOpenGLShaderProgram& program)
 {
     PassUniforms uniforms;
@@ -107,6 +118,7 @@ PassUniforms ask(QOpenGLShaderProgram& program)
     uniforms.fenceToUse = program.uniformLocation("fence_to_use");
     uniforms.items = ItemUniforms::of(program);
     uniforms.showsOwnAlphas = showsOwnAlphas(program);
+    uniforms.drawsAsTold = drawsAsTold(program);
     return uniforms;
 }
 

@@ -83,6 +83,9 @@ struct VIEWER3DMODULE_EXPORT PassUniforms
     /// Whether the program shows alphas as items and vertices have them, none of which is 0: a variant for
     /// such items (ProgramColors::VisibleItems, VisibleVertices), and no colours by height.
     bool showsOwnAlphas = false;
+    /// Whether the program is known to draw what draw calls say: it has no stage that makes triangles of
+    /// lines.
+    bool drawsAsTold = false;
 
     /// Asks the program, which must be linked; its context must be current. One that buildShaderProgram or a
     /// variant made is asked once in its life: nobody links it again.

@@ -110,6 +110,7 @@ PaintContext BenchScene::context() const
     context.vertexArray = m_scene->getDefaultVao();
     context.scene = m_scene.get();
     context.blends = true;
+    context.offsetsFills = true;
     return context;
 }
 
