@@ -18,7 +18,7 @@ bool DeferredProgram::link()
     if (!m_isWaiting) return QOpenGLShaderProgram::link();
     if (!QOpenGLContext::currentContext()) return false;
     m_isWaiting = false; // building links
-    logErrors(buildFromSources(*this, {}, textsOf(sourcesOf(*this).files)));
+    logErrors(buildFromSources(*this, {}, textsOf(sourcesOf(*this).files), HandedText::Whole));
     return isLinked();
 }
 

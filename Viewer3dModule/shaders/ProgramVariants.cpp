@@ -13,7 +13,10 @@
 #include <algorithm>
 #include <memory>
 #include <optional>
+#include <set>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -42,6 +45,31 @@ bool isPlain(const ProgramVariant& variant)
            !variant.readsRecords && variant.colors == ProgramColors::All && !variant.isUnlit;
 }
 
+using Names = std::set<std::string_view>;
+
+// The names of defines that a source mentions.
+Names namesIn(const QByteArray& text)
+{
+    Names names;
+    const std::string_view view(text.constData(), static_cast<std::size_t>(text.size()));
+    const auto isOfName = [](char c) { return (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_'; };
+    for (std::size_t at = view.find("RX_"); at < view.size(); at = view.find("RX_", at)) {
+        const std::size_t begin = at;
+        while (at < view.size() && isOfName(view[at]))
+            ++at;
+        names.insert(view.substr(begin, at - begin));
+    }
+    return names;
+}
+
+std::vector<Names> namesOf(const QList<QByteArray>& texts)
+{
+    std::vector<Names> names;
+    for (const QByteArray& text : texts)
+        names.push_back(namesIn(text));
+    return names;
+}
+
 /// The variants of one program, whose child this is; it is linked or still to be built.
 class Variants : public QObject
 {
@@ -51,6 +79,7 @@ public:
         , m_program(program)
         , m_sources(sourcesOf(program))
         , m_texts(textsOf(m_sources.files))
+        , m_names(namesOf(m_texts))
         , m_canHaveFence(asksFor("fragment", defineOf(ProgramFence::Sphere)) &&
                          !has(defineOf(ProgramFence::Sphere)) && !has(defineOf(ProgramFence::Swept)))
         , m_canDrawMasks(has(withColorsOnly) && asksFor("fragment", withColorsOnly))
@@ -157,8 +186,7 @@ private:
     bool asksFor(const char* stage, const char* define) const
     {
         for (int i = 0; i < m_texts.size(); ++i)
-            if (m_sources.files[i].contains(QLatin1String(stage)) &&
-                m_texts[i].contains(QLatin1String(define)))
+            if (m_sources.files[i].contains(QLatin1String(stage)) && m_names[i].count(define) != 0)
                 return true;
         return false;
     }
@@ -179,7 +207,7 @@ private:
         Variant variant;
         variant.program = new QOpenGLShaderProgram(this);
         setSources(*variant.program, {m_sources.files, defines});
-        const QStringList errors = buildFromSources(*variant.program, {}, m_texts);
+        const QStringList errors = buildFromSources(*variant.program, {}, m_texts, HandedText::Active);
         if (variant.program->isLinked()) {
             if (DeferredProgram::isWaiting(&m_program))
                 variant.firstUniforms = std::make_unique<UniformValues>(*variant.program);
@@ -217,7 +245,8 @@ private:
 
     QOpenGLShaderProgram& m_program;
     ProgramSources m_sources;
-    QStringList m_texts; ///< of the files
+    QList<QByteArray> m_texts;  ///< of the files
+    std::vector<Names> m_names; ///< in each of these
     bool m_canHaveFence;
     bool m_canDrawMasks;
     bool m_canMark;

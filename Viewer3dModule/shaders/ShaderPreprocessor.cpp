@@ -2,83 +2,120 @@
 
 #include <QtCore/QFile>
 #include <QtCore/QTextStream>
-#include <QtCore/QVector>
+
+#include <algorithm>
+#include <cstddef>
+#include <optional>
+#include <string_view>
 
 namespace {
 
-// The file that an include line names; null when the line is none.
-QString includedFile(const QStringRef& line)
+std::string_view viewOf(const QByteArray& bytes)
 {
-    int begin = 0;
-    while (begin < line.size() && line[begin] == QLatin1Char(' '))
-        ++begin;
-    if (!line.mid(begin).startsWith(QLatin1String("//#include "))) return {}; // most lines
-    const QVector<QStringRef> words = line.split(QLatin1Char(' '), Qt::SkipEmptyParts);
-    if (words.size() < 2 || words[1].size() <= 2) return {};
-    const QVector<QStringRef> unquoted = words[1].split(QLatin1Char('"'), Qt::SkipEmptyParts);
-    return unquoted.isEmpty() ? QStringLiteral("") : unquoted.first().toString();
+    return {bytes.constData(), static_cast<std::size_t>(bytes.size())};
+}
+
+bool startsWith(std::string_view text, std::string_view begin)
+{
+    return text.substr(0, begin.size()) == begin;
+}
+
+// The next word between these; leads the text behind it.
+std::string_view takeWord(std::string_view& text, char separator)
+{
+    const std::size_t begin = std::min(text.find_first_not_of(separator), text.size());
+    const std::size_t end = std::min(text.find(separator, begin), text.size());
+    const std::string_view word = text.substr(begin, end - begin);
+    text.remove_prefix(end);
+    return word;
+}
+
+// The file that an include line names; none when the line is none.
+std::optional<QString> includedFile(std::string_view line)
+{
+    if (!startsWith(line, " ") && !startsWith(line, "//#include ")) return std::nullopt; // most lines
+    if (takeWord(line, ' ') != "//#include") return std::nullopt;
+    std::string_view name = takeWord(line, ' ');
+    if (name.size() <= 2) return std::nullopt;
+    name = takeWord(name, '"');
+    return QString::fromUtf8(name.data(), static_cast<int>(name.size()));
+}
+
+QByteArray contentOf(const QString& fileName)
+{
+    QFile file(fileName);
+    if (fileName.isEmpty() || !file.open(QIODevice::ReadOnly | QIODevice::Text)) return {};
+    const QByteArray content = file.readAll();
+    return content.startsWith("\xEF\xBB\xBF") ? content.mid(3) : content;
 }
 
 // Calls use(line) for each line, without its end, until it returns false.
 template <typename Use>
-void forEachLine(const QString& fileName, Use use)
+void forEachLine(std::string_view text, Use use)
 {
-    QFile file(fileName);
-    if (fileName.isEmpty() || !file.open(QIODevice::ReadOnly | QIODevice::Text)) return;
-    const QString text = QString::fromUtf8(file.readAll());
-    for (int begin = 0, end = 0; begin < text.size(); begin = end + 1) {
-        end = text.indexOf(QLatin1Char('\n'), begin);
-        if (end < 0) end = text.size();
-        if (!use(text.midRef(begin, end - begin))) return;
+    while (!text.empty()) {
+        const std::size_t end = std::min(text.find('\n'), text.size());
+        if (!use(text.substr(0, end))) return;
+        text.remove_prefix(std::min(end + 1, text.size()));
     }
 }
 
-const char* const placeOfDefines = "@"; // no name and in no source
+void append(const QString& fileName, QByteArray& out, const QByteArray& afterVersion)
+{
+    const QByteArray content = contentOf(fileName);
+    forEachLine(viewOf(content), [&](std::string_view line) {
+        if (const std::optional<QString> included = includedFile(line)) {
+            append(*included, out, {});
+            return true;
+        }
+        out.append(line.data(), static_cast<int>(line.size())).append('\n');
+        if (!afterVersion.isEmpty() && startsWith(line, "#version")) out.append(afterVersion);
+        return true;
+    });
+}
+
+QByteArray linesOf(const std::vector<std::string>& defines)
+{
+    QByteArray lines;
+    for (const std::string& define : defines)
+        lines.append("#define ").append(define.data(), static_cast<int>(define.size())).append('\n');
+    return lines;
+}
+
+const char* const placeOfDefines = "#define @\n"; // no name and in no source
 
 } // namespace
 
 void appendShaderSource(const QString& fileName, QTextStream& out, const std::vector<std::string>& defines)
 {
-    forEachLine(fileName, [&](const QStringRef& line) {
-        if (!defines.empty() && line.startsWith(QLatin1String("#version"))) {
-            out << line << '\n';
-            for (const std::string& define : defines)
-                out << "#define " << QString::fromStdString(define) << '\n';
-        } else if (const QString included = includedFile(line); !included.isNull()) {
-            appendShaderSource(included, out, {});
-        } else {
-            out << line << '\n';
-        }
-        return true;
-    });
+    out << preprocessShader(fileName, defines);
 }
 
 QString preprocessShader(const QString& fileName, const std::vector<std::string>& defines)
 {
-    QString source;
-    QTextStream stream(&source, QIODevice::ReadWrite);
-    appendShaderSource(fileName, stream, defines);
+    QByteArray source;
+    append(fileName, source, linesOf(defines));
+    return QString::fromUtf8(source);
+}
+
+QByteArray preprocessForDefines(const QString& fileName)
+{
+    QByteArray source;
+    append(fileName, source, placeOfDefines);
     return source;
 }
 
-QString preprocessForDefines(const QString& fileName)
+QByteArray withDefines(QByteArray source, const std::vector<std::string>& defines)
 {
-    return preprocessShader(fileName, {placeOfDefines});
-}
-
-QString withDefines(QString source, const std::vector<std::string>& defines)
-{
-    QString lines;
-    for (const std::string& define : defines)
-        lines += QStringLiteral("#define %1\n").arg(QString::fromStdString(define));
-    return source.replace(QStringLiteral("#define %1\n").arg(QLatin1String(placeOfDefines)), lines);
+    return source.replace(placeOfDefines, linesOf(defines));
 }
 
 bool doesContainInclude(const QString& fileName)
 {
     bool found = false;
-    forEachLine(fileName, [&](const QStringRef& line) {
-        found = !includedFile(line).isNull();
+    const QByteArray content = contentOf(fileName);
+    forEachLine(viewOf(content), [&](std::string_view line) {
+        found = includedFile(line).has_value();
         return !found;
     });
     return found;

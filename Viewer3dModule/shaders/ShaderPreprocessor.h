@@ -2,6 +2,7 @@
 
 #include <Viewer3dModule/Viewer3dModule_export.h>
 
+#include <QtCore/QByteArray>
 #include <QtCore/QString>
 
 #include <string>
@@ -23,9 +24,10 @@ class QTextStream;
 VIEWER3DMODULE_EXPORT QString preprocessShader(const QString& fileName,
                                                const std::vector<std::string>& defines);
 
-/// The same in two steps, of which the first reads files and is done once for many lists of defines.
-QString preprocessForDefines(const QString& fileName);
-QString withDefines(QString source, const std::vector<std::string>& defines);
+/// The same in two steps, of which the first reads files and is done once for many lists of defines. In
+/// UTF-8, as compilers take it.
+QByteArray preprocessForDefines(const QString& fileName);
+QByteArray withDefines(QByteArray source, const std::vector<std::string>& defines);
 
 /// Whether some line of the file is an include line.
 VIEWER3DMODULE_EXPORT bool doesContainInclude(const QString& fileName);

@@ -4,6 +4,7 @@
 #include <Viewer3dModule/shaders/OpenGLFunctions.h>
 #include <Viewer3dModule/shaders/ShaderPreprocessor.h>
 #include <Viewer3dModule/shaders/StorageLimits.h>
+#include <Viewer3dModule/shaders/activeSource.h>
 #include <framework/ksp/Log.h>
 
 #include <QtCore/QRegularExpression>
@@ -43,25 +44,28 @@ struct StageSource
 {
     QString file;
     std::optional<Stage> stage;
-    QString text;
-    bool isAsStored; ///< the file goes to the compiler byte by byte
+    QByteArray text;
+    QByteArray active; ///< of the text
 };
 
-std::vector<StageSource> stagesOf(const ProgramSources& sources, const QStringList& texts)
+std::vector<StageSource> stagesOf(const ProgramSources& sources, const QList<QByteArray>& texts)
 {
     std::vector<StageSource> stages;
     for (int i = 0; i < sources.files.size(); ++i) {
         const QString& file = sources.files[i];
-        stages.push_back({file, stageOf(file), withDefines(texts[i], sources.defines),
-                          sources.defines.empty() && !doesContainInclude(file)});
+        const QByteArray text = withDefines(texts[i], sources.defines);
+        stages.push_back({file, stageOf(file), text, activeSource(text)});
     }
     return stages;
 }
 
-bool addStage(QOpenGLShaderProgram& program, const StageSource& source)
+// A file that needs no preprocessor goes to the compiler byte by byte.
+bool addStage(QOpenGLShaderProgram& program, const StageSource& source, bool hasDefines, HandedText handed)
 {
     if (!source.stage) return false;
-    if (source.isAsStored) return program.addShaderFromSourceFile(*source.stage, source.file);
+    if (handed == HandedText::Active) return program.addShaderFromSourceCode(*source.stage, source.active);
+    if (!hasDefines && !doesContainInclude(source.file))
+        return program.addShaderFromSourceFile(*source.stage, source.file);
     return program.addShaderFromSourceCode(*source.stage, source.text);
 }
 
@@ -76,14 +80,12 @@ int primitivesOf(const QString& layoutWord)
     return PrimitiveBit::All;
 }
 
-// Tells by the input layout of the geometry stage, which was added last, what it takes.
-void setPrimitives(QOpenGLShaderProgram& program)
+// Tells by the input layout of the geometry stage what it takes.
+void setPrimitives(QOpenGLShaderProgram& program, const QByteArray& text)
 {
-    if (program.shaders().isEmpty()) return;
     static const QRegularExpression layout(
         QStringLiteral("layout\\s*\\(\\s*(\\w+)(\\,\\s*\\w+=\\d+)*\\s*\\)\\s*in"));
-    const QString source = QString::fromUtf8(program.shaders().constLast()->sourceCode());
-    const QRegularExpressionMatch match = layout.match(source);
+    const QRegularExpressionMatch match = layout.match(QString::fromUtf8(text));
     if (match.hasMatch()) program.setProperty("primitives", primitivesOf(match.captured(1)));
 }
 
@@ -91,20 +93,24 @@ void setPrimitives(QOpenGLShaderProgram& program)
 void setNumbersVertices(QOpenGLShaderProgram& program, const std::vector<StageSource>& stages)
 {
     const bool numbers = std::any_of(stages.begin(), stages.end(), [](const StageSource& source) {
-        return source.text.contains(QLatin1String("gl_VertexID"));
+        return source.active.contains("gl_VertexID");
     });
     program.setProperty(numbersVerticesProperty, numbers);
 }
 
-bool addStages(QOpenGLShaderProgram& program, const std::vector<StageSource>& stages, QStringList& errors)
+bool addStages(QOpenGLShaderProgram& program, const std::vector<StageSource>& stages, bool hasDefines,
+               HandedText handed, QStringList& errors)
 {
     bool allCompiled = true;
     for (const StageSource& source : stages) {
-        if (!addStage(program, source)) {
+        if (!addStage(program, source, hasDefines, handed)) {
             errors << source.file + QStringLiteral(": program compile error") << program.log();
             allCompiled = false;
         }
-        if (source.stage == QOpenGLShader::Geometry) setPrimitives(program);
+        if (source.stage != QOpenGLShader::Geometry || program.shaders().isEmpty()) continue;
+        // that of the stage which was added last, comments and all, as it always was
+        setPrimitives(program, handed == HandedText::Active ? source.text
+                                                            : program.shaders().constLast()->sourceCode());
     }
     return allCompiled;
 }
@@ -142,7 +148,8 @@ bool hasStorage(const std::vector<StageSource>& stages, QStringList& errors)
     QStringList files;
     for (const StageSource& source : stages) {
         files.append(source.file);
-        if (source.stage) needed = storageOfBoth(needed, storageDeclared(source.text, kindOf(*source.stage)));
+        if (source.stage)
+            needed = storageOfBoth(needed, storageDeclaredActively(source.active, kindOf(*source.stage)));
     }
     if (needed.bindings == 0 && needed.fragmentBlocks == 0 && needed.geometryBlocks == 0) return true;
     const QString missing = missingStorage(needed, storageOffered(*gl));
@@ -174,23 +181,23 @@ void setSources(QOpenGLShaderProgram& program, const ProgramSources& sources)
     program.setProperty(definesProperty, defines);
 }
 
-QStringList textsOf(const QStringList& files)
+QList<QByteArray> textsOf(const QStringList& files)
 {
-    QStringList texts;
+    QList<QByteArray> texts;
     for (const QString& file : files)
         texts.append(preprocessForDefines(file));
     return texts;
 }
 
 QStringList buildFromSources(QOpenGLShaderProgram& program, const std::vector<std::string>& varyings,
-                             const QStringList& texts)
+                             const QList<QByteArray>& texts, HandedText handed)
 {
     const ProgramSources sources = sourcesOf(program);
     QStringList errors;
     const std::vector<StageSource> stages = stagesOf(sources, texts);
     if (!hasStorage(stages, errors)) return errors;
     // The stages that did compile might link without the missing one, and draw something else than was meant.
-    if (!addStages(program, stages, errors)) return errors;
+    if (!addStages(program, stages, !sources.defines.empty(), handed, errors)) return errors;
     setNumbersVertices(program, stages);
     declareVaryings(program, varyings);
     link(program, sources.files, errors);
@@ -209,6 +216,6 @@ QOpenGLShaderProgram* buildShaderProgram(QObject* parent, const QStringList& fil
 {
     auto* program = new QOpenGLShaderProgram(parent);
     setSources(*program, {files, defines});
-    logErrors(buildFromSources(*program, varyings, textsOf(files)));
+    logErrors(buildFromSources(*program, varyings, textsOf(files), HandedText::Whole));
     return program;
 }

@@ -2,6 +2,8 @@
 
 #include <Viewer3dModule/Viewer3dModule_export.h>
 
+#include <QtCore/QByteArray>
+#include <QtCore/QList>
 #include <QtCore/QStringList>
 
 #include <string>
@@ -35,12 +37,15 @@ struct ProgramSources
     std::vector<std::string> defines;
 };
 /// Of each file what preprocessForDefines gives.
-QStringList textsOf(const QStringList& files);
+QList<QByteArray> textsOf(const QStringList& files);
 ProgramSources sourcesOf(const QOpenGLShaderProgram& program);
 void setSources(QOpenGLShaderProgram& program, const ProgramSources& sources);
 
+/// What of its texts a program is compiled from: all, or what activeSource leaves of them, which takes
+/// drivers less time.
+enum class HandedText { Whole, Active };
 /// Builds a program that has no stages yet from its sources. What fails is returned, one entry each for the
 /// log, as buildShaderProgram writes them. The texts are those of the sources' files.
 QStringList buildFromSources(QOpenGLShaderProgram& program, const std::vector<std::string>& varyings,
-                             const QStringList& texts);
+                             const QList<QByteArray>& texts, HandedText handed);
 void logErrors(const QStringList& errors);

@@ -1,127 +1,36 @@
 #include <Viewer3dModule/shaders/StorageLimits.h>
 
+#include <Viewer3dModule/shaders/activeSource.h>
+
+#include <QtCore/QByteArrayMatcher>
+#include <QtCore/QList>
 #include <QtCore/QRegularExpression>
-#include <QtCore/QSet>
-#include <QtCore/QStringList>
-#include <QtCore/QVector>
 
 #include <algorithm>
+#include <cctype>
 
 namespace {
 
-// A blank in place of each comment.
-QString withoutComments(QString source)
+// The lines that are no directives; bodies of macros go with these.
+QByteArray withoutDirectives(const QByteArray& source)
 {
-    const QLatin1Char toBeContinued('\\');
-    for (int at = source.indexOf(toBeContinued); at >= 0; at = source.indexOf(toBeContinued, at + 1))
-        if (at + 1 < source.size() && source[at + 1] == QLatin1Char('\n'))
-            source[at] = source[at + 1] = QLatin1Char(' ');
-    QString rest;
-    rest.reserve(source.size());
-    for (int at = 0; at < source.size();) {
-        int begin = source.indexOf(QLatin1Char('/'), at);
-        if (begin < 0) begin = source.size();
-        rest += source.midRef(at, begin - at);
-        const QStringRef mark = source.midRef(begin, 2);
-        int end = -1;
-        if (mark == QLatin1String("//")) {
-            end = source.indexOf(QLatin1Char('\n'), begin);
-            if (end < 0) end = source.size();
-        } else if (mark == QLatin1String("/*")) {
-            end = source.indexOf(QLatin1String("*/"), begin + 2);
-            if (end >= 0) end += 2;
-        }
-        if (end < 0)
-            rest += mark.left(1);
-        else
-            rest += QLatin1Char(' ');
-        at = end < 0 ? begin + 1 : end;
+    QByteArray rest;
+    bool isDirective = false, isContinued = false;
+    for (const QByteArray& line : source.split('\n')) {
+        if (!isContinued) isDirective = line.trimmed().startsWith('#');
+        isContinued = line.endsWith('\\');
+        if (!isDirective) rest += line + '\n';
     }
     return rest;
 }
 
-// The word that begins at or after the place, blanks aside; leads the place to its end.
-QStringRef takeWord(const QStringRef& line, int& at)
+bool mayDeclareBuffers(const QByteArray& source)
 {
-    const auto isOfWord = [](QChar c) {
-        return c.unicode() < 128 && (c.isLetterOrNumber() || c == QLatin1Char('_'));
-    };
-    while (at < line.size() && line[at].isSpace())
-        ++at;
-    const int begin = at;
-    while (at < line.size() && isOfWord(line[at]))
-        ++at;
-    return line.mid(begin, at - begin);
-}
-
-// Follows the conditions of a source from line to line.
-class Conditions
-{
-public:
-    /// Takes a directive: "ifdef" and "NAME" of "#ifdef NAME".
-    void read(const QString& word, const QString& name)
-    {
-        if (word == QLatin1String("define") && isActive())
-            m_names.insert(name);
-        else if (word == QLatin1String("undef") && isActive())
-            m_names.remove(name);
-        else if (word == QLatin1String("ifdef"))
-            m_branches.append(m_names.contains(name) ? Taken : Left);
-        else if (word == QLatin1String("ifndef"))
-            m_branches.append(m_names.contains(name) ? Left : Taken);
-        else if (word == QLatin1String("if"))
-            m_branches.append(Unknown);
-        else if (!m_branches.isEmpty())
-            readEndOfBranch(word);
-    }
-    bool isActive() const { return !m_branches.contains(Left); }
-
-private:
-    enum Branch { Taken, Left, Unknown };
-
-    void readEndOfBranch(const QString& word)
-    {
-        if (word == QLatin1String("endif"))
-            m_branches.removeLast();
-        else if (m_branches.last() == Taken && word.startsWith(QLatin1String("el")))
-            m_branches.last() = Left;
-        else if (m_branches.last() == Left && word == QLatin1String("else"))
-            m_branches.last() = Taken;
-        else if (word == QLatin1String("elif"))
-            m_branches.last() = Unknown;
-    }
-
-    QSet<QString> m_names;
-    QVector<Branch> m_branches;
-};
-
-// What of a source its compiler sees, without the directives.
-QString activePart(const QString& source)
-{
-    QString active;
-    Conditions conditions;
-    const QString text = withoutComments(source);
-    for (int begin = 0, end = 0; begin <= text.size(); begin = end + 1) {
-        end = text.indexOf(QLatin1Char('\n'), begin);
-        if (end < 0) end = text.size();
-        const QStringRef line = text.midRef(begin, end - begin);
-        if (const QStringRef trimmed = line.trimmed(); trimmed.startsWith(QLatin1Char('#'))) {
-            int at = 1;
-            const QString word = takeWord(trimmed, at).toString();
-            conditions.read(word, takeWord(trimmed, at).toString());
-        } else if (conditions.isActive()) {
-            active += line;
-            active += QLatin1Char('\n');
-        }
-    }
-    return active;
-}
-
-bool mayDeclareBuffers(const QString& source)
-{
-    const QLatin1String word("buffer");
-    for (int at = source.indexOf(word); at >= 0; at = source.indexOf(word, at + 1))
-        if (const int end = at + word.size(); end < source.size() && source[end].isSpace()) return true;
+    const QByteArrayMatcher word("buffer");
+    for (int at = word.indexIn(source); at >= 0; at = word.indexIn(source, at + 1))
+        if (const int end = at + 6;
+            end < source.size() && std::isspace(static_cast<unsigned char>(source[end])))
+            return true;
     return false;
 }
 
@@ -138,12 +47,17 @@ StorageLimits storageOffered(OpenGLFunctions& gl)
 
 StorageLimits storageDeclared(const QString& source, unsigned int stage)
 {
+    return storageDeclaredActively(activeSource(source.toUtf8()), stage);
+}
+
+StorageLimits storageDeclaredActively(const QByteArray& source, unsigned int stage)
+{
     // the qualifiers before the word, and no member or function before them
     static const QRegularExpression block(QStringLiteral("([^;{}]*)\\bbuffer\\s+\\w+\\s*\\{"));
     static const QRegularExpression binding(QStringLiteral("\\bbinding\\s*=\\s*(\\d+)"));
     StorageLimits declared;
-    const QString active = activePart(source);
-    if (!mayDeclareBuffers(active)) return declared; // most do not, and expressions are expensive
+    if (!mayDeclareBuffers(source)) return declared; // most do not, and expressions are expensive
+    const QString active = QString::fromUtf8(withoutDirectives(source));
     int blocks = 0;
     QRegularExpressionMatchIterator matches = block.globalMatch(active);
     while (matches.hasNext()) {

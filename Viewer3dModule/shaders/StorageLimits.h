@@ -3,6 +3,7 @@
 #include <Viewer3dModule/Viewer3dModule_export.h>
 #include <Viewer3dModule/shaders/OpenGLFunctions.h>
 
+#include <QtCore/QByteArray>
 #include <QtCore/QString>
 
 /// Shader storage in numbers: what the stages of a program declare, or the most that a driver offers. OpenGL
@@ -21,13 +22,16 @@ VIEWER3DMODULE_EXPORT StorageLimits storageOffered(OpenGLFunctions& gl);
 /// they refuse what they do not have (some at the binding, some at the link, some not at all) and in what
 /// they say then. Needs no context.
 ///
-/// Conditions on names (#ifdef, #ifndef, #else) are followed; of any other condition all branches count.
+/// Conditions on names (#ifdef, #ifndef, #else) are followed as activeSource does; of any other condition all
+/// branches count.
 /// Blocks in the bodies of macros do not count, nor do bindings that are not plain numbers: of these the
 /// driver has to speak itself. An array of blocks counts as one.
 /// @param source  with its includes and defines in place, see preprocessShader
 /// @param stage   GL_FRAGMENT_SHADER, GL_GEOMETRY_SHADER, ...; in other stages than these two no blocks are
 ///                counted, only bindings
 VIEWER3DMODULE_EXPORT StorageLimits storageDeclared(const QString& source, unsigned int stage);
+/// The same of what activeSource gives.
+StorageLimits storageDeclaredActively(const QByteArray& source, unsigned int stage);
 /// What two stages of a program need together.
 VIEWER3DMODULE_EXPORT StorageLimits storageOfBoth(const StorageLimits& one, const StorageLimits& other);
 
