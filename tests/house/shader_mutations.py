@@ -296,8 +296,8 @@ MUTATIONS = [
     *changes(
         "light", "light.fragment", "gl_spheres gl_drawers",
         ("ambient", "ambient = 0.3", "ambient = 0.31"),
-        ("specular", "0.25 * pow", "0.26 * pow"),
-        ("shininess", "pow(mirrored, 32.0)", "pow(mirrored, 30.0)"),
+        ("specular", "0.25 * shine", "0.26 * shine"),
+        ("shininess", "i < 5", "i < 4"),
         ("eye", "normalize(-light_position)", "normalize(light_position)"),
         ("reflection", "reflect(-l, n)", "reflect(l, n)"),
         ("both sides", "abs(dot(n, l))", "max(dot(n, l), 0.0)"),

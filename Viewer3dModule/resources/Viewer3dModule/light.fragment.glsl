@@ -17,7 +17,11 @@ vec3 lightColor(vec3 ambient_color, vec3 diffuse_color, vec3 specular_color)
     if (!has_normal || isnan(diffuse)) return ambient * ambient_color;
 
     float mirrored = dot(normalize(-light_position), reflect(-l, n));
-    float specular = mirrored > 0.0 ? 0.25 * pow(mirrored, 32.0) : 0.0;
+    // its 32nd power, for which drivers would take a logarithm
+    float shine = mirrored > 0.0 ? mirrored : 0.0;
+    for (int i = 0; i < 5; ++i)
+        shine *= shine;
+    float specular = 0.25 * shine;
     return ambient * ambient_color + diffuse * diffuse_color + specular * specular_color;
 }
 
