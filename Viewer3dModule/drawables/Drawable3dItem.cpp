@@ -20,9 +20,7 @@ Drawable3dItem::Drawable3dItem(Drawable3dItem&& other) noexcept
     , m_visible(other.m_visible)
     , m_drawsOpaque(other.m_drawsOpaque)
     , m_alphas(other.m_alphas)
-    , m_showsItemColors(other.m_showsItemColors)
-    , m_isUntextured(other.m_isUntextured)
-    , m_isUnlit(other.m_isUnlit)
+    , m_promises(other.m_promises)
 {
     if (m_drawer) m_drawer->replaceItem(m_drawerIndex, this);
 }

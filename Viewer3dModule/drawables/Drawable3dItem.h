@@ -97,16 +97,22 @@ public:
     void setDrawsByPrimitives(bool draws) { m_promisingType = draws ? &typeid(*this) : nullptr; }
     /// Whether the item promises to show no colours of vertices, no texture and no material; its own colour
     /// may differ from part to part. A pass of such items takes a simpler program. False at first.
-    bool showsItemColors() const { return m_showsItemColors; }
-    void setShowsItemColors(bool shows) { m_showsItemColors = shows; }
+    bool showsItemColors() const { return m_promises.showsItemColors; }
+    void setShowsItemColors(bool shows) { m_promises.showsItemColors = shows; }
     /// Whether the item promises to show no texture and no material, but colours of vertices perhaps.
     /// Likewise.
-    bool isUntextured() const { return m_isUntextured || m_showsItemColors; }
-    void setUntextured(bool untextured) { m_isUntextured = untextured; }
+    bool isUntextured() const { return m_promises.isUntextured || m_promises.showsItemColors; }
+    void setUntextured(bool untextured) { m_promises.isUntextured = untextured; }
     /// Whether the item promises that nothing it draws is lit, as lines and points of meshes are not. False
     /// at first.
-    bool isUnlit() const { return m_isUnlit; }
-    void setUnlit(bool unlit) { m_isUnlit = unlit; }
+    bool isUnlit() const { return m_promises.isUnlit; }
+    void setUnlit(bool unlit) { m_promises.isUnlit = unlit; }
+    /// Whether the item promises to draw triangles and nothing else, thousands of them for each change of its
+    /// look. A pass over such items takes a program that spares each triangle a little, at some microseconds
+    /// for each look. Where a host shows triangles by their corners (GL_POINT), these are as large as
+    /// OpenGL's own points, at first 1 pixel. False at first.
+    bool isLargeSurface() const { return m_promises.isLargeSurface; }
+    void setLargeSurface(bool large) { m_promises.isLargeSurface = large; }
     /// Whether the item promises that none of its fragments is left out for its colour: unless it is
     /// highlighted, no alpha of its parts, vertices and texels is 0. A pass for depths alone draws it without
     /// looking at colours. False at first.
@@ -138,6 +144,13 @@ private:
     friend class Item3dDrawer;
     friend class ItemIndex;
     enum class Alphas : std::uint8_t { Any, AboveZero, One };
+    struct Promises // in one byte
+    {
+        bool showsItemColors : 1;
+        bool isUntextured : 1;
+        bool isUnlit : 1;
+        bool isLargeSurface : 1;
+    };
     static constexpr int NoIndexPlace = std::numeric_limits<int>::min();
 
     /// What tells the item from others in masks: the LONGID of an item that stands for a model element, else
@@ -162,8 +175,6 @@ private:
     bool m_visible = true;
     bool m_drawsOpaque = false;
     Alphas m_alphas = Alphas::Any;
-    bool m_showsItemColors = false;
-    bool m_isUntextured = false;
-    bool m_isUnlit = false;
+    Promises m_promises{};
     bool m_isPending = false; // for the end of the scene's group operation, to be updated
 };

@@ -16,4 +16,5 @@ void IDrawableNode3d::promiseFor(Drawable3dItem& item) const
     item.setShowsItemColors(showsItemColors());
     item.setUntextured(isUntextured());
     item.setUnlit(isUnlit());
+    item.setLargeSurface(isLargeSurface());
 }

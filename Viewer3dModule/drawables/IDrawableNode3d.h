@@ -63,6 +63,8 @@ public:
     virtual bool isUntextured() const { return false; }
     /// Whether nothing of it is lit.
     virtual bool isUnlit() const { return false; }
+    /// Whether all of it is triangles, and many, see Drawable3dItem::isLargeSurface.
+    virtual bool isLargeSurface() const { return false; }
     virtual bool drawsByPrimitives() const { return false; }
 
     /// Has the item promise what the node keeps: for an item that draws this node and nothing else. In its

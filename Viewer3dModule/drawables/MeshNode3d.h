@@ -41,6 +41,8 @@ public:
     bool showsItemColors() const override;
     bool isUntextured() const override;
     bool isUnlit() const override;
+    /// Of at least 10,000 triangles a part.
+    bool isLargeSurface() const override;
     bool drawsByPrimitives() const override { return true; }
 
 private:

@@ -5,6 +5,7 @@
 //   RX_VERTEX_STAGE_COLORS  the colour of the vertices is that which is shown, by the item's flags and colour mode: of
 //                           what is not lit. Colours that are the same all over stay what they are but for rounding,
 //                           which is less than the eight bits of a picture show
+//   RX_LARGE_SURFACES       nothing but triangles is drawn, which have no size
 #if defined(RX_USE_ITEM_RECORDS) && !defined(RX_USE_INSTANCED_DRAW)
 #define ITEM_HAS_RECORD
 #endif
@@ -94,7 +95,9 @@ void main()
     vec4 world = worldPosition();
     vec4 eye = view * world;
     gl_Position = projection * eye;
+#ifndef RX_LARGE_SURFACES
     gl_PointSize = pen_width;
+#endif
 
 #ifdef RX_USE_PER_VERTEX_NORMAL
     mat3 frame = lightFrame();

@@ -5,7 +5,9 @@
 // that of the source. With RX_ITEM_COLORS_ONLY none of the items has a colour mode but the first one, or a material:
 // what is not read is not interpolated either, and drivers that run both sides of a condition are spared one. With
 // RX_NO_MATERIALS none has a material. With RX_VISIBLE_ITEMS_ONLY besides, see SelectionMode.glsl. With
-// RX_LIGHT_IN_ALPHA and RX_VERTEX_STAGE_COLORS the vertex stage hands less on, see common.vertex.glsl.
+// RX_LIGHT_IN_ALPHA and RX_VERTEX_STAGE_COLORS the vertex stage hands less on, see common.vertex.glsl. With
+// RX_LARGE_SURFACES it hands on nothing that is the item's own: items are few for their triangles, and what one has of
+// its own is read here.
 #if defined(RX_VISIBLE_ITEMS_ONLY) && !defined(RX_USE_ELEVATION_COLOR)
 #define ALL_IS_VISIBLE
 #endif
@@ -18,12 +20,23 @@ in Item
 }
 item;
 
+#ifdef RX_LARGE_SURFACES
+uniform int item_flags = item_normal_flag;
+ITEM_UNIFORMS
+#define OWN_FLAGS item_flags
+#define OWN_COLOR_MODE uColorMode
+#define ITEM_COLOR colorFromFlags(item_flags, item_color, selection_color)
+#define IS_LIT uLightMode
+#else
+#define OWN_FLAGS item.flags
+#define OWN_COLOR_MODE item.color_mode
 #ifdef RX_LIGHT_IN_ALPHA
 #define ITEM_COLOR vec4(item.color.rgb, abs(item.color.a))
 #define IS_LIT (item.color.a >= 0.0)
 #else
 #define ITEM_COLOR item.color
 #define IS_LIT (item.is_lit != 0)
+#endif
 #endif
 
 // These and filled_texture_back are read here and not handed on with the item: they are the same for nearly all items,
@@ -55,16 +68,16 @@ void chooseColors(out vec4 own_color, out vec4 highlight_color)
     highlight_color = ITEM_COLOR;
 #ifndef RX_ITEM_COLORS_ONLY
 #ifdef RX_USE_PER_VERTEX_COLOR
-    if (item.color_mode == vertex_color_mode) own_color = item.vertex_color;
+    if (OWN_COLOR_MODE == vertex_color_mode) own_color = item.vertex_color;
 #endif
 #ifdef RX_USE_PER_VERTEX_TEX_COORDS
-    if (item.color_mode == texture_color_mode) {
+    if (OWN_COLOR_MODE == texture_color_mode) {
         vec4 texel = texture(uTexture0, texture_coords);
         if (filled_texture_back == 0) {
             own_color = texel;
-            highlight_color = inShapeOf(texel, item.color);
+            highlight_color = inShapeOf(texel, highlight_color);
         } else {
-            own_color = vec4(mix(item.color.rgb, texel.rgb, texel.a), mix(item.color.a, 1.0, texel.a));
+            own_color = vec4(mix(own_color.rgb, texel.rgb, texel.a), mix(own_color.a, 1.0, texel.a));
         }
     }
 #endif
@@ -103,7 +116,7 @@ void main()
     vec4 own_color;
     vec4 highlight_color;
     chooseColors(own_color, highlight_color);
-    vec4 surface = colorFromFlags(item.flags, own_color, highlight_color);
+    vec4 surface = colorFromFlags(OWN_FLAGS, own_color, highlight_color);
 #endif
     writeItem(vec4(litColor(surface.rgb), surface.a), item.id, item.index, item.place, vec4(0.0));
 }
