@@ -47,12 +47,20 @@ void InstancedViewerOrientedTextureDrawer::draw(const PaintContext& context, Fil
     if ((context.primitives & PrimitiveBit::Points) == 0 || getItems().empty()) return;
     OpenGLFunctions* gl = currentGLFunctions();
     QOpenGLShaderProgram* program = getProgram();
-    if (gl && program && program->isLinked() && program->bind()) {
-        const ItemUniforms locations = PassUniforms::of(*program).items;
-        uniforms::set(*gl, locations.itemColor, m_defaultColor);
-        uniforms::set(*gl, locations.penWidth, markSize);
-    }
+    if (gl && program && program->isLinked() && program->bind())
+        setLook(*gl, PassUniforms::of(*program).items);
+    // A variant of it does not ask it for them.
+    m_setsLook = !context.program;
+    setOwnsItemUniforms(m_setsLook);
     InstancedItem3dDrawer<glm::vec3>::draw(context, std::move(filter));
+    setOwnsItemUniforms(false);
+    m_setsLook = false;
+}
+
+void InstancedViewerOrientedTextureDrawer::setLook(OpenGLFunctions& gl, const ItemUniforms& locations) const
+{
+    uniforms::set(gl, locations.itemColor, m_defaultColor);
+    uniforms::set(gl, locations.penWidth, markSize);
 }
 
 glm::vec3 InstancedViewerOrientedTextureDrawer::getItemParams(int index)
@@ -67,5 +75,6 @@ void InstancedViewerOrientedTextureDrawer::drawItems(const PaintContext&)
 {
     OpenGLFunctions* gl = currentGLFunctions();
     if (!gl) return;
+    if (m_setsLook) setLook(*gl, itemUniforms());
     gl->glDrawArraysInstanced(GL_POINTS, 0, 1, static_cast<GLsizei>(getItems().size()));
 }

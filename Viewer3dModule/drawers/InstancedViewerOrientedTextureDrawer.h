@@ -36,5 +36,8 @@ protected:
     InstancedViewerOrientedTextureDrawer(Scene3d* scene, QOpenGLShaderProgram* program);
 
 private:
+    void setLook(OpenGLFunctions& gl, const ItemUniforms& locations) const;
+
     QColor m_defaultColor = Qt::red;
+    bool m_setsLook = false; ///< in the pass that is drawn
 };

@@ -161,13 +161,26 @@ bool Item3dDrawer::prepareProgram(PaintContext& context)
         variant.readsRecords = m_readsRecords;
         variant.colors = m_programColors;
         variant.isUnlit = m_isUnlit;
+        variant.drawsLargeSurfaces = m_areLargeSurfaces;
         if (isFenced())
             variant.fence = m_scene->getFence()->getFenceType() == Fence3DObject::SphereFence
                                 ? ProgramFence::Sphere
                                 : ProgramFence::Swept;
-        context.program = &beginProgramVariant(*context.program, variant);
+        OwnUniforms own;
+        own.pass = true;
+        own.light = hasLight();
+        own.items = m_ownsItemUniforms;
+        context.program = &beginProgramVariant(*context.program, variant, own);
     }
+    m_lacksItemUniforms = isVaried && m_ownsItemUniforms;
     return prepareProgram(std::as_const(context));
+}
+
+void Item3dDrawer::takeItemUniforms(const PaintContext& context)
+{
+    if (!m_lacksItemUniforms) return;
+    m_lacksItemUniforms = false;
+    ::takeItemUniforms(*context.program);
 }
 
 bool Item3dDrawer::prepareProgram(const PaintContext& context)
@@ -237,6 +250,11 @@ void Item3dDrawer::setTransform(const PaintContext& context, const glm::mat4& ma
 glm::mat4 Item3dDrawer::getTransform()
 {
     return m_transform;
+}
+
+bool Item3dDrawer::hasLight() const
+{
+    return m_scene && Scene3dViewLightingSettings::find(m_scene->getModel());
 }
 
 // The light depends on the view only, so it is found once a pass and not with every model matrix.

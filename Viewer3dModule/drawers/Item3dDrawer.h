@@ -139,6 +139,14 @@ protected:
     void setProgramColors(ProgramColors colors) { m_programColors = colors; }
     /// Likewise whether nothing is lit.
     void setUnlit(bool unlit) { m_isUnlit = unlit; }
+    /// Likewise whether there are large surfaces only.
+    void setLargeSurfaces(bool large) { m_areLargeSurfaces = large; }
+
+    /// Says whether what prepareProgram's variants draw sets the uniforms of items, or counts on their first
+    /// values: they are not taken over from the program then. False at first.
+    void setOwnsItemUniforms(bool owns) { m_ownsItemUniforms = owns; }
+    /// Takes them over for what is drawn next, once a pass.
+    void takeItemUniforms(const PaintContext& context);
 
     ItemPass& itemPass() { return m_itemPass; }
     /// saveTransformState, and what only makes that matrix the current one again: it is not set in the
@@ -157,6 +165,7 @@ protected:
 
 private:
     const Item3dDrawer* root() const;
+    bool hasLight() const;
     void findLight(const PaintContext& context);
     void bindFence(OpenGLFunctions& gl, const PaintContext& context);
     void joinSelection(const PaintContext& context);
@@ -175,7 +184,10 @@ private:
     bool m_readsRecords = false;
     ProgramColors m_programColors = ProgramColors(); // all
     bool m_isUnlit = false;
+    bool m_areLargeSurfaces = false;
     bool m_isForeground = false;
+    bool m_ownsItemUniforms = false;
+    bool m_lacksItemUniforms = false; ///< in this pass, so far
 
     bool m_lightModeChanged = false;
     int m_itemIndexLocation = -1;

@@ -104,16 +104,16 @@ bool Item3dSelectionProvider::bindProgram(const PaintContext& context)
     m_itemIndexLocation = -1;
     OpenGLFunctions* gl = currentGLFunctions();
     if (!gl || !context.program) return false;
-    const int index = context.program->uniformLocation("item_index");
-    const int rect = context.program->uniformLocation("selection_rect");
+    const PassUniforms locations = PassUniforms::of(*context.program);
+    const int index = locations.itemIndex, rect = locations.selectionRect;
     if (index < 0 || rect < 0) return false;
     // The origin of the frame buffer's pixels is the lower left corner.
     const double height = context.viewportRect.height();
     uniforms::set(*gl, rect,
                   glm::vec4(glm::dvec4(m_rect.left(), height - m_rect.bottom(), m_rect.right(),
                                        height - m_rect.top())));
-    const GLuint program = context.program->programId();
-    if (!m_ready || !m_itemsBuffer->bind(program) || !m_maskBuffer->bind(program)) return false;
+    if (!m_ready || !m_itemsBuffer->bind(*context.program) || !m_maskBuffer->bind(*context.program))
+        return false;
     m_itemIndexLocation = index;
     return true;
 }

@@ -57,6 +57,7 @@ MultiGlyphItem3dDrawer::MultiGlyphItem3dDrawer(Scene3d* scene, QOpenGLShaderProg
     : Item3dDrawer(scene)
     , m_program(program)
 {
+    setOwnsItemUniforms(true);
 }
 
 MultiGlyphItem3dDrawer::~MultiGlyphItem3dDrawer() = default;

@@ -14,12 +14,12 @@
 namespace {
 
 // Programs have stages after the first that may want to know more of an item than is handed on to them.
-bool readsRecordsOnly(const QOpenGLShaderProgram& program, const PassUniforms& uniforms)
+bool readsRecordsOnly(const PassUniforms& uniforms)
 {
     const int others[] = {uniforms.model,    uniforms.normalMatrix,  uniforms.items.itemColor,
                           uniforms.itemId,   uniforms.itemFlags,     uniforms.items.colorMode,
                           uniforms.glueMask, uniforms.items.dashSize};
-    return program.attributeLocation("model") >= 0 &&
+    return uniforms.readsModels &&
            std::none_of(std::begin(others), std::end(others), [](int location) { return location >= 0; });
 }
 
@@ -31,6 +31,7 @@ RecordPass::RecordPass(Item3dDrawer& owner, ProgramColors colors)
 {
     setParentDrawer(&owner);
     setReadsRecords(true);
+    setOwnsItemUniforms(true);
     setProgramColors(colors);
 }
 
@@ -41,12 +42,9 @@ bool RecordPass::begin(const PaintContext& context, bool isLimitedByFence)
     QOpenGLShaderProgram* plain = m_context.program;
     if (!gl || !plain || m_context.drawMode == DrawMode::GeometryCapture) return false;
     if (!plain->isLinked() && !DeferredProgram::isWaiting(plain)) return false;
-    ProgramVariant records;
-    records.readsRecords = true;
-    records.colors = m_colors;
-    if (&findProgramVariant(*plain, records) == plain) return false;
+    if (!mayReadRecords(*plain)) return false;
     setInsideFence(!isLimitedByFence);
-    if (!prepareProgram(m_context) || !readsRecordsOnly(*m_context.program, passUniforms())) return false;
+    if (!prepareProgram(m_context) || !readsRecordsOnly(passUniforms())) return false;
     const QVariant primitives = m_context.program->property("primitives");
     if (primitives.isValid()) m_context.primitives = primitives.toInt();
     // What items of records leave to the pass: the view's light, no texture, no material.
@@ -54,9 +52,9 @@ bool RecordPass::begin(const PaintContext& context, bool isLimitedByFence)
     for (const int location :
          {itemUniforms().texture0, itemUniforms().filledTextureBack, itemUniforms().materialMode})
         uniforms::set(*gl, location, 0);
-    m_hasNormals = m_context.program->attributeLocation("normalMatrix") >= 0;
+    m_hasNormals = passUniforms().readsNormalMatrices;
     m_penWidth = itemUniforms().penWidth;
-    m_firstItem = m_context.program->uniformLocation("first_item");
+    m_firstItem = passUniforms().firstItem;
     return true;
 }
 

@@ -3,6 +3,7 @@
 #include <Viewer3dModule/drawables/Drawable3dItem.h>
 #include <Viewer3dModule/drawables/fetchItem.h>
 #include <Viewer3dModule/drawers/OpaquePass.h>
+#include <Viewer3dModule/drawers/PointSizePass.h>
 #include <Viewer3dModule/host/Fence3dItem.h>
 #include <Viewer3dModule/host/View3dSettings.h>
 #include <Viewer3dModule/scene/CurrentContextGuard.h>
@@ -13,6 +14,7 @@
 #include <framework/graphics/InteractiveGraphicsItem.h>
 
 #include <QtCore/QVariant>
+#include <QtGui/QOpenGLContext>
 #include <QtGui/QOpenGLShaderProgram>
 
 #include <algorithm>
@@ -20,8 +22,21 @@
 
 namespace {
 
+// The convention that a context has when dashes are drawn in it first: it is asked once.
+GLint provokingVertex(OpenGLFunctions& gl)
+{
+    const char* const property = "provoking_vertex";
+    QOpenGLContext* context = QOpenGLContext::currentContext();
+    const QVariant known = context->property(property);
+    if (known.isValid()) return known.toInt();
+    GLint convention = GL_LAST_VERTEX_CONVENTION;
+    gl.glGetIntegerv(GL_PROVOKING_VERTEX, &convention);
+    context->setProperty(property, convention);
+    return convention;
+}
+
 // Dashes count from the first vertex of each segment, so while a dashing program draws, flat outputs come
-// from that vertex. The convention is asked once a pass and put back.
+// from that vertex. The convention is put back.
 class FirstVertexConvention
 {
 public:
@@ -29,7 +44,7 @@ public:
         : m_gl(wanted ? gl : nullptr)
     {
         if (!m_gl) return;
-        m_gl->glGetIntegerv(GL_PROVOKING_VERTEX, &m_before);
+        m_before = provokingVertex(*m_gl);
         m_gl->glProvokingVertex(GL_FIRST_VERTEX_CONVENTION);
     }
     ~FirstVertexConvention()
@@ -140,6 +155,18 @@ Looks looksOf(const std::vector<Drawable3dItem*>& items)
     return {areItemColors ? ProgramColors::VisibleItems : ProgramColors::VisibleVertices, areOpaque};
 }
 
+// One small item, and the many others would not pay for what it takes.
+bool areLargeSurfaces(const std::vector<Drawable3dItem*>& items)
+{
+    bool isAnyDrawn = false;
+    for (const Drawable3dItem* item : items) {
+        if (!item->isVisible()) continue;
+        if (!item->isLargeSurface()) return false;
+        isAnyDrawn = true;
+    }
+    return isAnyDrawn;
+}
+
 bool areUnlit(const std::vector<Drawable3dItem*>& items)
 {
     bool isAnyDrawn = false;
@@ -168,6 +195,7 @@ SequentialItem3dDrawer::SequentialItem3dDrawer(Scene3d* scene, QOpenGLShaderProg
     : Item3dDrawer(scene)
     , m_defaultProgram(defaultProgram)
 {
+    setOwnsItemUniforms(true); // but for items that draw otherwise
 }
 
 SequentialItem3dDrawer::~SequentialItem3dDrawer() = default;
@@ -259,15 +287,20 @@ void SequentialItem3dDrawer::drawItems(const PaintContext& context, const Filter
 {
     PaintContext pass = context;
     Looks looks;
+    bool areLarge = false;
     if (context.drawMode == DrawMode::OrdinalDraw) { // others are not worth a look at all items
         looks = looksOf(getItems());
         setProgramColors(looks.colors);
         setUnlit(areUnlit(getItems()));
+        areLarge = areLargeSurfaces(getItems());
+        setLargeSurfaces(areLarge);
     }
     const bool canDraw = beginPass(pass);
     setProgramColors(ProgramColors::All);
     setUnlit(false);
+    setLargeSurfaces(false);
     if (!canDraw) return;
+    const PointSizePass pointSize(currentGLFunctions(), areLarge && isForLargeSurfaces(*pass.program));
     const OpaquePass opaque(currentGLFunctions(),
                             context.blends && looks.areOpaque && passUniforms().showsOwnAlphas);
     drawEach(getItems(), pass, filter);
@@ -315,7 +348,9 @@ bool SequentialItem3dDrawer::beginPass(PaintContext& context)
 
 void SequentialItem3dDrawer::drawWithUniforms(Drawable3dItem* item, const PaintContext& context)
 {
-    itemPass().beginItem(item->drawsByPrimitives());
+    const bool drawsByPrimitives = item->drawsByPrimitives();
+    itemPass().beginItem(drawsByPrimitives);
+    if (!drawsByPrimitives) takeItemUniforms(context);
     setItemParameters(item, context);
     const std::size_t depth = beginTransform();
     setTransform(context, item->getTransform(), true);

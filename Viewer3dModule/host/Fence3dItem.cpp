@@ -141,13 +141,13 @@ void Fence3dItem::setInteractionMode(bool on)
 bool Fence3dItem::bind(const PaintContext& context)
 {
     OpenGLFunctions* gl = currentGLFunctions();
-    const int fenceToUse = gl && context.program ? context.program->uniformLocation("fence_to_use") : -1;
-    if (fenceToUse < 0) return false;
+    if (!gl || !context.program) return false;
+    const PassUniforms locations = PassUniforms::of(*context.program);
+    if (locations.fenceToUse < 0) return false;
     const int kind = empty() ? 0 : getFenceType();
-    uniforms::set(*gl, fenceToUse, kind);
+    uniforms::set(*gl, locations.fenceToUse, kind);
     // nobody sees the grey of a pass for depths, and what is measured in it would be taken for what is there
-    uniforms::set(*gl, context.program->uniformLocation("fence_gray_preview"),
-                  m_interactionMode && !context.depthOnly);
+    uniforms::set(*gl, locations.fenceGrayPreview, m_interactionMode && !context.depthOnly);
     switch (kind) {
     case Fence3DObject::Frustum3D:
     case Fence3DObject::PrismFence:
@@ -187,14 +187,14 @@ std::optional<FenceSides> Fence3dItem::getSides(const glm::dmat4& sceneToModel)
 void Fence3dItem::setSweptUniforms(OpenGLFunctions& gl, const PaintContext& context, const SweptFence& swept)
 {
     updateBoxes(*swept.polygon);
-    QOpenGLShaderProgram& program = *context.program;
+    const PassUniforms locations = PassUniforms::of(*context.program);
     const auto vectorOf = [](const FenceBox& box) { return glm::vec4(box.low, box.high); };
-    uniforms::set(gl, program.uniformLocation("fence_inner_box"), vectorOf(m_innerBox));
-    uniforms::set(gl, program.uniformLocation("fence_outer_box"), vectorOf(m_outerBox));
-    uniforms::set(gl, program.uniformLocation("fence_ends"), glm::vec2(glm::dvec2(swept.zNear, swept.zFar)));
-    uniforms::set(gl, program.uniformLocation("fence_count"), static_cast<int>(swept.polygon->size()));
+    uniforms::set(gl, locations.fenceInnerBox, vectorOf(m_innerBox));
+    uniforms::set(gl, locations.fenceOuterBox, vectorOf(m_outerBox));
+    uniforms::set(gl, locations.fenceEnds, glm::vec2(glm::dvec2(swept.zNear, swept.zFar)));
+    uniforms::set(gl, locations.fenceCount, static_cast<int>(swept.polygon->size()));
     const glm::dmat4 fromScene = swept.fromModel * context.scene->sceneToModelTransform();
-    uniforms::set(gl, program.uniformLocation("fence_from_scene"), glm::mat4(fromScene));
+    uniforms::set(gl, locations.fenceFromScene, glm::mat4(fromScene));
 }
 
 // Mapping a buffer that passes are still drawing with makes the driver wait for them. So what is there
@@ -215,7 +215,7 @@ bool Fence3dItem::bindFrustumPrism(const PaintContext& context)
             m_written = std::move(bytes);
         }
     }
-    return m_buffer.bind(context.program->programId());
+    return m_buffer.bind(*context.program);
 }
 
 bool Fence3dItem::bindSphere(const PaintContext& context)
@@ -223,14 +223,14 @@ bool Fence3dItem::bindSphere(const PaintContext& context)
     const auto* fence = dynamic_cast<const SphereFence*>(m_fence.get());
     OpenGLFunctions* gl = currentGLFunctions();
     if (!fence || !gl || !context.scene || !context.program) return false;
+    const PassUniforms locations = PassUniforms::of(*context.program);
     const glm::dmat4 modelToScene = context.scene->modelToSceneTransform();
     const double radius = glm::length(modelToScene * glm::dvec4(0.0, 0.0, fence->getRadius(), 0.0));
     const double signedRadius = std::copysign(radius, fence->getRadius()); // below 0 it contains nothing
     const glm::dvec3 center = context.scene->mapFromModel(fence->getCenter());
-    uniforms::set(*gl, context.program->uniformLocation("sphere_fence_radius"),
-                  static_cast<float>(signedRadius));
-    uniforms::set(*gl, context.program->uniformLocation("sphere_fence_center"), glm::vec3(center));
-    uniforms::set(*gl, context.program->uniformLocation("fence_from_scene"), glm::mat4(1.0f));
+    uniforms::set(*gl, locations.sphereFenceRadius, static_cast<float>(signedRadius));
+    uniforms::set(*gl, locations.sphereFenceCenter, glm::vec3(center));
+    uniforms::set(*gl, locations.fenceFromScene, glm::mat4(1.0f));
     return true;
 }
 

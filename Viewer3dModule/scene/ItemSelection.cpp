@@ -9,8 +9,10 @@
 #include <Viewer3dModule/scene/SelectionStore.h>
 #include <Viewer3dModule/scene/holdsVertices.h>
 #include <Viewer3dModule/scene/longestTargetSide.h>
+#include <Viewer3dModule/shaders/DeferredProgram.h>
 #include <Viewer3dModule/shaders/DrawMode.h>
 #include <Viewer3dModule/shaders/ProgramVariants.h>
+#include <Viewer3dModule/shaders/Uniforms.h>
 #include <framework/graphics/InteractiveGraphicsItem.h>
 #include <framework/ksp/Log.h>
 
@@ -191,14 +193,16 @@ int ItemSelection::findKindsMarkedBy(const Item3dDrawer* drawer)
     const auto [entry, isNew] = m_kinds.emplace(drawer, 0);
     if (!isNew || !drawer || typeid(*drawer) != typeid(SequentialItem3dDrawer)) return entry->second;
     const auto* sequential = static_cast<const SequentialItem3dDrawer*>(drawer);
-    QOpenGLShaderProgram* program = m_pass.program ? m_pass.program : sequential->getDefaultProgram();
-    if (!program || !program->isLinked()) return 0;
+    QOpenGLShaderProgram* program = m_pass.program ? m_pass.program : sequential->getProgramToShare();
+    if (!program || (!program->isLinked() && !DeferredProgram::isWaiting(program))) return 0;
     ProgramVariant marking;
     marking.drawsMasks = true;
     marking.marksItems = true;
     program = &findProgramVariant(*program, marking);
-    if (program->uniformLocation("item_index") < 0 || program->uniformLocation("selection_rect") < 0)
-        return 0;
+    DeferredProgram::build(program); // where it draws this pass itself
+    if (!program->isLinked()) return 0;
+    const PassUniforms locations = PassUniforms::of(*program);
+    if (locations.itemIndex < 0 || locations.selectionRect < 0) return 0;
     const QVariant kinds = program->property("primitives");
     entry->second = kinds.isValid() ? kinds.toInt() : m_pass.primitives;
     return entry->second;

@@ -32,6 +32,7 @@ const char* const withNormals = "RX_USE_PER_VERTEX_NORMAL";
 const char* const withVertexColors = "RX_USE_PER_VERTEX_COLOR";
 const char* const withHeights = "RX_USE_ELEVATION_COLOR";
 const char* const withLightInAlpha = "RX_LIGHT_IN_ALPHA";
+const char* const withLargeSurfaces = "RX_LARGE_SURFACES";
 const char* const withVertexStageColors = "RX_VERTEX_STAGE_COLORS";
 
 const char* defineOf(ProgramFence fence)
@@ -42,7 +43,8 @@ const char* defineOf(ProgramFence fence)
 bool isPlain(const ProgramVariant& variant)
 {
     return variant.fence == ProgramFence::None && !variant.drawsMasks && !variant.marksItems &&
-           !variant.readsRecords && variant.colors == ProgramColors::All && !variant.isUnlit;
+           !variant.readsRecords && variant.colors == ProgramColors::All && !variant.isUnlit &&
+           !variant.drawsLargeSurfaces;
 }
 
 using Names = std::set<std::string_view>;
@@ -97,6 +99,7 @@ public:
         , m_canChooseColors(m_sources.files.size() == 2 && has(withVertexColors) && !has(withHeights) &&
                             asksFor("vertex", withVertexStageColors) &&
                             asksFor("fragment", withVertexStageColors))
+        , m_canDrawLargeSurfaces(m_sources.files.size() <= 2 && asksFor("vertex", withLargeSurfaces))
     {
     }
 
@@ -118,32 +121,38 @@ public:
         return variant ? *variant->program : m_program;
     }
 
-    QOpenGLShaderProgram& begin(ProgramVariant wanted)
+    QOpenGLShaderProgram& begin(ProgramVariant wanted, const OwnUniforms& own)
     {
         Variant* variant = findOther(wanted);
         if (!variant) return m_program;
         OpenGLFunctions* gl = currentGLFunctions();
-        if (gl && variant->program->bind()) setUniforms(*gl, *variant);
+        if (gl && variant->program->bind()) variant->uniforms->begin(*gl, builtProgram(), own);
         return *variant->program;
     }
 
+    /// Where the variant is one of these.
+    static void takeItemUniforms(QOpenGLShaderProgram& variant)
+    {
+        auto* uniforms = static_cast<UniformCopy*>(variant.property(uniformsProperty).value<void*>());
+        OpenGLFunctions* gl = uniforms ? currentGLFunctions() : nullptr;
+        if (gl) uniforms->takeItems(*gl, static_cast<Variants*>(variant.parent())->builtProgram());
+    }
+
+    bool canReadRecords() const { return m_canReadRecords; }
+
 private:
+    static constexpr const char* uniformsProperty = "variant_uniforms";
+
     struct Variant
     {
-        QOpenGLShaderProgram* program = nullptr;      ///< null when it cannot be built
-        std::unique_ptr<UniformCopy> uniforms;        ///< of the program; made when it has been built
-        std::unique_ptr<UniformValues> firstUniforms; ///< where the program was not when this was
+        QOpenGLShaderProgram* program = nullptr; ///< null when it cannot be built
+        std::unique_ptr<UniformCopy> uniforms;
     };
 
-    // A program that is still to be built has all uniforms at their first values, as each variant has.
-    void setUniforms(OpenGLFunctions& gl, Variant& variant)
+    // Null where it is still to be built: it has all uniforms at their first values, as each variant has.
+    QOpenGLShaderProgram* builtProgram() const
     {
-        if (DeferredProgram::isWaiting(&m_program)) {
-            variant.firstUniforms->set(gl);
-            return;
-        }
-        if (!variant.uniforms) variant.uniforms = std::make_unique<UniformCopy>(m_program, *variant.program);
-        variant.uniforms->run(gl, m_program);
+        return DeferredProgram::isWaiting(&m_program) ? nullptr : &m_program;
     }
 
     // Null where the program itself is to draw.
@@ -160,10 +169,11 @@ private:
         if (wanted.colors == ProgramColors::VisibleVertices && !m_canShowVisibleVertices)
             wanted.colors = ProgramColors::All;
         if (!m_canBeUnlit) wanted.isUnlit = false;
+        if (!m_canDrawLargeSurfaces || wanted.readsRecords) wanted.drawsLargeSurfaces = false;
         if (isPlain(wanted)) return nullptr;
         std::optional<Variant>& variant =
             m_built[static_cast<int>(wanted.fence)][wanted.drawsMasks][wanted.marksItems][wanted.readsRecords]
-                   [static_cast<int>(wanted.colors)][wanted.isUnlit];
+                   [static_cast<int>(wanted.colors)][wanted.isUnlit][wanted.drawsLargeSurfaces];
         if (!variant) variant.emplace(build(wanted));
         if (variant->program) return &*variant;
         if (!m_program.isLinked()) return nullptr;
@@ -202,6 +212,7 @@ private:
         if (wanted.fence != ProgramFence::None) defines.emplace_back(defineOf(wanted.fence));
         if (wanted.readsRecords) defines.emplace_back(withRecords);
         if (wanted.isUnlit) drop(withNormals);
+        if (wanted.drawsLargeSurfaces) defines.emplace_back(withLargeSurfaces);
         if (wanted.colors == ProgramColors::VisibleVertices) drop(withTexCoords);
         addColors(wanted, defines);
         Variant variant;
@@ -209,8 +220,9 @@ private:
         setSources(*variant.program, {m_sources.files, defines});
         const QStringList errors = buildFromSources(*variant.program, {}, m_texts, HandedText::Active);
         if (variant.program->isLinked()) {
-            if (DeferredProgram::isWaiting(&m_program))
-                variant.firstUniforms = std::make_unique<UniformValues>(*variant.program);
+            variant.uniforms = std::make_unique<UniformCopy>(*variant.program);
+            variant.program->setProperty(uniformsProperty,
+                                         QVariant::fromValue<void*>(variant.uniforms.get()));
             return variant;
         }
         delete std::exchange(variant.program, nullptr);
@@ -257,7 +269,8 @@ private:
     bool m_canBeUnlit; // other stages hand normals on whatever is defined
     bool m_canHideLight;
     bool m_canChooseColors;
-    std::optional<Variant> m_built[3][2][2][2][4][2]; ///< in the order of ProgramVariant
+    bool m_canDrawLargeSurfaces;
+    std::optional<Variant> m_built[3][2][2][2][4][2][2]; ///< in the order of ProgramVariant
 };
 
 } // namespace
@@ -268,10 +281,27 @@ QOpenGLShaderProgram& findProgramVariant(QOpenGLShaderProgram& program, ProgramV
     return Variants::of(program).find(variant);
 }
 
-QOpenGLShaderProgram& beginProgramVariant(QOpenGLShaderProgram& program, ProgramVariant variant)
+bool mayReadRecords(QOpenGLShaderProgram& program)
+{
+    return Variants::of(program).canReadRecords();
+}
+
+QOpenGLShaderProgram& beginProgramVariant(QOpenGLShaderProgram& program, ProgramVariant variant,
+                                          const OwnUniforms& own)
 {
     if (isPlain(variant)) return program;
-    return Variants::of(program).begin(variant);
+    return Variants::of(program).begin(variant, own);
+}
+
+void takeItemUniforms(QOpenGLShaderProgram& variant)
+{
+    Variants::takeItemUniforms(variant);
+}
+
+bool isForLargeSurfaces(const QOpenGLShaderProgram& variant)
+{
+    const std::vector<std::string> defines = sourcesOf(variant).defines;
+    return std::find(defines.begin(), defines.end(), withLargeSurfaces) != defines.end();
 }
 
 bool showsOwnAlphas(const QOpenGLShaderProgram& variant)

@@ -34,6 +34,24 @@ struct ProgramVariant
     ProgramColors colors = ProgramColors::All;
     /// Whether nothing is lit, as lines and points are: compiled without RX_USE_PER_VERTEX_NORMAL.
     bool isUnlit = false;
+    /// Whether there are only triangles, thousands for each look: compiled with RX_LARGE_SURFACES. Not with
+    /// records.
+    bool drawsLargeSurfaces = false;
+};
+
+/// Which uniforms of a variant whoever draws with it sets in each of its passes, so that they are not taken
+/// over from the program: asking the driver for their values takes its time.
+struct OwnUniforms
+{
+    /// What Item3dDrawer sets when it prepares a program: matrices, the kind of the pass, colours of what is
+    /// chosen, the fence, the area of a selection.
+    bool pass = false;
+    /// The light of the view: uLightDirection and uLightMode.
+    bool light = false;
+    /// Those of items (ItemUniforms, what captions take, item_flags, item_id, glue_mask), which have their
+    /// first values when the pass begins. For an item that counts on what a host has set in the program see
+    /// takeItemUniforms.
+    bool items = false;
 };
 
 /// The program that draws as this one does, and what the variant says as well: the program itself where it
@@ -49,10 +67,18 @@ struct ProgramVariant
 /// the fence, or without marking anything.
 VIEWER3DMODULE_EXPORT QOpenGLShaderProgram& findProgramVariant(QOpenGLShaderProgram& program,
                                                                ProgramVariant variant);
+/// Whether there may be a variant that reads records; told by the sources, and nothing is built.
+VIEWER3DMODULE_EXPORT bool mayReadRecords(QOpenGLShaderProgram& program);
 /// The same at the beginning of a pass: where it is another program, that one is in use and has the values of
-/// the program's uniforms. What a pass sets in it afterwards does not stay for the next one.
-VIEWER3DMODULE_EXPORT QOpenGLShaderProgram& beginProgramVariant(QOpenGLShaderProgram& program,
-                                                                ProgramVariant variant);
+/// the program's uniforms, but for those that are set by whoever draws. What a pass sets in it afterwards
+/// does not stay for the next one, but for these, which he sets anew.
+VIEWER3DMODULE_EXPORT QOpenGLShaderProgram&
+beginProgramVariant(QOpenGLShaderProgram& program, ProgramVariant variant, const OwnUniforms& own = {});
+/// Gives the uniforms that items set (not item_flags and item_id) in a variant that was begun without them
+/// the values that they have in its program. The variant is in use; a program that is no variant has its own.
+VIEWER3DMODULE_EXPORT void takeItemUniforms(QOpenGLShaderProgram& variant);
 
 /// Whether a variant shows alphas as items and vertices have them, none of which is 0.
 VIEWER3DMODULE_EXPORT bool showsOwnAlphas(const QOpenGLShaderProgram& variant);
+/// Whether it draws large surfaces, and writes no size of points.
+VIEWER3DMODULE_EXPORT bool isForLargeSurfaces(const QOpenGLShaderProgram& variant);

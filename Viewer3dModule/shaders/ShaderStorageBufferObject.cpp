@@ -1,5 +1,8 @@
 #include <Viewer3dModule/shaders/ShaderStorageBufferObject.h>
 
+#include <QtCore/QVariant>
+#include <QtGui/QOpenGLShaderProgram>
+
 #include <algorithm>
 
 namespace {
@@ -106,6 +109,16 @@ void ShaderStorageBufferObject::unmap() const
     if (!gl || m_buffer == 0) return;
     gl->glUnmapBuffer(target);
     gl->glBindBuffer(target, 0);
+}
+
+bool ShaderStorageBufferObject::bind(QOpenGLShaderProgram& program) const
+{
+    const QVariant known = program.property(m_blockName.c_str());
+    if (known.isValid() && known.toUInt() == m_binding) return bind(0u);
+    if (!bind(program.programId())) return false;
+    const bool staysAsItIs = program.property("numbers_vertices").isValid();
+    if (staysAsItIs) program.setProperty(m_blockName.c_str(), m_binding);
+    return true;
 }
 
 bool ShaderStorageBufferObject::bind(unsigned int program) const

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <string>
 
+class QOpenGLShaderProgram;
+
 /// A shader storage buffer, the binding point that it is bound to and the name of the block that it feeds.
 ///
 /// The OpenGL buffer is made at the first init, fill or map, in the context that is current then; the object
@@ -48,6 +50,9 @@ public:
     /// declare the point themselves. False, and nothing is bound, before init and for a program that lacks
     /// the block.
     bool bind(unsigned int program) const;
+    /// The same; of a program that buildShaderProgram or a variant made the driver is asked for the block
+    /// once.
+    bool bind(QOpenGLShaderProgram& program) const;
 
     const std::string& getBlockName() const { return m_blockName; }
     /// The OpenGL name; 0 before init.

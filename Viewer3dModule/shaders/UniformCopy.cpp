@@ -1,9 +1,13 @@
 #include <Viewer3dModule/shaders/UniformCopy.h>
 
+#include <Viewer3dModule/shaders/ProgramVariants.h>
+
 #include <QtGui/QOpenGLShaderProgram>
 
 #include <map>
+#include <set>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -119,48 +123,90 @@ void read(OpenGLFunctions& gl, GLuint program, GLint location, Setter::Kind kind
 
 } // namespace
 
-UniformCopy::UniformCopy(QOpenGLShaderProgram& from, QOpenGLShaderProgram& to)
+UniformCopy::Owner UniformCopy::ownerOf(const std::string& name, bool hasLight)
+{
+    static const std::set<std::string> ofPasses = {
+        "draw_mode",        "projection",          "view",
+        "viewport",         "viewport_inverted",   "model",
+        "normalMatrix",     "selection_color",     "interaction_color",
+        "fence_to_use",     "fence_gray_preview",  "fence_inner_box",
+        "fence_outer_box",  "fence_ends",          "fence_count",
+        "fence_from_scene", "item_index",          "selection_rect",
+        "first_item",       "sphere_fence_center", "sphere_fence_radius"};
+    static const std::set<std::string> ofItems = {
+        "glue_mask",  "item_color", "pen_width",     "u_dashSize",          "u_gapSize", "u_resolution",
+        "uColorMode", "uTexture0",  "uMaterialMode", "filled_texture_back", "offset",    "uTexture",
+        "uTexTop",    "uTexBottom", "uTexLeft",      "uTexRight",           "tex",       "uWireMode"};
+    if (ofPasses.count(name) != 0) return Owner::Pass;
+    if (name == "item_flags" || name == "item_id") return Owner::Identity;
+    // Without a direction no pass sets whether there is light at all, see Item3dDrawer.
+    const bool isOfLight = name == "uLightDirection" || name == "uLightMode";
+    if (isOfLight && hasLight) return Owner::Light;
+    return isOfLight || ofItems.count(name) != 0 ? Owner::Item : Owner::Host;
+}
+
+UniformCopy::UniformCopy(QOpenGLShaderProgram& variant)
 {
     OpenGLFunctions* gl = currentGLFunctions();
     if (!gl) return;
-    const Types theirs = activeUniforms(*gl, to.programId());
-    for (const auto& [name, type] : activeUniforms(*gl, from.programId())) {
-        const auto same = theirs.find(name);
-        if (same == theirs.end() || same->second != type) continue;
-        Pair pair;
-        pair.type = type;
-        pair.from = gl->glGetUniformLocation(from.programId(), name.c_str());
-        pair.to = gl->glGetUniformLocation(to.programId(), name.c_str());
-        m_pairs.push_back(pair);
+    const GLuint program = variant.programId();
+    const Types types = activeUniforms(*gl, program);
+    const bool hasLight = types.count("uLightDirection") != 0;
+    for (const auto& [name, type] : types) {
+        Uniform uniform{
+            name, type, ownerOf(name, hasLight), -1, gl->glGetUniformLocation(program, name.c_str()), {}};
+        read(*gl, program, uniform.to, setterOf(type).kind, uniform.first.data());
+        m_uniforms.push_back(std::move(uniform));
     }
 }
 
-void UniformCopy::run(OpenGLFunctions& gl, const QOpenGLShaderProgram& from) const
+void UniformCopy::connect(OpenGLFunctions& gl, QOpenGLShaderProgram* program)
 {
-    const GLuint program = from.programId();
+    if (m_isConnected || !program) return;
+    m_isConnected = true;
+    const Types types = activeUniforms(gl, program->programId());
+    for (Uniform& uniform : m_uniforms) {
+        const auto same = types.find(uniform.name);
+        if (same == types.end() || same->second != uniform.type) continue;
+        uniform.from = gl.glGetUniformLocation(program->programId(), uniform.name.c_str());
+    }
+}
+
+void UniformCopy::setFirst(OpenGLFunctions& gl, const Uniform& uniform)
+{
+    setterOf(uniform.type).set(gl, uniform.to, uniform.first.data());
+}
+
+void UniformCopy::take(OpenGLFunctions& gl, const Uniform& uniform, QOpenGLShaderProgram* program)
+{
+    if (!program) {
+        setFirst(gl, uniform);
+        return;
+    }
+    if (uniform.from < 0) return;
+    const Setter setter = setterOf(uniform.type);
     UniformBytes value;
-    for (const Pair& pair : m_pairs) {
-        const Setter setter = setterOf(pair.type);
-        read(gl, program, pair.from, setter.kind, value.data());
-        setter.set(gl, pair.to, value.data());
+    read(gl, program->programId(), uniform.from, setter.kind, value.data());
+    setter.set(gl, uniform.to, value.data());
+}
+
+void UniformCopy::begin(OpenGLFunctions& gl, QOpenGLShaderProgram* program, const OwnUniforms& own)
+{
+    connect(gl, program);
+    for (const Uniform& uniform : m_uniforms) {
+        if (uniform.owner == Owner::Pass && own.pass) continue;
+        if (uniform.owner == Owner::Light && own.light) continue;
+        const bool isOfItem = uniform.owner == Owner::Item || uniform.owner == Owner::Identity;
+        if (isOfItem && own.items)
+            setFirst(gl, uniform);
+        else
+            take(gl, uniform, program);
     }
 }
 
-UniformValues::UniformValues(QOpenGLShaderProgram& program)
+void UniformCopy::takeItems(OpenGLFunctions& gl, QOpenGLShaderProgram* program)
 {
-    OpenGLFunctions* gl = currentGLFunctions();
-    if (!gl) return;
-    for (const auto& [name, type] : activeUniforms(*gl, program.programId())) {
-        Value value;
-        value.type = type;
-        value.location = gl->glGetUniformLocation(program.programId(), name.c_str());
-        read(*gl, program.programId(), value.location, setterOf(type).kind, value.bytes.data());
-        m_values.push_back(value);
-    }
-}
-
-void UniformValues::set(OpenGLFunctions& gl) const
-{
-    for (const Value& value : m_values)
-        setterOf(value.type).set(gl, value.location, value.bytes.data());
+    connect(gl, program);
+    for (const Uniform& uniform : m_uniforms)
+        if (uniform.owner == Owner::Item) take(gl, uniform, program);
 }

@@ -4,9 +4,11 @@
 
 #include <array>
 #include <cstddef>
+#include <string>
 #include <vector>
 
 class QOpenGLShaderProgram;
+struct OwnUniforms;
 
 /// A value of any uniform; a 4 x 4 matrix is the largest.
 struct UniformBytes
@@ -16,40 +18,38 @@ struct UniformBytes
     alignas(GLfloat) std::array<std::byte, 16 * sizeof(GLfloat)> bytes{};
 };
 
-/// Keeps the uniforms of one program as those of another are: of all that both have by the same name and
-/// type. Locations are found once, both programs must be linked and stay as they are.
+/// Keeps the uniforms of a variant as those of its program are: of all that both have by the same name and
+/// type. Locations and first values are found once, both programs stay as they are when they are linked.
 class UniformCopy
 {
 public:
-    /// The programs' context must be current.
-    UniformCopy(QOpenGLShaderProgram& from, QOpenGLShaderProgram& to);
-    /// Reads the values of the one and sets them in the other, which must be in use.
-    void run(OpenGLFunctions& gl, const QOpenGLShaderProgram& from) const;
+    /// The variant must be linked, its context current.
+    explicit UniformCopy(QOpenGLShaderProgram& variant);
+
+    /// At the beginning of a pass: sets in the variant, which must be in use, what the program has, but for
+    /// what is set by whoever draws. Of a null program, one that is still to be built, all uniforms have
+    /// their first values.
+    void begin(OpenGLFunctions& gl, QOpenGLShaderProgram* program, const OwnUniforms& own);
+    /// Likewise those that items set, alone.
+    void takeItems(OpenGLFunctions& gl, QOpenGLShaderProgram* program);
 
 private:
-    struct Pair
+    /// Who sets a uniform; Identity: whoever draws an item, for it.
+    enum class Owner { Pass, Light, Identity, Item, Host };
+    struct Uniform
     {
+        std::string name; ///< needed until the program is known
         GLenum type;
-        GLint from, to; ///< locations
+        Owner owner;
+        GLint from; ///< location in the program; -1 where it has none
+        GLint to;
+        UniformBytes first;
     };
-    std::vector<Pair> m_pairs;
-};
+    static Owner ownerOf(const std::string& name, bool hasLight);
+    void connect(OpenGLFunctions& gl, QOpenGLShaderProgram* program);
+    static void setFirst(OpenGLFunctions& gl, const Uniform& uniform);
+    static void take(OpenGLFunctions& gl, const Uniform& uniform, QOpenGLShaderProgram* program);
 
-/// The values that a program's uniforms have at one time.
-class UniformValues
-{
-public:
-    /// Reads them; the program must be linked and stay as it is, its context current.
-    explicit UniformValues(QOpenGLShaderProgram& program);
-    /// Sets them again in the program, which must be in use.
-    void set(OpenGLFunctions& gl) const;
-
-private:
-    struct Value
-    {
-        GLenum type;
-        GLint location;
-        UniformBytes bytes;
-    };
-    std::vector<Value> m_values;
+    std::vector<Uniform> m_uniforms;
+    bool m_isConnected = false;
 };

@@ -78,8 +78,21 @@ struct VIEWER3DMODULE_EXPORT PassUniforms
     int itemFlags = -1;
     int itemIndex = -1;
     int glueMask = -1;
-    int fenceToUse = -1;
+    int firstItem = -1; ///< of a draw call of records, see ItemRecords
+    int selectionRect = -1;
+    int fenceToUse = -1; ///< of the project's fence, as those that follow
+    int fenceGrayPreview = -1;
+    int fenceFromScene = -1;
+    int fenceInnerBox = -1;
+    int fenceOuterBox = -1;
+    int fenceEnds = -1;
+    int fenceCount = -1;
+    int sphereFenceCenter = -1;
+    int sphereFenceRadius = -1;
     ItemUniforms items;
+    /// Whether the program takes models and normal matrices from records.
+    bool readsModels = false;
+    bool readsNormalMatrices = false;
     /// Whether the program shows alphas as items and vertices have them, none of which is 0: a variant for
     /// such items (ProgramColors::VisibleItems, VisibleVertices), and no colours by height.
     bool showsOwnAlphas = false;
