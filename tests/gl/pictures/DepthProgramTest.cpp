@@ -130,6 +130,24 @@ TEST_F(DepthProgramTest, LeavesTheSameDepthsToTheBit)
     }
 }
 
+// Large surfaces take a variant without the size of points.
+TEST_F(DepthProgramTest, HasAVariantForLargeSurfaces)
+{
+    MeshData data = mixture();
+    data.parts.resize(1);
+    NotingMeshItem item(data);
+    const QImage usual = mapOf(item, DrawerType::Mesh);
+    item.setLargeSurface(true);
+    const QImage large = mapOf(item, DrawerType::Mesh);
+    QOpenGLShaderProgram* plain = scene->getDepthProgram(programOf(DrawerType::Mesh));
+    ProgramVariant wanted;
+    wanted.drawsLargeSurfaces = true;
+    EXPECT_NE(item.lastProgram, plain);
+    EXPECT_EQ(item.lastProgram, &findProgramVariant(*plain, wanted));
+    EXPECT_GT(coveredCount(large), 120 * 90 / 4);
+    EXPECT_EQ(bytesOf(large), bytesOf(usual));
+}
+
 TEST_F(DepthProgramTest, IsNoneOfProgramsThatShapeWhatTheyDraw)
 {
     for (const int type : {DrawerType::Texture, DrawerType::WideLines, DrawerType::DashedLines,
