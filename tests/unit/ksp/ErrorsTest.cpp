@@ -7,6 +7,8 @@
 #include <QtCore/QTranslator>
 #include <gtest/gtest.h>
 
+#include <vector>
+
 TEST(Errors, textAndWhatAreTheSame)
 {
     const QString text = QString::fromUtf8("Datei nicht lesbar: дом");
@@ -68,6 +70,56 @@ TEST(GuardedPtr, copiesAndMovesWatchTheSameObject)
     EXPECT_EQ(second.get(), nullptr);
     second = &other;
     EXPECT_EQ(second.get(), &other);
+}
+
+TEST(GuardedPtr, theOnlyWatcherMayMoveAndGo)
+{
+    auto object = std::make_unique<ksp::CGuardedObject>();
+    std::vector<ksp::GuardedPtr<ksp::CGuardedObject>> pointers;
+    pointers.emplace_back(object.get());
+    pointers.reserve(pointers.capacity() + 1); // moves it
+    EXPECT_EQ(pointers.front().get(), object.get());
+    pointers.clear();
+    pointers.emplace_back(object.get());
+    auto moved = std::move(pointers.front());
+    pointers.clear();
+    EXPECT_EQ(moved.get(), object.get());
+    object.reset();
+    EXPECT_EQ(moved.get(), nullptr);
+}
+
+TEST(GuardedPtr, aSecondWatcherLeavesTheFirstOneWhatItHas)
+{
+    auto object = std::make_unique<ksp::CGuardedObject>();
+    const ksp::GuardedPtr<ksp::CGuardedObject> first(object.get());
+    {
+        const ksp::GuardedPtr<ksp::CGuardedObject> second(object.get()), third(first);
+        EXPECT_EQ(first.get(), object.get());
+        EXPECT_EQ(second.get(), object.get());
+        EXPECT_EQ(third.get(), object.get());
+    }
+    EXPECT_EQ(first.get(), object.get());
+    ksp::GuardedPtr<ksp::CGuardedObject> fourth(first);
+    object.reset();
+    EXPECT_EQ(first.get(), nullptr);
+    EXPECT_EQ(fourth.get(), nullptr);
+    const ksp::GuardedPtr<ksp::CGuardedObject> ofNothing(fourth);
+    EXPECT_FALSE(ofNothing);
+}
+
+TEST(GuardedPtr, watchersThatTakeOverLeaveWhatTheyHad)
+{
+    auto a = std::make_unique<ksp::CGuardedObject>(), b = std::make_unique<ksp::CGuardedObject>();
+    ksp::GuardedPtr<ksp::CGuardedObject> first(a.get()), second(b.get());
+    first = std::move(second);
+    EXPECT_EQ(second.get(), nullptr);
+    a.reset(); // nobody watches it any more
+    EXPECT_EQ(first.get(), b.get());
+    second = first.get();
+    first = nullptr;
+    EXPECT_EQ(second.get(), b.get());
+    b.reset();
+    EXPECT_EQ(second.get(), nullptr);
 }
 
 TEST(Translater, textStaysWithoutATranslation)
