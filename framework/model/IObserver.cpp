@@ -4,14 +4,14 @@
 
 IObserver::~IObserver()
 {
-    while (m_first)
-        Observation::cut(m_first);
+    Observation::untieAll(*this);
 }
 
 std::vector<ISubject*> IObserver::getSubjects() const
 {
     std::vector<ISubject*> subjects;
-    for (const Observation* tie = m_first; tie; tie = tie->nextSubject)
+    if (ISubject* only = m_subjects.only()) subjects.push_back(only);
+    for (const Observation* tie = m_subjects.first(); tie; tie = tie->nextSubject)
         subjects.push_back(tie->subject);
     return subjects;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <framework/HostFramework_export.h>
+#include <framework/model/Ties.h>
 
 #include <vector>
 
@@ -25,5 +26,5 @@ public:
 private:
     friend class ISubject;
     friend struct Observation;
-    Observation* m_first = nullptr;
+    Ties<ISubject> m_subjects;
 };

@@ -7,20 +7,28 @@ namespace {
 
 using Link = Observation* Observation::*;
 
-template <Link Previous, Link Next>
-void append(Observation*& first, Observation* tie)
+template <Link Previous, Link Next, class Other>
+void append(Ties<Other>& ties, Observation* tie)
 {
+    Observation* first = ties.first();
     tie->*Previous = first ? first->*Previous : tie;
-    (first ? first->*Previous->*Next : first) = tie;
-    first->*Previous = tie;
+    if (first)
+        first->*Previous->*Next = tie;
+    else
+        ties.setFirst(tie);
+    ties.first()->*Previous = tie;
 }
 
-template <Link Previous, Link Next>
-void takeOut(Observation*& first, Observation* tie)
+template <Link Previous, Link Next, class Other>
+void takeOut(Ties<Other>& ties, const Observation* tie)
 {
+    Observation* const first = ties.first();
     Observation* const next = tie->*Next;
     if (Observation* nextOrFirst = next ? next : first) nextOrFirst->*Previous = tie->*Previous;
-    (tie == first ? first : tie->*Previous->*Next) = next;
+    if (tie == first)
+        ties.setFirst(next);
+    else
+        tie->*Previous->*Next = next;
 }
 
 } // namespace
@@ -32,7 +40,7 @@ struct ISubject::Notification
 {
     explicit Notification(const ISubject& of)
         : outer(innermost)
-        , cursor(of.m_first)
+        , cursor(of.m_observers.first())
         , end(cursor ? cursor->previousObserver : nullptr)
     {
         innermost = this;
@@ -65,22 +73,25 @@ thread_local ISubject::Notification* ISubject::Notification::innermost = nullptr
 
 ISubject::~ISubject()
 {
-    while (m_first)
-        Observation::cut(m_first);
+    Observation::untieAll(*this);
 }
 
 void ISubject::addObserver(IObserver* observer)
 {
-    if (observer && !Observation::find(*this, *observer)) Observation::tie(*this, *observer);
+    if (observer && !Observation::areTied(*this, *observer)) Observation::tie(*this, *observer);
 }
 
 void ISubject::removeObserver(IObserver* observer)
 {
-    if (Observation* tie = observer ? Observation::find(*this, *observer) : nullptr) Observation::cut(tie);
+    if (observer) Observation::untie(*this, *observer);
 }
 
 void ISubject::notifyObservers()
 {
+    if (IObserver* only = m_observers.only()) {
+        only->updateData(this);
+        return;
+    }
     Notification run(*this);
     while (IObserver* observer = run.takeNext())
         observer->updateData(this);
@@ -89,15 +100,61 @@ void ISubject::notifyObservers()
 std::vector<IObserver*> ISubject::getObservers() const
 {
     std::vector<IObserver*> observers;
-    for (const Observation* tie = m_first; tie; tie = tie->nextObserver)
+    if (IObserver* only = m_observers.only()) observers.push_back(only);
+    for (const Observation* tie = m_observers.first(); tie; tie = tie->nextObserver)
         observers.push_back(tie->observer);
     return observers;
 }
 
+void Observation::tie(ISubject& subject, IObserver& observer)
+{
+    if (subject.m_observers.isNone() && observer.m_subjects.isNone()) {
+        subject.m_observers.setOnly(observer);
+        observer.m_subjects.setOnly(subject);
+        return;
+    }
+    if (IObserver* only = subject.m_observers.only()) {
+        untieOnly(subject, *only);
+        link(subject, *only);
+    }
+    if (ISubject* only = observer.m_subjects.only()) {
+        untieOnly(*only, observer);
+        link(*only, observer);
+    }
+    link(subject, observer);
+}
+
+void Observation::untie(ISubject& subject, IObserver& observer)
+{
+    if (subject.m_observers.only() == &observer)
+        untieOnly(subject, observer);
+    else if (Observation* tie = find(subject, observer))
+        cut(tie);
+}
+
+bool Observation::areTied(const ISubject& subject, const IObserver& observer)
+{
+    return subject.m_observers.only() == &observer || find(subject, observer);
+}
+
+void Observation::untieAll(ISubject& subject)
+{
+    if (IObserver* only = subject.m_observers.only()) untieOnly(subject, *only);
+    while (Observation* first = subject.m_observers.first())
+        cut(first);
+}
+
+void Observation::untieAll(IObserver& observer)
+{
+    if (ISubject* only = observer.m_subjects.only()) untieOnly(*only, observer);
+    while (Observation* first = observer.m_subjects.first())
+        cut(first);
+}
+
 Observation* Observation::find(const ISubject& subject, const IObserver& observer)
 {
-    Observation* ofSubject = subject.m_first;
-    Observation* ofObserver = observer.m_first;
+    Observation* ofSubject = subject.m_observers.first();
+    Observation* ofObserver = observer.m_subjects.first();
     while (ofSubject && ofObserver) {
         if (ofSubject->observer == &observer) return ofSubject;
         if (ofObserver->subject == &subject) return ofObserver;
@@ -107,20 +164,26 @@ Observation* Observation::find(const ISubject& subject, const IObserver& observe
     return nullptr;
 }
 
-void Observation::tie(ISubject& subject, IObserver& observer)
+void Observation::link(ISubject& subject, IObserver& observer)
 {
     auto* tie = new Observation;
     tie->subject = &subject;
     tie->observer = &observer;
-    append<&Observation::previousObserver, &Observation::nextObserver>(subject.m_first, tie);
-    append<&Observation::previousSubject, &Observation::nextSubject>(observer.m_first, tie);
+    append<&Observation::previousObserver, &Observation::nextObserver>(subject.m_observers, tie);
+    append<&Observation::previousSubject, &Observation::nextSubject>(observer.m_subjects, tie);
+}
+
+void Observation::untieOnly(ISubject& subject, IObserver& observer)
+{
+    subject.m_observers.setNone();
+    observer.m_subjects.setNone();
 }
 
 void Observation::cut(Observation* tie)
 {
     for (ISubject::Notification* run = ISubject::Notification::innermost; run; run = run->outer)
         run->skip(tie);
-    takeOut<&Observation::previousObserver, &Observation::nextObserver>(tie->subject->m_first, tie);
-    takeOut<&Observation::previousSubject, &Observation::nextSubject>(tie->observer->m_first, tie);
+    takeOut<&Observation::previousObserver, &Observation::nextObserver>(tie->subject->m_observers, tie);
+    takeOut<&Observation::previousSubject, &Observation::nextSubject>(tie->observer->m_subjects, tie);
     delete tie;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <framework/HostFramework_export.h>
+#include <framework/model/Ties.h>
 
 #include <vector>
 
@@ -31,5 +32,5 @@ public:
 private:
     friend struct Observation;
     struct Notification;
-    Observation* m_first = nullptr;
+    Ties<IObserver> m_observers;
 };

@@ -265,6 +265,66 @@ TEST(Subject, ObserverThatLeavesInANestedNotificationIsNotToldByTheOuterOne)
     EXPECT_EQ(told, "aa");
 }
 
+TEST(Subject, TwoThatHaveEachOtherOnlyMayFindOthersAndLoseThem)
+{
+    Subject subject, other;
+    Observer observer, second;
+    for (int round = 0; round < 2; ++round) {
+        subject.addObserver(&observer);
+        EXPECT_THAT(subject.getObservers(), ElementsAre(&observer));
+        EXPECT_THAT(observer.getSubjects(), ElementsAre(&subject));
+        subject.addObserver(&second);
+        EXPECT_THAT(subject.getObservers(), ElementsAre(&observer, &second));
+        EXPECT_THAT(observer.getSubjects(), ElementsAre(&subject));
+        other.addObserver(&observer);
+        EXPECT_THAT(observer.getSubjects(), ElementsAre(&subject, &other));
+        subject.removeObserver(&observer);
+        EXPECT_THAT(subject.getObservers(), ElementsAre(&second));
+        EXPECT_THAT(observer.getSubjects(), ElementsAre(&other));
+        subject.removeObserver(&second);
+        other.removeObserver(&observer);
+    }
+    subject.notifyObservers();
+    EXPECT_EQ(observer.calls + second.calls, 0);
+}
+
+TEST(Subject, TwoPairsMayBeTiedAcross)
+{
+    Subject subjects[2];
+    Observer observers[2];
+    subjects[0].addObserver(&observers[0]);
+    subjects[1].addObserver(&observers[1]);
+    subjects[0].addObserver(&observers[1]);
+    EXPECT_THAT(subjects[0].getObservers(), ElementsAre(&observers[0], &observers[1]));
+    EXPECT_THAT(subjects[1].getObservers(), ElementsAre(&observers[1]));
+    EXPECT_THAT(observers[1].getSubjects(), ElementsAre(&subjects[1], &subjects[0]));
+    for (Subject& subject : subjects)
+        subject.notifyObservers();
+    EXPECT_EQ(observers[0].calls, 1);
+    EXPECT_EQ(observers[1].calls, 2);
+}
+
+TEST(Subject, TheOnlyObserverMayGoAndBringOthersWhileItIsTold)
+{
+    auto subject = std::make_unique<Subject>();
+    Observer late;
+    Observer only([&] {
+        subject->addObserver(&late);
+        subject->removeObserver(&only);
+    });
+    subject->addObserver(&only);
+    subject->notifyObservers();
+    EXPECT_EQ(only.calls, 1);
+    EXPECT_EQ(late.calls, 0);
+    EXPECT_THAT(subject->getObservers(), ElementsAre(&late));
+    EXPECT_THAT(only.getSubjects(), IsEmpty());
+    Observer destroyer([&] { subject.reset(); });
+    subject->removeObserver(&late);
+    subject->addObserver(&destroyer);
+    subject->notifyObservers();
+    EXPECT_THAT(destroyer.getSubjects(), IsEmpty());
+}
+
 TEST(Subject, StaysUsableAfterAnObserverThrew)
 {
     Subject subject;
