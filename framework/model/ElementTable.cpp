@@ -1,7 +1,5 @@
 #include <framework/model/ElementTable.h>
 
-#include <algorithm>
-
 namespace {
 
 std::size_t placeOf(LONGID id, std::size_t span)
@@ -14,15 +12,16 @@ std::size_t placeOf(LONGID id, std::size_t span)
 CModelElement* ElementTable::find(LONGID id) const
 {
     const auto found = m_stretches.find(stretchOf(id));
-    return found == m_stretches.end() ? nullptr : found->second[placeOf(id, span)];
+    return found == m_stretches.end() ? nullptr : found->second.elements[placeOf(id, span)];
 }
 
 bool ElementTable::add(LONGID id, CModelElement& element)
 {
-    Stretch& stretch = m_stretches.emplace(stretchOf(id), Stretch{}).first->second;
-    CModelElement*& place = stretch[placeOf(id, span)];
+    Stretch& stretch = m_stretches[stretchOf(id)];
+    CModelElement*& place = stretch.elements[placeOf(id, span)];
     if (place) return false;
     place = &element;
+    ++stretch.count;
     return true;
 }
 
@@ -30,8 +29,8 @@ void ElementTable::remove(LONGID id)
 {
     const auto found = m_stretches.find(stretchOf(id));
     if (found == m_stretches.end()) return;
-    Stretch& stretch = found->second;
-    stretch[placeOf(id, span)] = nullptr;
-    if (std::all_of(stretch.begin(), stretch.end(), [](const CModelElement* element) { return !element; }))
-        m_stretches.erase(found);
+    CModelElement*& place = found->second.elements[placeOf(id, span)];
+    if (!place) return;
+    place = nullptr;
+    if (--found->second.count == 0) m_stretches.erase(found);
 }

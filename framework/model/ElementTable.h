@@ -11,7 +11,7 @@
 class CModelElement;
 
 /// Elements by identifier. Identifiers that follow one another, as most do, share an entry: an element takes
-/// some ten bytes.
+/// some ten bytes, and one that is far from all others 300.
 class HOSTFRAMEWORK_EXPORT ElementTable
 {
 public:
@@ -22,8 +22,13 @@ public:
     void remove(LONGID id);
 
 private:
-    static constexpr std::size_t span = 16;
-    using Stretch = std::array<CModelElement*, span>; // of identifiers that follow one another
+    static constexpr std::size_t span = 32;
+    /// Identifiers that follow one another.
+    struct Stretch
+    {
+        std::size_t count = 0; // of elements
+        std::array<CModelElement*, span> elements{};
+    };
 
     static std::uint64_t stretchOf(LONGID id) { return static_cast<std::uint64_t>(id) / span; }
 
