@@ -76,7 +76,6 @@ void CGraphics3dExtension::afterRemoveItems(const std::vector<CModelElement*>& e
                                             ElementRemovingContext&)
 {
     if (!m_scene) return;
-    m_scene->makeCurrent();
     for (const CModelElement* element : elements)
         m_scene->removeElement(element->getId());
 }
