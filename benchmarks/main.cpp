@@ -75,7 +75,13 @@ public:
         if (!m_isAnyRegistered) throw std::runtime_error("no benchmark has such a name");
         runRegistered(program);
         if (m_options.checks) tellOtherMachine();
-        const QStringList findings = ResultTable::findings(m_results, m_recorded);
+        QStringList findings = ResultTable::findings(m_results, m_recorded);
+        if (m_options.checks) {
+            for (const QString& name : ResultTable::unrecorded(m_results, m_recorded))
+                std::fprintf(stderr, "no record of %s\n", qPrintable(name));
+            if (!ResultTable::isAnyCompared(m_results, m_recorded))
+                findings << QStringLiteral("nothing was compared");
+        }
         for (const QString& line : findings)
             std::fprintf(stderr, "%s\n", qPrintable(line));
         if (m_options.writes && !findings.empty()) std::fprintf(stderr, "nothing is recorded\n");

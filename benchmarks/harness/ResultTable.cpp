@@ -2,6 +2,7 @@
 
 #include <QtCore/QLocale>
 
+#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -14,6 +15,11 @@ constexpr double tolerance = 1.1;
 QString sizeText(qint64 size)
 {
     return QLocale(QLocale::English).toString(size);
+}
+
+QString nameOf(const Result& result)
+{
+    return QStringLiteral("%1/%2").arg(result.key).arg(result.size);
 }
 
 /// Three digits that count.
@@ -85,15 +91,21 @@ struct Growth
     std::map<qint64, const Result*> bySize;
 };
 
-/// The power of the number of items that the whole time grows by from the second-largest size to the largest:
-/// 1 is linear.
-QString powerText(const Growth& growth)
+/// The power of the number of items that the whole time grows by from one size to another: 1 is linear.
+QString powerText(const Result& from, const Result& to)
 {
-    if (growth.bySize.size() < 2) return none;
-    const auto last = std::prev(growth.bySize.end()), before = std::prev(last);
-    const double itemTimes = last->second->processor.ours / before->second->processor.ours;
-    const double sizes = static_cast<double>(last->first) / static_cast<double>(before->first);
+    const double itemTimes = to.processor.ours / from.processor.ours;
+    const double sizes = static_cast<double>(to.size) / static_cast<double>(from.size);
     return ratioText(1.0 + std::log(itemTimes) / std::log(sizes));
+}
+
+/// From the smallest size to the largest, and from the last but one.
+QStringList powerTexts(const Growth& growth)
+{
+    if (growth.bySize.size() < 2) return {none, none};
+    const auto last = std::prev(growth.bySize.end()), before = std::prev(last);
+    return {powerText(*growth.bySize.begin()->second, *last->second),
+            powerText(*before->second, *last->second)};
 }
 
 QString growthTable(const std::vector<Result>& results)
@@ -114,7 +126,10 @@ QString growthTable(const std::vector<Result>& results)
         head << sizeText(entry.first);
         rule << "--:";
     }
-    QString text = '\n' + row(head << "power") + row(rule << "--:").remove(' ');
+    head << QStringLiteral("power") << QStringLiteral("of the last step");
+    rule << "--:";
+    rule << "--:";
+    QString text = '\n' + row(head) + row(rule).remove(' ');
     for (const QString& key : order) {
         const Growth& growth = all[key];
         QStringList texts = {key, growth.work};
@@ -126,7 +141,7 @@ QString growthTable(const std::vector<Result>& results)
                 texts << (found->second->processor.ours > 0.0 ? numberText(found->second->processor.ours)
                                                               : verdict(*found->second));
         }
-        text += row(texts << powerText(growth));
+        text += row(texts << powerTexts(growth));
     }
     return text;
 }
@@ -135,7 +150,7 @@ QString growthTable(const std::vector<Result>& results)
 
 QString ResultTable::line(const Result& result)
 {
-    const QString name = QStringLiteral("%1/%2").arg(result.key).arg(result.size).leftJustified(16);
+    const QString name = nameOf(result).leftJustified(16);
     if (result.kind != Result::Paired) {
         const QString value = numberText(result.processor.ours) + ' ' + result.unit;
         return name + value.rightJustified(12) + "  " + verdict(result) + "  " + result.work;
@@ -191,11 +206,26 @@ bool ResultTable::isAbove(const Result& result, const Figures& recorded)
     return isCompared(result) && entry != recorded.end() && result.figure() > tolerance * entry->second;
 }
 
+QStringList ResultTable::unrecorded(const std::vector<Result>& results, const Figures& recorded)
+{
+    QStringList names;
+    for (const Result& result : results)
+        if (isCompared(result) && recorded.count({result.key, result.size}) == 0) names << nameOf(result);
+    return names;
+}
+
+bool ResultTable::isAnyCompared(const std::vector<Result>& results, const Figures& recorded)
+{
+    return std::any_of(results.begin(), results.end(), [&recorded](const Result& result) {
+        return isCompared(result) && recorded.count({result.key, result.size}) != 0;
+    });
+}
+
 QStringList ResultTable::findings(const std::vector<Result>& results, const Figures& recorded)
 {
     QStringList lines;
     for (const Result& result : results) {
-        const QString name = QStringLiteral("%1/%2").arg(result.key).arg(result.size);
+        const QString name = nameOf(result);
         if (!result.problem.isEmpty())
             lines << name + ": " + result.problem;
         else if (isAbove(result, recorded))

@@ -33,4 +33,7 @@ public:
     /// something wrong.
     static QStringList findings(const std::vector<Result>& results, const Figures& recorded);
     static bool isAbove(const Result& result, const Figures& recorded);
+    /// The names of results that would be compared, had the table a figure of them.
+    static QStringList unrecorded(const std::vector<Result>& results, const Figures& recorded);
+    static bool isAnyCompared(const std::vector<Result>& results, const Figures& recorded);
 };

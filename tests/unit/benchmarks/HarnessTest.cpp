@@ -155,12 +155,33 @@ TEST(ResultTableTest, GoalsAreMetOrMissed)
     EXPECT_TRUE(documentWith({pairedResult("B1", 1000, 1.2)}).contains("| 1.10 | missed |"));
 }
 
-TEST(ResultTableTest, GrowthTellsThePowerOfTheLastStep)
+TEST(ResultTableTest, GrowthTellsThePowersOfAllStepsAndOfTheLastOne)
 {
-    // ten times the items, each in twice the time: the whole takes 20 times as long, 10 to the power 1.30
+    // ten times the items, each in twice the time: the whole takes 20 times as long, 10 to the power 1.30;
+    // a hundred times the items, each in two thirds of the time: 66.7 times as long, 100 to the power 0.91
     const QString table = documentWith({growthResult("drawn", 1000, 9.0), growthResult("drawn", 10000, 3.0),
                                         growthResult("drawn", 100000, 6.0)});
-    EXPECT_TRUE(table.contains("| drawn |  | 9.00 | 3.00 | 6.00 | 1.30 |")) << qPrintable(table);
+    EXPECT_TRUE(table.contains("| 100,000 | power | of the last step |")) << qPrintable(table);
+    EXPECT_TRUE(table.contains("|---|---|--:|--:|--:|--:|--:|")) << qPrintable(table);
+    EXPECT_TRUE(table.contains("| drawn |  | 9.00 | 3.00 | 6.00 | 0.91 | 1.30 |")) << qPrintable(table);
+}
+
+TEST(ResultTableTest, OneSizeHasNoPower)
+{
+    const QString table = documentWith({growthResult("drawn", 1000, 9.0)});
+    EXPECT_TRUE(table.contains("| drawn |  | 9.00 | – | – |")) << qPrintable(table);
+}
+
+TEST(ResultTableTest, WhatHasNoRecordIsNamed)
+{
+    const ResultTable::Figures recorded = {{{"B1", 1000}, 1.0}};
+    const std::vector<Result> results = {pairedResult("B1", 1000, 1.0), pairedResult("B1", 10000, 1.0),
+                                         growthResult("drawn", 1000, 9.0), memoryResult(700.0)};
+    EXPECT_EQ(ResultTable::unrecorded(results, recorded), QStringList({"B1/10000", "M/100000"}));
+    EXPECT_TRUE(ResultTable::isAnyCompared(results, recorded));
+    EXPECT_FALSE(ResultTable::isAnyCompared({results.begin() + 1, results.end()}, recorded));
+    EXPECT_FALSE(ResultTable::isAnyCompared({growthResult("B1", 1000, 1.0)}, recorded))
+        << "times are the machine's";
 }
 
 TEST(ResultTableTest, OnlyWhatIsMoreThanATenthAboveIsAFinding)
