@@ -1,7 +1,8 @@
 #include <benchmarks/works/growthWorks.h>
 
 #include <benchmarks/harness/residentBytes.h>
-#include <benchmarks/scene/LineElement.h>
+#include <benchmarks/plain/PlainBlocks.h>
+#include <benchmarks/scene/LineItem.h>
 #include <benchmarks/works/addElements.h>
 #include <benchmarks/works/selectWorks.h>
 
@@ -41,6 +42,7 @@ public:
         build();
         std::shuffle(m_elements.begin(), m_elements.end(), std::mt19937(5));
         time("removed-at-random", "removed, in any order", 1, [this] { removeAll(); });
+        measurePlain();
         return std::move(m_results);
     }
 
@@ -58,6 +60,21 @@ private:
         result.processor.ours *= perItem;
         result.wall.ours *= perItem;
         m_results.push_back(result);
+    }
+
+    /// How removing grows where there is next to nothing to do: what memory itself takes.
+    void measurePlain()
+    {
+        using Blocks = PlainBlocks<sizeof(LineElement), sizeof(LineItem)>;
+        Blocks blocks(m_set.lines.size());
+        std::vector<LONGID> ids = blocks.ids();
+        std::reverse(ids.begin(), ids.end());
+        time("plain-last-first",
+             "for scale: plain blocks of as many bytes, kept by identifier, the last one first", 1,
+             [&] { blocks.remove(ids); });
+        blocks = Blocks(m_set.lines.size());
+        std::shuffle(ids.begin(), ids.end(), std::mt19937(5));
+        time("plain-at-random", "for scale: these in any order", 1, [&] { blocks.remove(ids); });
     }
 
     void build()
