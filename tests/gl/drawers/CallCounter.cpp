@@ -4,7 +4,10 @@
 #include <QtGui/QOpenGLFunctions>
 
 #include <cstdlib>
+#include <cstring>
 #include <new>
+
+#include <dlfcn.h>
 
 // What Qt has for tools that look at programs; its header is not installed with the others.
 struct QSignalSpyCallbackSet
@@ -36,6 +39,54 @@ void operator delete(void* place) noexcept
 void operator delete(void* place, std::size_t) noexcept
 {
     std::free(place);
+}
+
+// What the libraries take from the C library directly, as Qt's containers do; what the driver takes does not
+// count. Sanitizers have allocation functions of their own.
+static int plainAllocationCount = 0;
+static thread_local bool isCounting = false;
+#if defined(__GLIBC__) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+#define COUNTS_PLAIN_ALLOCATIONS
+
+static void countPlain(const void* caller)
+{
+    if (!isCounting) return;
+    Dl_info info{};
+    if (dladdr(caller, &info) == 0 || !info.dli_fname) return;
+    for (const char* library : {"libViewer3dModule", "libHostFramework", "libQt5"})
+        plainAllocationCount += std::strstr(info.dli_fname, library) != nullptr;
+}
+
+extern "C" {
+void* __libc_malloc(std::size_t size);
+void* __libc_calloc(std::size_t count, std::size_t size);
+void* __libc_realloc(void* place, std::size_t size);
+
+void* malloc(std::size_t size) noexcept
+{
+    countPlain(__builtin_return_address(0));
+    return __libc_malloc(size);
+}
+void* calloc(std::size_t count, std::size_t size) noexcept
+{
+    countPlain(__builtin_return_address(0));
+    return __libc_calloc(count, size);
+}
+void* realloc(void* place, std::size_t size) noexcept
+{
+    countPlain(__builtin_return_address(0));
+    return __libc_realloc(place, size);
+}
+}
+#endif
+
+bool CallCounter::countsPlainAllocations()
+{
+#ifdef COUNTS_PLAIN_ALLOCATIONS
+    return true;
+#else
+    return false;
+#endif
 }
 
 namespace {
@@ -187,6 +238,7 @@ CallCounter::CallCounter(OpenGLFunctions& gl)
 #undef COUNT_AS
     countPrograms();
     qt_register_signal_spy_callbacks(&signalCallbacks);
+    isCounting = true;
     reset();
 }
 
@@ -216,6 +268,7 @@ void CallCounter::countPrograms()
 
 CallCounter::~CallCounter()
 {
+    isCounting = false;
     qt_register_signal_spy_callbacks(nullptr);
     for (const auto& undo : m_undo)
         undo();
@@ -236,6 +289,11 @@ int CallCounter::allocations() const
     return allocationCount - firstAllocation;
 }
 
+int CallCounter::plainAllocations() const
+{
+    return plainAllocationCount;
+}
+
 int CallCounter::signalCount() const
 {
     return emittedCount;
@@ -244,6 +302,7 @@ int CallCounter::signalCount() const
 void CallCounter::reset()
 {
     firstAllocation = allocationCount;
+    plainAllocationCount = 0;
     emittedCount = 0;
     callCount = 0;
     queryCount = 0;

@@ -22,8 +22,14 @@ public:
     int calls() const;       ///< of all kinds
     int queries() const;     ///< glGet and the like
     int allocations() const; ///< by new
+    /// By Qt, the framework and the module from the C library directly; none are counted where a sanitizer
+    /// has its functions.
+    int plainAllocations() const;
     int signalCount() const; ///< of all objects
     void reset();
+
+    /// False where a sanitizer has the C library's functions.
+    static bool countsPlainAllocations();
 
 private:
     void countPrograms();

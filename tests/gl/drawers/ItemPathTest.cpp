@@ -174,12 +174,24 @@ private:
         drawer.draw(context, {});
         CallCounter counter(*gl);
         drawer.draw(context, {});
-        return {double(counter.calls()), double(counter.queries()), double(counter.allocations()),
-                double(counter.signalCount())};
+        return {double(counter.calls()), double(counter.queries()),
+                double(counter.allocations() + counter.plainAllocations()), double(counter.signalCount())};
     }
 
     std::unique_ptr<RenderTarget> m_target;
 };
+
+TEST_F(ItemPathTest, AllocationsOfAllKindsAreCounted)
+{
+    const CallCounter counter(*gl);
+    EXPECT_EQ(counter.allocations() + counter.plainAllocations(), 0);
+    const auto number = std::make_unique<int>(1);
+    EXPECT_EQ(counter.allocations(), 1);
+    EXPECT_EQ(counter.plainAllocations(), 0);
+    const QVector<int> numbers(10);
+    EXPECT_EQ(counter.plainAllocations(), CallCounter::countsPlainAllocations() ? 1 : 0);
+    EXPECT_EQ(*number + numbers[0], 1);
+}
 
 // The matrix, the colour, the identifier, the draw call.
 TEST_F(ItemPathTest, ALineCostsFourCalls)
