@@ -15,6 +15,7 @@ in a version that goes with the rest of what it links, LGPL-3 and Apache-2.0, wh
 Prints each package with its licence, one line a finding, and exits with 1 when there is a finding. Libraries that are
 opened while a program runs (OpenGL drivers, Qt's platform plug-ins) belong to the machine and are not read.
 """
+import functools
 import re
 import subprocess
 import sys
@@ -35,17 +36,21 @@ class LicenceError(Exception):
     """The table cannot be used."""
 
 
+@functools.lru_cache(maxsize=None)
+def owner_of_any(names):
+    """The package that has a file of one of these names, or None. One question for all names: each reads every list."""
+    answer = subprocess.run(["dpkg-query", "-S", *names], capture_output=True, text=True, check=False)
+    owners = dict(reversed(line.rsplit(": ", 1)) for line in answer.stdout.splitlines() if ": " in line)
+    return next((owners[name].split(":")[0] for name in names if name in owners), None)
+
+
 class Debian:
     """Packages and their copyright files, as installed on this machine."""
 
     def owner(self, path):
         """The package that a file belongs to, or None."""
         real = str(Path(path).resolve())
-        for name in (real, re.sub(r"^/usr/", "/", real), str(path)):
-            answer = subprocess.run(["dpkg-query", "-S", name], capture_output=True, text=True, check=False)
-            if answer.returncode == 0:
-                return answer.stdout.split(":")[0]
-        return None
+        return owner_of_any((real, re.sub(r"^/usr/", "/", real), str(path)))
 
     def copyright(self, package):
         """The text of a package's copyright file, or None."""

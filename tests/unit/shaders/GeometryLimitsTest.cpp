@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <map>
+#include <utility>
 
 // What every OpenGL 4.3 driver takes of the stages before the fragments: for one, an invocation of a geometry
 // stage writes 256 vertices and 1024 components, all outputs counted. Drivers that offer more accept sources
@@ -170,14 +171,25 @@ protected:
     template <typename Use>
     static int forEachStage(const QString& kind, Use use)
     {
-        std::vector<StageVariant> wanted;
-        for (const StageVariant& variant : shader_sources::stageVariants())
-            if (kindOf(variant.name) == kind) wanted.push_back(variant);
-        const QStringList sources = preprocessedByGlsl(wanted);
-        EXPECT_EQ(static_cast<std::size_t>(sources.size()), wanted.size());
-        for (int i = 0; i < sources.size() && i < static_cast<int>(wanted.size()); ++i)
-            use(wanted[static_cast<std::size_t>(i)], sources[i]);
+        const auto& [stages, sources] = stagesOf(kind);
+        EXPECT_EQ(static_cast<std::size_t>(sources.size()), stages.size());
+        for (int i = 0; i < sources.size() && i < static_cast<int>(stages.size()); ++i)
+            use(stages[static_cast<std::size_t>(i)], sources[i]);
         return sources.size();
+    }
+
+private:
+    /// The stages of a kind and their sources after the GLSL preprocessor, which takes a second for many.
+    static const std::pair<std::vector<StageVariant>, QStringList>& stagesOf(const QString& kind)
+    {
+        static std::map<QString, std::pair<std::vector<StageVariant>, QStringList>> known;
+        const auto [entry, isNew] = known.try_emplace(kind);
+        auto& [stages, sources] = entry->second;
+        if (!isNew) return entry->second;
+        for (const StageVariant& variant : shader_sources::stageVariants())
+            if (kindOf(variant.name) == kind) stages.push_back(variant);
+        sources = preprocessedByGlsl(stages);
+        return entry->second;
     }
 };
 
