@@ -1,5 +1,6 @@
 #include "ShapeTest.h"
 
+#include <array>
 #include <cmath>
 
 // Spheres and cylinders that the graphics processor makes of one point.
@@ -31,14 +32,28 @@ protected:
             if (std::abs(ray.from.z + (-b + sign * std::sqrt(root)) / a * ray.along.z) <= 1.0) return true;
         return false;
     }
-    static Ray rayThrough(const glm::dmat4& pixelToShape, double x, double y)
+    /// The rays through places of the picture, of which eight a pixel are asked for.
+    class Rays
     {
-        const glm::dvec4 clip(2.0 * x / Width - 1.0, 1.0 - 2.0 * y / Height, -1.0, 1.0);
-        const glm::dvec4 near = pixelToShape * clip;
-        const glm::dvec4 far = pixelToShape * (clip + glm::dvec4(0.0, 0.0, 2.0, 0.0));
-        const glm::dvec3 from = glm::dvec3(near) / near.w;
-        return {from, glm::dvec3(far) / far.w - from};
-    }
+    public:
+        explicit Rays(const glm::dmat4& pixelToShape)
+            : m_corner(pixelToShape * glm::dvec4(-1.0, 1.0, -1.0, 1.0))
+            , m_right(pixelToShape[0] * (2.0 / Width))
+            , m_down(pixelToShape[1] * (-2.0 / Height))
+            , m_depth(pixelToShape[2] * 2.0)
+        {
+        }
+        Ray through(double x, double y) const
+        {
+            const glm::dvec4 near = m_corner + x * m_right + y * m_down;
+            const glm::dvec4 far = near + m_depth;
+            const glm::dvec3 from = glm::dvec3(near) / near.w;
+            return {from, glm::dvec3(far) / far.w - from};
+        }
+
+    private:
+        glm::dvec4 m_corner, m_right, m_down, m_depth;
+    };
     /// Checks that what is drawn ends where the outline of the shape does, within a pixel: pixels that lie
     /// inside with all that is within a pixel of them are drawn, and those of which all of that lies outside
     /// are not.
@@ -47,14 +62,18 @@ protected:
     {
         const glm::dmat4 toShape =
             glm::inverse(glm::dmat4(context.projection) * glm::dmat4(context.view) * model);
+        const Rays rays(toShape);
+        std::array<glm::dvec2, 8> circle;
+        for (std::size_t i = 0; i < circle.size(); ++i) {
+            const double angle = double(i) * 0.25 * 3.14159265358979;
+            circle[i] = glm::dvec2(0.5 + std::cos(angle), 0.5 + std::sin(angle));
+        }
         int inside = 0, wrong = 0;
         for (int y = 0; y < Height; ++y)
             for (int x = 0; x < Width; ++x) {
                 int hit = 0;
-                for (int i = 0; i < 8; ++i) {
-                    const double angle = i * 0.25 * 3.14159265358979;
-                    hit += hits(rayThrough(toShape, x + 0.5 + std::cos(angle), y + 0.5 + std::sin(angle)));
-                }
+                for (const glm::dvec2& way : circle)
+                    hit += hits(rays.through(x + way.x, y + way.y));
                 if (hit != 0 && hit != 8) continue;
                 inside += hit == 8;
                 wrong += isInked(image.pixel(x, y)) != (hit == 8);
