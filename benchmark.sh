@@ -2,8 +2,8 @@
 # ./benchmark.sh [--quick] [--filter REGEX] [--check | --write | --alone ours|plain]: measures the scene beside
 # hand-written OpenGL that does the same, and prints a line for each workload and size. --quick: fewer sizes and runs,
 # two minutes in all; --filter: those whose names, such as B1/1000, match in a part; --check: fails, naming it, where
-# something is more than a tenth above what docs/performance.md records; --write: records a whole run there; --alone:
-# one of the two sides only, for a profiler.
+# something is more than a tenth above what docs/performance.md records, and where nothing that runs is recorded;
+# --write: records a whole run there; --alone: one of the two sides only, for a profiler.
 set -euo pipefail
 root=$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")
 . "$root/cmake/steps.sh"
