@@ -5,7 +5,46 @@
 #include <Viewer3dModule/drawers/PolygonModeDrawer.h>
 #include <Viewer3dModule/shaders/Uniforms.h>
 
+#include <QtCore/QVariant>
 #include <QtGui/QOpenGLShaderProgram>
+
+namespace {
+
+struct SphereUniforms
+{
+    int tessLevelOuter, tessLevelInner, textureScale, textureShift;
+
+    /// Asks a program of buildShaderProgram or a variant once: nobody links it again.
+    static SphereUniforms of(QOpenGLShaderProgram& program);
+};
+
+/// Belongs to a program that stays as it is.
+class KnownSphereUniforms : public QObject
+{
+public:
+    KnownSphereUniforms(QOpenGLShaderProgram& program, const SphereUniforms& known)
+        : QObject(&program)
+        , uniforms(known)
+    {
+    }
+    const SphereUniforms uniforms;
+};
+
+SphereUniforms SphereUniforms::of(QOpenGLShaderProgram& program)
+{
+    const char* const property = "sphere_uniforms";
+    if (const auto* known = static_cast<KnownSphereUniforms*>(program.property(property).value<void*>()))
+        return known->uniforms;
+    const SphereUniforms uniforms = {
+        program.uniformLocation("uTessLevelOuter"), program.uniformLocation("uTessLevelInner"),
+        program.uniformLocation("uTextureK"), program.uniformLocation("uTextureB")};
+    const bool isOurs = program.property("numbers_vertices").isValid();
+    if (isOurs && program.isLinked())
+        program.setProperty(property, QVariant::fromValue<void*>(new KnownSphereUniforms(program, uniforms)));
+    return uniforms;
+}
+
+} // namespace
 
 DrawerShaderSphereCube::DrawerShaderSphereCube(DrawableShaderSphere* owner)
     : sphere(owner)
@@ -26,15 +65,16 @@ void DrawerShaderSphereCube::draw(const PaintContext& context)
     OpenGLFunctions* gl = currentGLFunctions();
     QOpenGLShaderProgram* program = context.program;
     if (!gl || !program) return;
-    uniforms::set(*gl, program->uniformLocation("uTessLevelOuter"), tessLevelOuter);
-    uniforms::set(*gl, program->uniformLocation("uTessLevelInner"), tessLevelInner);
+    const SphereUniforms locations = SphereUniforms::of(*program);
+    uniforms::set(*gl, locations.tessLevelOuter, tessLevelOuter);
+    uniforms::set(*gl, locations.tessLevelInner, tessLevelInner);
     // The texture begins at the height of the top, from the lower pole 0 to the upper one 1, and ends at that
     // of the bottom.
     const float top = (textureFovTop + 1.0f) / 2.0f;
     const float bottom = (textureFovBottom + 1.0f) / 2.0f;
     const float slope = -1.0f / (top - bottom);
-    uniforms::set(*gl, program->uniformLocation("uTextureK"), slope);
-    uniforms::set(*gl, program->uniformLocation("uTextureB"), -top * slope);
+    uniforms::set(*gl, locations.textureScale, slope);
+    uniforms::set(*gl, locations.textureShift, -top * slope);
     const PolygonModeScope mode(*gl, context, wireMode ? GL_LINE : GL_FILL);
     const shader_shape::PointBinding point(*gl, context, m_vertexBuffer);
     gl->glPatchParameteri(GL_PATCH_VERTICES, 1);

@@ -74,8 +74,9 @@ VIEWER3DMODULE_EXPORT bool mayReadRecords(QOpenGLShaderProgram& program);
 /// does not stay for the next one, but for these, which he sets anew.
 VIEWER3DMODULE_EXPORT QOpenGLShaderProgram&
 beginProgramVariant(QOpenGLShaderProgram& program, ProgramVariant variant, const OwnUniforms& own = {});
-/// Gives the uniforms that items set (not item_flags and item_id) in a variant that was begun without them
-/// the values that they have in its program. The variant is in use; a program that is no variant has its own.
+/// Gives the uniforms that items set (not what is set for every one of them) in a variant that was begun
+/// without them the values that they have in its program. The variant is in use; a program that is no variant
+/// has its own.
 VIEWER3DMODULE_EXPORT void takeItemUniforms(QOpenGLShaderProgram& variant);
 
 /// Whether a variant shows alphas as items and vertices have them, none of which is 0.

@@ -133,12 +133,14 @@ UniformCopy::Owner UniformCopy::ownerOf(const std::string& name, bool hasLight)
         "fence_outer_box",  "fence_ends",          "fence_count",
         "fence_from_scene", "item_index",          "selection_rect",
         "first_item",       "sphere_fence_center", "sphere_fence_radius"};
+    static const std::set<std::string> ofEachItem = {"item_flags",      "item_id",   "uTessLevelOuter",
+                                                     "uTessLevelInner", "uTextureK", "uTextureB"};
     static const std::set<std::string> ofItems = {
         "glue_mask",  "item_color", "pen_width",     "u_dashSize",          "u_gapSize", "u_resolution",
         "uColorMode", "uTexture0",  "uMaterialMode", "filled_texture_back", "offset",    "uTexture",
         "uTexTop",    "uTexBottom", "uTexLeft",      "uTexRight",           "tex",       "uWireMode"};
     if (ofPasses.count(name) != 0) return Owner::Pass;
-    if (name == "item_flags" || name == "item_id") return Owner::Identity;
+    if (ofEachItem.count(name) != 0) return Owner::EachItem;
     // Without a direction no pass sets whether there is light at all, see Item3dDrawer.
     const bool isOfLight = name == "uLightDirection" || name == "uLightMode";
     if (isOfLight && hasLight) return Owner::Light;
@@ -196,7 +198,7 @@ void UniformCopy::begin(OpenGLFunctions& gl, QOpenGLShaderProgram* program, cons
     for (const Uniform& uniform : m_uniforms) {
         if (uniform.owner == Owner::Pass && own.pass) continue;
         if (uniform.owner == Owner::Light && own.light) continue;
-        const bool isOfItem = uniform.owner == Owner::Item || uniform.owner == Owner::Identity;
+        const bool isOfItem = uniform.owner == Owner::Item || uniform.owner == Owner::EachItem;
         if (isOfItem && own.items)
             setFirst(gl, uniform);
         else

@@ -34,8 +34,8 @@ public:
     void takeItems(OpenGLFunctions& gl, QOpenGLShaderProgram* program);
 
 private:
-    /// Who sets a uniform; Identity: whoever draws an item, for it.
-    enum class Owner { Pass, Light, Identity, Item, Host };
+    /// Who sets a uniform; EachItem: the drawer or the shape, for every item.
+    enum class Owner { Pass, Light, EachItem, Item, Host };
     struct Uniform
     {
         std::string name; ///< needed until the program is known
