@@ -53,6 +53,6 @@ private:
     std::array<Source, LocationCount> m_sources;
     unsigned int m_indices = 0;
     bool m_offsetsFills = false;
-    bool m_hasFills = true; // off: polygon offset is off meanwhile
+    bool m_hasFills = true;        ///< false: polygon offset is off meanwhile
     std::uint32_t m_deletions = 0; // of buffers, when the sources were set
 };

@@ -53,8 +53,8 @@ struct VIEWER3DMODULE_EXPORT PaintContext
     /// as all that it draws is opaque (Drawable3dItem::isOpaque): pictures are the same, and cost less.
     /// False: drawers leave it as it is.
     bool blends = false;
-    /// Whether polygon offset is switched on for fills, and a drawer may switch it off for as long as it draws
-    /// lines and points by the module's primitives (Drawable3dItem::drawsByPrimitives): likewise.
+    /// Whether polygon offset is switched on for fills, and a drawer may switch it off for as long as it
+    /// draws lines and points by the module's primitives (Drawable3dItem::drawsByPrimitives): likewise.
     bool offsetsFills = false;
 
     /// Sets viewportRect and, from it, viewport. Everybody who fills a context uses this.
