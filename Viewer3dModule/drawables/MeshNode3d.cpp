@@ -21,8 +21,7 @@ namespace {
 const QColor defaultColor(200, 200, 200);
 constexpr float lineWidth = 1.0f; // pixels
 
-// What a program for large surfaces spares a triangle is 5 to 10 ns, what it takes more for another look 6
-// us.
+// A program for large surfaces spares a triangle 5 to 10 ns, and takes 5 us more for another look.
 constexpr std::size_t leastTrianglesOfLargePart = 10000;
 
 struct Kind
