@@ -3,8 +3,6 @@
 #include "tests/gl/fences/FencedScene.h"
 #include "tests/gl/selection/KindsOfItems.h"
 
-#include <Viewer3dModule/drawables/IconTexture.h>
-
 #include <memory>
 #include <vector>
 
