@@ -107,10 +107,11 @@ public:
     /// at first.
     bool isUnlit() const { return m_promises.isUnlit; }
     void setUnlit(bool unlit) { m_promises.isUnlit = unlit; }
-    /// Whether the item promises to draw triangles and nothing else, thousands of them for each change of its
-    /// look. A pass over such items takes a program that spares each triangle a little, at some microseconds
-    /// for each look. Where a host shows triangles by their corners (GL_POINT), these are as large as
-    /// OpenGL's own points, at first 1 pixel. False at first.
+    /// Whether the item promises to draw triangles and nothing else, all of them lit where the view is, and
+    /// thousands for each change of its look. A lit pass over such items, none of which is highlighted, takes
+    /// a program that spares each triangle a little, at some microseconds for each look. Where a host shows
+    /// triangles by their corners (GL_POINT), these are as large as OpenGL's own points, at first 1 pixel.
+    /// False at first.
     bool isLargeSurface() const { return m_promises.isLargeSurface; }
     void setLargeSurface(bool large) { m_promises.isLargeSurface = large; }
     /// Whether the item promises that none of its fragments is left out for its colour: unless it is

@@ -41,7 +41,7 @@ public:
     bool showsItemColors() const override;
     bool isUntextured() const override;
     bool isUnlit() const override;
-    /// Of at least 10,000 triangles a part.
+    /// Of at least 10,000 triangles a part, on average.
     bool isLargeSurface() const override;
     bool drawsByPrimitives() const override { return true; }
 

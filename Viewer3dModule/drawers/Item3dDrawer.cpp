@@ -257,6 +257,12 @@ bool Item3dDrawer::hasLight() const
     return m_scene && Scene3dViewLightingSettings::find(m_scene->getModel());
 }
 
+bool Item3dDrawer::isLit(const PaintContext& context) const
+{
+    const auto* settings = m_scene ? Scene3dViewLightingSettings::find(m_scene->getModel()) : nullptr;
+    return settings && settings->getView(context.viewName).flag;
+}
+
 // The light depends on the view only, so it is found once a pass and not with every model matrix.
 void Item3dDrawer::findLight(const PaintContext& context)
 {

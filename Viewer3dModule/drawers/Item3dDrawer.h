@@ -74,6 +74,9 @@ public:
     void setItemParameters(const Drawable3dItem* item, const PaintContext& context);
     /// Sets "pen_width" (pixels).
     void setPenWidth(float width);
+    /// Whether the settings of the project say that the light of the pass's view is on; false without
+    /// settings, where hosts tell by uniforms.
+    bool isLit(const PaintContext& context) const;
     /// Sets "uLightMode" to whether the view's light is on and the caller wants it. It holds until the next
     /// model matrix is set, which switches it back to the view's.
     void setShaderLightMode(bool on);

@@ -155,13 +155,14 @@ Looks looksOf(const std::vector<Drawable3dItem*>& items)
     return {areItemColors ? ProgramColors::VisibleItems : ProgramColors::VisibleVertices, areOpaque};
 }
 
-// One small item, and the many others would not pay for what it takes.
+// One small item, and the many others would not pay for what it takes. Who is highlighted, or not lit, the
+// program does not ask.
 bool areLargeSurfaces(const std::vector<Drawable3dItem*>& items)
 {
     bool isAnyDrawn = false;
     for (const Drawable3dItem* item : items) {
         if (!item->isVisible()) continue;
-        if (!item->isLargeSurface()) return false;
+        if (!item->isLargeSurface() || item->isHighlighted()) return false;
         isAnyDrawn = true;
     }
     return isAnyDrawn;
@@ -292,7 +293,7 @@ void SequentialItem3dDrawer::drawItems(const PaintContext& context, const Filter
         looks = looksOf(getItems());
         setProgramColors(looks.colors);
         setUnlit(areUnlit(getItems()));
-        areLarge = areLargeSurfaces(getItems());
+        areLarge = isLit(context) && areLargeSurfaces(getItems());
         setLargeSurfaces(areLarge);
     }
     const bool canDraw = beginPass(pass);

@@ -9,7 +9,8 @@
 /// In geometry capture the vertices, transformed to scene coordinates, go to the transform-feedback buffer
 /// that the caller bound. Of a fence only those items are aware whose boxes it cuts: the others are left out,
 /// or drawn before these as if there were none. A pass for depths alone draws solid items first, with the
-/// scene's depth program where that stands for the default one.
+/// scene's depth program where that stands for the default one. While dashes are drawn the first vertex of
+/// each segment provokes; afterwards that does which did so when dashes were first drawn in the context.
 class VIEWER3DMODULE_EXPORT SequentialItem3dDrawer : public Item3dDrawer
 {
 public:

@@ -341,10 +341,10 @@ MUTATIONS = [
         "what less is handed on", "mesh.fragment", "gl_drawers",
         ("light in alpha", "item.color.a >= 0.0", "item.color.a < 0.0"),
         ("alpha without the light", "abs(item.color.a)", "item.color.a"),
-        ("flags of large surfaces", "OWN_FLAGS item_flags", "OWN_FLAGS item_normal_flag"),
+        ("flags of large surfaces", "OWN_FLAGS item_normal_flag", "OWN_FLAGS item_invisible_flag"),
         ("colour modes of large surfaces", "OWN_COLOR_MODE uColorMode", "OWN_COLOR_MODE 0"),
-        ("colour of large surfaces", "colorFromFlags(item_flags, item_color, selection_color)", "item_color"),
-        ("light of large surfaces", "IS_LIT uLightMode", "IS_LIT true"),
+        ("colour of large surfaces", "ITEM_COLOR item_color", "ITEM_COLOR selection_color"),
+        ("light of large surfaces", "IS_LIT true", "IS_LIT false"),
     ),
     *changes(
         "colours by height", "common.vertex", "gl_elevation",

@@ -6,8 +6,8 @@
 // what is not read is not interpolated either, and drivers that run both sides of a condition are spared one. With
 // RX_NO_MATERIALS none has a material. With RX_VISIBLE_ITEMS_ONLY besides, see SelectionMode.glsl. With
 // RX_LIGHT_IN_ALPHA and RX_VERTEX_STAGE_COLORS the vertex stage hands less on, see common.vertex.glsl. With
-// RX_LARGE_SURFACES it hands on nothing that is the item's own: items are few for their triangles, and what one has of
-// its own is read here.
+// RX_LARGE_SURFACES it hands on nothing that is the item's own: items are few for their triangles, and the colour of one
+// and its mode are read here. All of them are lit, and none is highlighted.
 #if defined(RX_VISIBLE_ITEMS_ONLY) && !defined(RX_USE_ELEVATION_COLOR)
 #define ALL_IS_VISIBLE
 #endif
@@ -21,12 +21,11 @@ in Item
 item;
 
 #ifdef RX_LARGE_SURFACES
-uniform int item_flags = item_normal_flag;
 ITEM_UNIFORMS
-#define OWN_FLAGS item_flags
+#define OWN_FLAGS item_normal_flag
 #define OWN_COLOR_MODE uColorMode
-#define ITEM_COLOR colorFromFlags(item_flags, item_color, selection_color)
-#define IS_LIT uLightMode
+#define ITEM_COLOR item_color
+#define IS_LIT true
 #else
 #define OWN_FLAGS item.flags
 #define OWN_COLOR_MODE item.color_mode

@@ -94,6 +94,14 @@ MeshData texturedSheet(int alpha)
 class LargeSurfacesTest : public SceneTest
 {
 protected:
+    void SetUp() override
+    {
+        SceneTest::SetUp();
+        project->addProjectSettings(new COrdinaryItemCreator<Scene3dViewLightingSettings>, 4);
+        light = dynamic_cast<Scene3dViewLightingSettings*>(project->getProjectSettings(0x36FFCE00));
+        ASSERT_TRUE(light);
+        light->data("").flag = true;
+    }
     Items itemsOf(const std::vector<std::pair<MeshData, bool>>& meshes)
     {
         Items items;
@@ -110,36 +118,59 @@ protected:
         return drawFrame(context);
     }
     /// The picture of one mesh, checking that it takes the program that is meant for it.
-    QImage pictureOf(const MeshData& data, bool large, bool highlighted)
+    QImage pictureOf(const MeshData& data, bool large)
     {
         const Items items = itemsOf({{data, large}});
-        items[0]->highlighted = highlighted;
         const QImage image = picture();
         EXPECT_EQ(items[0]->wasLarge(), large);
         return image;
     }
     /// That a mesh looks the same called large and not. Returns what it looks like.
-    QImage expectSame(const MeshData& data, bool highlighted = false)
+    QImage expectSame(const MeshData& data)
     {
-        const QImage usual = pictureOf(data, false, highlighted);
-        EXPECT_EQ(pictureOf(data, true, highlighted), usual);
+        const QImage usual = pictureOf(data, false);
+        EXPECT_EQ(pictureOf(data, true), usual);
         EXPECT_LT(countPixels(usual, QColor(Qt::black)), 32 * 32 * 3 / 4);
         return usual;
     }
+
+    Scene3dViewLightingSettings* light = nullptr;
 };
 
 TEST_F(LargeSurfacesTest, LookAsTheyDoOtherwise)
 {
-    project->addProjectSettings(new COrdinaryItemCreator<Scene3dViewLightingSettings>, 4);
-    auto* light = dynamic_cast<Scene3dViewLightingSettings*>(project->getProjectSettings(0x36FFCE00));
-    ASSERT_TRUE(light);
-    for (const MeshData& data : {sheet(), coloredSheet(), texturedSheet(255), texturedSheet(0)}) {
-        light->data("").flag = true;
-        const QImage lit = expectSame(data);
-        EXPECT_NE(expectSame(data, true), lit);
-        light->data("").flag = false;
-        EXPECT_NE(expectSame(data), lit);
-    }
+    for (const MeshData& data : {sheet(), coloredSheet(), texturedSheet(255), texturedSheet(0)})
+        expectSame(data);
+}
+
+// The program does not ask for either: what is highlighted, or not lit, takes the usual one and looks so.
+TEST_F(LargeSurfacesTest, AreDrawnAsOthersWhereHighlightedOrNotLit)
+{
+    const Items items = itemsOf({{sheet(), true}, {coloredSheet(), true}});
+    const QImage lit = picture();
+    EXPECT_TRUE(items[0]->wasLarge() && items[1]->wasLarge());
+    const auto expectUsual = [&](const char* what) {
+        const QImage other = picture();
+        EXPECT_NE(other, lit) << what;
+        EXPECT_FALSE(items[0]->wasLarge() || items[1]->wasLarge()) << what;
+        for (const auto& item : items)
+            item->setLargeSurface(false);
+        EXPECT_EQ(picture(), other) << what;
+        for (const auto& item : items)
+            item->setLargeSurface(true);
+    };
+    items[1]->highlighted = true;
+    expectUsual("highlighted");
+    items[1]->setVisible(false); // who is not drawn does not count
+    picture();
+    EXPECT_TRUE(items[0]->wasLarge());
+    items[1]->setVisible(true);
+    items[1]->highlighted = false;
+    light->data("").flag = false;
+    expectUsual("not lit");
+    light->data("").flag = true;
+    EXPECT_EQ(picture(), lit);
+    EXPECT_TRUE(items[0]->wasLarge());
 }
 
 TEST_F(LargeSurfacesTest, AreCutByFencesAsOthers)
@@ -185,8 +216,8 @@ TEST_F(LargeSurfacesTest, ShowTheirCornersAsOthersDo)
     MeshData square = sheet(2);
     square.parts[0].indexCount = 6;
     square.parts.pop_back();
-    const QImage usual = pictureOf(square, false, false);
-    const QImage large = pictureOf(square, true, false);
+    const QImage usual = pictureOf(square, false);
+    const QImage large = pictureOf(square, true);
     EXPECT_EQ(large, usual);
     EXPECT_EQ(countPixels(large, QColor(Qt::black)), 32 * 32 - 4);
     EXPECT_TRUE(gl->glIsEnabled(GL_PROGRAM_POINT_SIZE)) << "as it was before";

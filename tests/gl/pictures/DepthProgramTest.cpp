@@ -5,6 +5,7 @@
 #include <Viewer3dModule/drawers/SequentialItem3dDrawer.h>
 #include <Viewer3dModule/fences/SphereFence.h>
 #include <Viewer3dModule/host/Fence3dItem.h>
+#include <Viewer3dModule/host/Scene3dViewLightingSettings.h>
 #include <Viewer3dModule/shaders/ProgramVariants.h>
 #include <framework/model/COrdinaryItemCreator.h>
 #include <framework/model/CProject.h>
@@ -130,9 +131,10 @@ TEST_F(DepthProgramTest, LeavesTheSameDepthsToTheBit)
     }
 }
 
-// Large surfaces take a variant without the size of points.
+// Large surfaces take a variant without the size of points, as they take one where they are seen.
 TEST_F(DepthProgramTest, HasAVariantForLargeSurfaces)
 {
+    project->addProjectSettings(new COrdinaryItemCreator<Scene3dViewLightingSettings>, 4);
     MeshData data = mixture();
     data.parts.resize(1);
     NotingMeshItem item(data);
