@@ -78,7 +78,10 @@ void InstancedItem3dDrawer<T>::draw(const PaintContext& context, Filter filter)
     PaintContext pass = context;
     if (!pass.program) pass.program = m_program;
     pass.drawer = this;
-    if (prepareProgram(pass)) drawImpl(pass, filter);
+    if (prepareProgram(pass)) {
+        programPrepared();
+        drawImpl(pass, filter);
+    }
     if (m_program && currentGLFunctions()) m_program->release();
 }
 

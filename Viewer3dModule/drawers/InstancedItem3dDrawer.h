@@ -59,6 +59,9 @@ public:
 protected:
     /// What draw does after the program was prepared, for subclasses that prepare it in a way of their own.
     void drawImpl(const PaintContext& context, const Filter& filter = {});
+    /// Called by draw when the program is prepared and in use, for uniforms that hold for all instances; does
+    /// nothing.
+    virtual void programPrepared() {}
 
 private:
     void findFlags(const Filter& filter);

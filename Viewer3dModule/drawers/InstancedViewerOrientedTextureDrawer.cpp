@@ -71,10 +71,15 @@ glm::vec3 InstancedViewerOrientedTextureDrawer::getItemParams(int index)
     return glm::vec3(std::numeric_limits<float>::quiet_NaN());
 }
 
+void InstancedViewerOrientedTextureDrawer::programPrepared()
+{
+    OpenGLFunctions* gl = currentGLFunctions();
+    if (gl && m_setsLook) setLook(*gl, itemUniforms());
+}
+
 void InstancedViewerOrientedTextureDrawer::drawItems(const PaintContext&)
 {
     OpenGLFunctions* gl = currentGLFunctions();
     if (!gl) return;
-    if (m_setsLook) setLook(*gl, itemUniforms());
     gl->glDrawArraysInstanced(GL_POINTS, 0, 1, static_cast<GLsizei>(getItems().size()));
 }

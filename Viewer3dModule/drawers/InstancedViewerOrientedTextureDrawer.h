@@ -36,6 +36,7 @@ protected:
     InstancedViewerOrientedTextureDrawer(Scene3d* scene, QOpenGLShaderProgram* program);
 
 private:
+    void programPrepared() override;
     void setLook(OpenGLFunctions& gl, const ItemUniforms& locations) const;
 
     QColor m_defaultColor = Qt::red;
