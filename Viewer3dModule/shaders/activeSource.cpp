@@ -99,7 +99,7 @@ private:
 
 bool isBlank(char c)
 {
-    return c == ' ' || c == '\t' || c == '\r';
+    return c == ' ' || (c >= '\t' && c <= '\r' && c != '\n');
 }
 
 bool isOfWord(char c)
@@ -112,6 +112,19 @@ std::string_view withoutBlanks(std::string_view text)
     while (!text.empty() && isBlank(text.front()))
         text.remove_prefix(1);
     return text;
+}
+
+/// The line as it is without what continues it; a preprocessor finds words across that.
+std::string joined(std::string_view line)
+{
+    std::string all;
+    for (std::size_t at = 0; at < line.size(); ++at) {
+        if (line.substr(at, 2) == "\\\n")
+            ++at;
+        else
+            all += line[at];
+    }
+    return all;
 }
 
 std::string_view takeWord(std::string_view& text)
@@ -220,8 +233,10 @@ QByteArray activeSource(const QByteArray& source)
     while (!lines.isAtEnd()) {
         const int begin = active.size();
         const int feeds = lines.take(active);
-        const std::string_view line =
-            withoutBlanks({active.constData() + begin, static_cast<std::size_t>(active.size() - begin)});
+        std::string_view line(active.constData() + begin, static_cast<std::size_t>(active.size() - begin));
+        std::string joinedLine;
+        if (line.find('\n') != std::string_view::npos) line = joinedLine = joined(line);
+        line = withoutBlanks(line);
         const bool isDirective = !line.empty() && line.front() == '#';
         const bool isSeen = isDirective ? conditions.read(line.substr(1)) : conditions.isActive();
         if (!isSeen || line.empty()) {
