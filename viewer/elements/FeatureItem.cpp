@@ -208,7 +208,8 @@ void FeatureItem::draw(const PaintContext& context)
     using namespace feature_drawers;
     const bool isWhole =
         context.stage != AreaStage && context.stage != LineStage && context.stage != PointStage;
-    if (m_areas && (isWhole || context.stage == AreaStage)) drawAreas(context);
+    // by the polygon offset of pictures a little behind where they are, so that outlines and points stand out
+    if (m_areas && (isWhole || context.stage == AreaStage)) m_areas->draw(context, 1);
     if (isWhole || context.stage == LineStage) m_lines.draw(context);
     if (isWhole || context.stage == PointStage) drawPoints(context);
 }
@@ -222,16 +223,4 @@ void FeatureItem::drawPoints(const PaintContext& context)
         m_points =
             std::make_unique<MeshNode3d>(pointSet(FeatureGeometry(*element, m_origin).points, m_style));
     m_points->draw(context, 1);
-}
-
-// A little behind where they are, so that outlines and points stand out.
-void FeatureItem::drawAreas(const PaintContext& context)
-{
-    OpenGLFunctions* gl = currentGLFunctions();
-    if (!gl) return;
-    gl->glEnable(GL_POLYGON_OFFSET_FILL);
-    gl->glPolygonOffset(1.0f, 1.0f);
-    m_areas->draw(context, 1);
-    // as Scene3d::initializeGLCommon has it
-    gl->glPolygonOffset(1.0f, 1.0f);
 }

@@ -45,7 +45,6 @@ protected:
 private:
     void rebuild(const FeatureElement& element);
     void rebuildAreas(const FeatureElement& element);
-    void drawAreas(const PaintContext& context);
     void drawPoints(const PaintContext& context);
     void renewLabel(const FeatureElement& element);
     void writeName(LabelDrawer& labels, const QString& text);

@@ -112,7 +112,6 @@ void OrthophotoItem::draw(const PaintContext& context)
     gl->glActiveTexture(GL_TEXTURE0);
     gl->glBindTexture(GL_TEXTURE_2D, m_texture.name());
     // behind the areas of features, which have an offset of 1 and often lie at the same height
-    gl->glEnable(GL_POLYGON_OFFSET_FILL);
     gl->glPolygonOffset(2.0f, 4.0f);
     m_square->draw(context, 1);
     // as Scene3d::initializeGLCommon has it

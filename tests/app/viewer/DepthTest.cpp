@@ -331,6 +331,23 @@ TEST_F(Depth, PointsAndLinesHaveTheirDistances)
     EXPECT_NEAR(lines, 4 * 20.0 / (56.0 * std::tan(M_PI / 8.0)) * 720.0, 200.0);
 }
 
+// Areas are drawn a little behind their outlines in pictures, but not in maps.
+TEST_F(Depth, TiltedAreasHaveTheirDistances)
+{
+    const QString file = write("area.geojson", R"({"type":"FeatureCollection","features":[
+        {"type":"Feature","properties":{},"geometry":{"type":"Polygon","coordinates":
+         [[[2699990,1199990,390],[2700010,1199990,410],[2700010,1200010,410],[2699990,1200010,390],
+           [2699990,1199990,390]]]}}]})");
+    const Result result = makeMap(file, looking(faraway + glm::dvec3(0, 0, 30), faraway, parallelView) +
+                                            QStringList{"--up", "0,1,0"});
+    double sum = 0.0;
+    for (const int x : {639, 640})
+        for (const int y : {359, 360})
+            sum += static_cast<double>(result.map.at(x, y));
+    EXPECT_NEAR(sum / 4.0, 30.0, 1e-4);
+    EXPECT_GT(std::abs(result.map.at(639, 359) - result.map.at(640, 359)), 0.005f) << "not tilted";
+}
+
 // The eye stands in a room of 8 x 6 x 4 m.
 TEST_F(Depth, CameraInsideSeesTheWalls)
 {
