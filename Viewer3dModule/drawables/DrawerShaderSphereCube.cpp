@@ -3,45 +3,23 @@
 #include <Viewer3dModule/drawables/ShaderShape.h>
 #include <Viewer3dModule/drawers/PaintContext.h>
 #include <Viewer3dModule/drawers/PolygonModeDrawer.h>
+#include <Viewer3dModule/shaders/KnownOfProgram.h>
 #include <Viewer3dModule/shaders/Uniforms.h>
-
-#include <QtCore/QVariant>
-#include <QtGui/QOpenGLShaderProgram>
 
 namespace {
 
 struct SphereUniforms
 {
     int tessLevelOuter, tessLevelInner, textureScale, textureShift;
-
-    /// Asks a program of buildShaderProgram or a variant once: nobody links it again.
-    static SphereUniforms of(QOpenGLShaderProgram& program);
 };
 
-/// Belongs to a program that stays as it is.
-class KnownSphereUniforms : public QObject
+SphereUniforms uniformsOf(QOpenGLShaderProgram& program)
 {
-public:
-    KnownSphereUniforms(QOpenGLShaderProgram& program, const SphereUniforms& known)
-        : QObject(&program)
-        , uniforms(known)
-    {
-    }
-    const SphereUniforms uniforms;
-};
-
-SphereUniforms SphereUniforms::of(QOpenGLShaderProgram& program)
-{
-    const char* const property = "sphere_uniforms";
-    if (const auto* known = static_cast<KnownSphereUniforms*>(program.property(property).value<void*>()))
-        return known->uniforms;
-    const SphereUniforms uniforms = {
-        program.uniformLocation("uTessLevelOuter"), program.uniformLocation("uTessLevelInner"),
-        program.uniformLocation("uTextureK"), program.uniformLocation("uTextureB")};
-    const bool isOurs = program.property("numbers_vertices").isValid();
-    if (isOurs && program.isLinked())
-        program.setProperty(property, QVariant::fromValue<void*>(new KnownSphereUniforms(program, uniforms)));
-    return uniforms;
+    return knownOf<SphereUniforms>(program, "sphere_uniforms", [&] {
+        return SphereUniforms{program.uniformLocation("uTessLevelOuter"),
+                              program.uniformLocation("uTessLevelInner"),
+                              program.uniformLocation("uTextureK"), program.uniformLocation("uTextureB")};
+    });
 }
 
 } // namespace
@@ -65,7 +43,7 @@ void DrawerShaderSphereCube::draw(const PaintContext& context)
     OpenGLFunctions* gl = currentGLFunctions();
     QOpenGLShaderProgram* program = context.program;
     if (!gl || !program) return;
-    const SphereUniforms locations = SphereUniforms::of(*program);
+    const SphereUniforms locations = uniformsOf(*program);
     uniforms::set(*gl, locations.tessLevelOuter, tessLevelOuter);
     uniforms::set(*gl, locations.tessLevelInner, tessLevelInner);
     // The texture begins at the height of the top, from the lower pole 0 to the upper one 1, and ends at that

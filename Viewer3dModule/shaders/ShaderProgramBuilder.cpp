@@ -1,6 +1,7 @@
 #include <Viewer3dModule/shaders/ShaderProgramBuilder.h>
 
 #include <Viewer3dModule/shaders/DrawMode.h>
+#include <Viewer3dModule/shaders/KnownOfProgram.h>
 #include <Viewer3dModule/shaders/OpenGLFunctions.h>
 #include <Viewer3dModule/shaders/ShaderPreprocessor.h>
 #include <Viewer3dModule/shaders/StorageLimits.h>
@@ -16,8 +17,6 @@
 namespace {
 
 using Stage = QOpenGLShader::ShaderTypeBit;
-
-const char* const numbersVerticesProperty = "numbers_vertices";
 
 // The order counts: a path may hold several of the words.
 std::optional<Stage> stageOf(const QString& file)

@@ -1,7 +1,6 @@
 #include <Viewer3dModule/shaders/ShaderStorageBufferObject.h>
 
-#include <QtCore/QVariant>
-#include <QtGui/QOpenGLShaderProgram>
+#include <Viewer3dModule/shaders/KnownOfProgram.h>
 
 #include <algorithm>
 
@@ -116,8 +115,7 @@ bool ShaderStorageBufferObject::bind(QOpenGLShaderProgram& program) const
     const QVariant known = program.property(m_blockName.c_str());
     if (known.isValid() && known.toUInt() == m_binding) return bind(0u);
     if (!bind(program.programId())) return false;
-    const bool staysAsItIs = program.property("numbers_vertices").isValid();
-    if (staysAsItIs) program.setProperty(m_blockName.c_str(), m_binding);
+    if (staysAsItIs(program)) program.setProperty(m_blockName.c_str(), m_binding);
     return true;
 }
 

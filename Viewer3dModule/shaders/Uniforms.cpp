@@ -1,7 +1,6 @@
 #include <Viewer3dModule/shaders/Uniforms.h>
 
-#include <QtCore/QVariant>
-#include <QtGui/QOpenGLShaderProgram>
+#include <Viewer3dModule/shaders/KnownOfProgram.h>
 #include <Viewer3dModule/shaders/ProgramVariants.h>
 #include <glm/gtc/type_ptr.hpp>
 
@@ -76,18 +75,6 @@ void set(OpenGLFunctions& gl, int location, const QColor& value)
 
 namespace {
 
-/// Belongs to a program that stays as it is.
-class KnownUniforms : public QObject
-{
-public:
-    KnownUniforms(QOpenGLShaderProgram& program, const PassUniforms& known)
-        : QObject(&program)
-        , uniforms(known)
-    {
-    }
-    const PassUniforms uniforms;
-};
-
 // Of a program that a host has taken from a binary nothing is known.
 bool drawsAsTold(const QOpenGLShaderProgram& program)
 {
@@ -138,14 +125,7 @@ PassUniforms ask(QOpenGLShaderProgram& program)
 
 PassUniforms PassUniforms::of(QOpenGLShaderProgram& program)
 {
-    const char* const property = "pass_uniforms";
-    if (const auto* known = static_cast<KnownUniforms*>(program.property(property).value<void*>()))
-        return known->uniforms;
-    const PassUniforms uniforms = ask(program);
-    const bool isOurs = program.property("numbers_vertices").isValid();
-    if (isOurs && program.isLinked())
-        program.setProperty(property, QVariant::fromValue<void*>(new KnownUniforms(program, uniforms)));
-    return uniforms;
+    return knownOf<PassUniforms>(program, "pass_uniforms", [&] { return ask(program); });
 }
 
 ItemUniforms ItemUniforms::of(QOpenGLShaderProgram& program)
@@ -165,7 +145,7 @@ ItemUniforms ItemUniforms::of(QOpenGLShaderProgram& program)
     uniforms.textureTop = program.uniformLocation("uTexTop");
     uniforms.textureBottom = program.uniformLocation("uTexBottom");
     uniforms.wireMode = program.uniformLocation("uWireMode");
-    const QVariant numbersVertices = program.property("numbers_vertices");
+    const QVariant numbersVertices = program.property(numbersVerticesProperty);
     uniforms.numbersVertices = !numbersVertices.isValid() || numbersVertices.toBool();
     return uniforms;
 }
