@@ -168,7 +168,7 @@ bool Item3dDrawer::prepareProgram(PaintContext& context)
                                 : ProgramFence::Swept;
         OwnUniforms own;
         own.pass = true;
-        own.light = hasLight();
+        own.light = lightSettings() != nullptr;
         own.items = m_ownsItemUniforms;
         context.program = &beginProgramVariant(*context.program, variant, own);
     }
@@ -252,14 +252,14 @@ glm::mat4 Item3dDrawer::getTransform()
     return m_transform;
 }
 
-bool Item3dDrawer::hasLight() const
+const Scene3dViewLightingSettings* Item3dDrawer::lightSettings() const
 {
-    return m_scene && Scene3dViewLightingSettings::find(m_scene->getModel());
+    return m_scene ? Scene3dViewLightingSettings::find(m_scene->getModel()) : nullptr;
 }
 
 bool Item3dDrawer::isLit(const PaintContext& context) const
 {
-    const auto* settings = m_scene ? Scene3dViewLightingSettings::find(m_scene->getModel()) : nullptr;
+    const Scene3dViewLightingSettings* settings = lightSettings();
     return settings && settings->getView(context.viewName).flag;
 }
 
@@ -268,8 +268,8 @@ void Item3dDrawer::findLight(const PaintContext& context)
 {
     m_lightModeChanged = false;
     OpenGLFunctions* gl = currentGLFunctions();
-    if (!m_scene || !gl || m_uniforms.lightDirection < 0) return;
-    const auto* settings = Scene3dViewLightingSettings::find(m_scene->getModel());
+    if (!gl || m_uniforms.lightDirection < 0) return;
+    const Scene3dViewLightingSettings* settings = lightSettings();
     if (!settings) return;
     const Scene3dViewLightingSettings::ViewData& light = settings->getView(context.viewName);
     m_lightMode = light.flag;

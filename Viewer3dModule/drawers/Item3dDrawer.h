@@ -22,6 +22,7 @@ class ContextualItem3dDrawer;
 class Drawable3dItem;
 enum class ProgramColors;
 class IItem3dSelectionProvider;
+class Scene3dViewLightingSettings;
 
 /// A render strategy: draws all items of its registry, which it does not own, with one program.
 ///
@@ -74,9 +75,6 @@ public:
     void setItemParameters(const Drawable3dItem* item, const PaintContext& context);
     /// Sets "pen_width" (pixels).
     void setPenWidth(float width);
-    /// Whether the settings of the project say that the light of the pass's view is on; false without
-    /// settings, where hosts tell by uniforms.
-    bool isLit(const PaintContext& context) const;
     /// Sets "uLightMode" to whether the view's light is on and the caller wants it. It holds until the next
     /// model matrix is set, which switches it back to the view's.
     void setShaderLightMode(bool on);
@@ -151,6 +149,10 @@ protected:
     /// Takes them over for what is drawn next, once a pass.
     void takeItemUniforms(const PaintContext& context);
 
+    /// Whether the settings of the project say that the light of the pass's view is on; false without
+    /// settings, where hosts tell by uniforms.
+    bool isLit(const PaintContext& context) const;
+
     ItemPass& itemPass() { return m_itemPass; }
     /// saveTransformState, and what only makes that matrix the current one again: it is not set in the
     /// program, where whoever draws next sets one of its own.
@@ -168,7 +170,7 @@ protected:
 
 private:
     const Item3dDrawer* root() const;
-    bool hasLight() const;
+    const Scene3dViewLightingSettings* lightSettings() const;
     void findLight(const PaintContext& context);
     void bindFence(OpenGLFunctions& gl, const PaintContext& context);
     void joinSelection(const PaintContext& context);
