@@ -44,23 +44,13 @@ std::unique_ptr<Item3dDrawer> InstancedViewerOrientedTextureDrawer::clone() cons
 
 void InstancedViewerOrientedTextureDrawer::draw(const PaintContext& context, Filter filter)
 {
-    if ((context.primitives & PrimitiveBit::Points) == 0 || getItems().empty()) return;
-    OpenGLFunctions* gl = currentGLFunctions();
-    QOpenGLShaderProgram* program = getProgram();
-    if (gl && program && program->isLinked() && program->bind())
-        setLook(*gl, PassUniforms::of(*program).items);
-    // A variant of it does not ask it for them.
-    m_setsLook = !context.program;
+    if ((context.primitives & PrimitiveBit::Points) == 0) return;
+    // Of another program the host says what it shows.
+    m_setsLook = !context.program || context.program == getProgram();
     setOwnsItemUniforms(m_setsLook);
     InstancedItem3dDrawer<glm::vec3>::draw(context, std::move(filter));
     setOwnsItemUniforms(false);
     m_setsLook = false;
-}
-
-void InstancedViewerOrientedTextureDrawer::setLook(OpenGLFunctions& gl, const ItemUniforms& locations) const
-{
-    uniforms::set(gl, locations.itemColor, m_defaultColor);
-    uniforms::set(gl, locations.penWidth, markSize);
 }
 
 glm::vec3 InstancedViewerOrientedTextureDrawer::getItemParams(int index)
@@ -74,7 +64,9 @@ glm::vec3 InstancedViewerOrientedTextureDrawer::getItemParams(int index)
 void InstancedViewerOrientedTextureDrawer::programPrepared()
 {
     OpenGLFunctions* gl = currentGLFunctions();
-    if (gl && m_setsLook) setLook(*gl, itemUniforms());
+    if (!gl || !m_setsLook) return;
+    uniforms::set(*gl, itemUniforms().itemColor, m_defaultColor);
+    uniforms::set(*gl, itemUniforms().penWidth, markSize);
 }
 
 void InstancedViewerOrientedTextureDrawer::drawItems(const PaintContext&)

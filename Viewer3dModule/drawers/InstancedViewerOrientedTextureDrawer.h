@@ -37,7 +37,6 @@ protected:
 
 private:
     void programPrepared() override;
-    void setLook(OpenGLFunctions& gl, const ItemUniforms& locations) const;
 
     QColor m_defaultColor = Qt::red;
     bool m_setsLook = false; ///< in the pass that is drawn

@@ -12,6 +12,19 @@ constexpr LONGID largeId = (LONGID(0x7ABBCCDD) << 32) | 0x11223344;
 const QColor markRed(255, 0, 0);
 const QColor markHighlight(Qt::yellow); // of a host without settings
 
+/// A host's marks, which issue the draw call themselves.
+class MarksDrawnByTheHost : public InstancedViewerOrientedTextureDrawer
+{
+public:
+    using InstancedViewerOrientedTextureDrawer::InstancedViewerOrientedTextureDrawer;
+
+    void drawItems(const PaintContext&) override
+    {
+        if (OpenGLFunctions* gl = currentGLFunctions())
+            gl->glDrawArraysInstanced(GL_POINTS, 0, 1, static_cast<GLsizei>(getItems().size()));
+    }
+};
+
 class MarksTest : public InstancedTest
 {
 protected:
@@ -166,6 +179,30 @@ TEST_F(MarksTest, MasksHoldWholeIdentifiers)
     EXPECT_EQ(word(1, 40, 50), 0x01000001u);
     EXPECT_EQ(word(2, 40, 50), 0u);
     EXPECT_EQ(word(1, 0, 0), 0u);
+}
+
+// Passes for masks take a variant of the program, whose uniforms are its own.
+TEST_F(MarksTest, AHostsMarksHaveTheirLookInMasksToo)
+{
+    const auto masks = [&](MarkDrawer&& drawer) {
+        drawer.setDefaultColor(QColor(10, 200, 30));
+        const Items items = itemsAt(drawer, {atPixel(10, 20), atPixel(40, 50)});
+        PaintContext context = view();
+        context.drawMode = DrawMode::SelectionMaskDraw;
+        RenderTarget target(*gl, context.viewportRect.size(), 4);
+        target.bind();
+        target.clear(QColor(0, 0, 0));
+        gl->glDisable(GL_BLEND);
+        drawer.draw(context, {});
+        gl->glEnable(GL_BLEND);
+        std::vector<QImage> images;
+        for (int attachment = 0; attachment < 4; ++attachment)
+            images.push_back(target.image(attachment));
+        return images;
+    };
+    const std::vector<QImage> expected = masks(MarkDrawer(scene.get()));
+    EXPECT_EQ(countPixels(expected[1], [](QRgb p) { return (p & 0xFFFFFFu) != 0; }), 2 * 25);
+    EXPECT_EQ(masks(MarksDrawnByTheHost(scene.get())), expected);
 }
 
 TEST_F(MarksTest, AreSelectedOneByOne)
