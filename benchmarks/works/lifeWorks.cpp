@@ -11,8 +11,6 @@
 #include <QtCore/QCoreApplication>
 #include <QtCore/QTemporaryDir>
 
-#include <algorithm>
-#include <limits>
 
 namespace {
 
@@ -99,16 +97,11 @@ std::vector<Result> compareEditing(qint64 size, const PairedRuns::Effort& effort
 }
 
 // The slope between half of the items and all of them, so that what a scene costs by itself does not count;
-// vertices, which lie in the set and in a buffer, do not either. What the driver keeps of a frame differs
-// from run to run by tens of megabytes: the least of some runs is what the items take.
+// vertices, which lie in the set and in a buffer, do not either.
 std::vector<Result> measureMemory(qint64 size, const PairedRuns::Effort&)
 {
     const auto bytes = [](qint64 count) {
-        double least = std::numeric_limits<double>::max();
-        for (int run = 0; run < 4; ++run)
-            least = std::min(
-                least, askChild({QStringLiteral("memory"), QString::number(count)}).value(0).toDouble());
-        return least;
+        return askChild({QStringLiteral("memory"), QString::number(count)}).value(0).toDouble();
     };
     constexpr double vertices = 2.0 * LineSet::VerticesPerLine * sizeof(glm::vec3) + sizeof(LineSet::Line);
     Result result;
