@@ -93,7 +93,7 @@ private:
     PairedRuns::Effort effort() const
     {
         PairedRuns::Effort effort =
-            m_options.isQuick ? PairedRuns::Effort{1, 3, 9, 0.5} : PairedRuns::Effort{2, 7, 151, 4.0};
+            m_options.isQuick ? PairedRuns::Effort{1, 3, 9, 0.5} : PairedRuns::Effort{2, 15, 151, 4.0};
         effort.sides = m_options.sides;
         return effort;
     }
