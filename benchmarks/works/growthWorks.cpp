@@ -37,11 +37,14 @@ public:
         time("selected", "looked at, to select 5 % of them", 3, [this] { select(); });
         time("removed", "removed, one after another", 1, [this] { removeAll(); });
         build();
-        std::reverse(m_elements.begin(), m_elements.end());
+        std::reverse(m_ids.begin(), m_ids.end());
         time("removed-last-first", "removed, the last one first", 1, [this] { removeAll(); });
         build();
-        std::shuffle(m_elements.begin(), m_elements.end(), std::mt19937(5));
+        std::shuffle(m_ids.begin(), m_ids.end(), std::mt19937(5));
         time("removed-at-random", "removed, in any order", 1, [this] { removeAll(); });
+        build();
+        std::shuffle(m_ids.begin(), m_ids.end(), std::mt19937(5));
+        time("removed-at-once", "removed, in any order, by one call", 1, [this] { removeAtOnce(); });
         measurePlain();
         return std::move(m_results);
     }
@@ -80,6 +83,9 @@ private:
     void build()
     {
         m_elements = addLines(m_scene, m_set, 1.0f);
+        m_ids.clear();
+        for (const CModelElement* element : m_elements)
+            m_ids.push_back(element->getId());
         m_scene.drawFrame();
     }
     void editAll()
@@ -97,8 +103,17 @@ private:
     void removeAll()
     {
         CModelElementManager* manager = m_scene.model().getItemManager(LineElement::Type);
-        for (const CModelElement* element : m_elements)
-            manager->removeItem(element->getId());
+        for (const LONGID id : m_ids)
+            manager->removeItem(id);
+        settleEmpty();
+    }
+    void removeAtOnce()
+    {
+        m_scene.model().getItemManager(LineElement::Type)->removeItems(m_ids);
+        settleEmpty();
+    }
+    void settleEmpty()
+    {
         QCoreApplication::processEvents();
         if (!m_scene.scene().getItems().empty()) throw std::runtime_error("items are left");
     }
@@ -106,6 +121,7 @@ private:
     LineSet m_set;
     BenchScene m_scene;
     std::vector<CModelElement*> m_elements;
+    std::vector<LONGID> m_ids; // of them, in the order in which they are removed
     std::vector<Result> m_results;
 };
 

@@ -32,12 +32,13 @@ public:
     std::vector<CModelElement*> addItems(std::vector<std::unique_ptr<CModelElement>> elements,
                                          ksp::StagedProgress progress = ksp::StagedProgress::dummy());
     CModelElement* addItem(std::unique_ptr<CModelElement> element);
-    /// Removes and destroys elements; unknown identifiers are ignored. Tells the extensions once, when the
-    /// elements are out of the manager and the model but still alive, then the listeners of the model.
-    /// Costs constant time an element, amortised.
+    /// Removes and destroys elements in the order of their identifiers; unknown identifiers are ignored.
+    /// Tells the extensions once, when the elements are out of the manager and the model but still alive,
+    /// then the listeners of the model. Costs constant time an element, amortised, and the sorting.
     void removeItems(const std::vector<LONGID>& ids,
                      ksp::StagedProgress progress = ksp::StagedProgress::dummy());
     void removeItem(LONGID id) { removeItems({id}); }
+    /// Likewise, of all and in the order in which they were added.
     void removeAll();
 
     CModelElement* getItem(LONGID id) const;
@@ -66,6 +67,7 @@ private:
     class Telling;
 
     CModelElement* keep(std::unique_ptr<CModelElement> element);
+    void removeInOrder(const std::vector<LONGID>& ids, ksp::StagedProgress progress);
     std::unique_ptr<CModelElement> release(LONGID id);
     void closeGaps();
     void tellAll(Change change);

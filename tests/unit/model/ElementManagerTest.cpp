@@ -89,6 +89,16 @@ TEST_F(ElementManager, IgnoresUnknownAndDoubledIdentifiers)
     EXPECT_EQ(manager->getItemsCount(), 1);
 }
 
+TEST_F(ElementManager, RemovesInOrderWhateverTheCallers)
+{
+    add(5);
+    Extension extension;
+    manager->registerExtension(&extension);
+    manager->removeItems({5, 1, 4, 2});
+    EXPECT_THAT(extension.told, ElementsAre("+1,2,3,4,5", "-1,2,4,5"));
+    EXPECT_THAT(idsOf(manager->getItems()), ElementsAre(3));
+}
+
 TEST_F(ElementManager, DoesNotTouchElementsOfAnotherManager)
 {
     CModelElementManager* lines = model->getCreateItemManager(0x102);
