@@ -78,6 +78,7 @@ PlainAtOnce::PlainAtOnce(PlainContext& context, const LineSet& set, const View& 
     , m_view(view)
     , m_isBoxes(false)
     , m_program(context.program({{GL_VERTEX_SHADER, lineVertex}, {GL_FRAGMENT_SHADER, lineFragment}}))
+    , m_passUniforms(context.gl(), m_program)
     , m_vertexArray(boundVertexArray(context))
 {
     std::vector<PlainItem> items;
@@ -98,6 +99,7 @@ PlainAtOnce::PlainAtOnce(PlainContext& context, const BoxSet& set, const View& v
     , m_light(light)
     , m_isBoxes(true)
     , m_program(context.program({{GL_VERTEX_SHADER, boxVertex}, {GL_FRAGMENT_SHADER, boxFragment}}))
+    , m_passUniforms(context.gl(), m_program)
     , m_vertexArray(boundVertexArray(context))
 {
     std::vector<PlainItem> items;
@@ -123,13 +125,12 @@ void PlainAtOnce::draw()
 {
     PlainContext::Functions& gl = m_context.gl();
     gl.glUseProgram(m_program);
-    const auto at = [&](const char* name) { return gl.glGetUniformLocation(m_program, name); };
     const glm::mat4 viewProjection = m_view.projection * m_view.view;
-    gl.glUniformMatrix4fv(at("viewProjection"), 1, GL_FALSE, glm::value_ptr(viewProjection));
-    gl.glUniformMatrix4fv(at("view"), 1, GL_FALSE, glm::value_ptr(m_view.view));
-    gl.glUniformMatrix4fv(at("projection"), 1, GL_FALSE, glm::value_ptr(m_view.projection));
-    gl.glUniform3fv(at("light"), 1, glm::value_ptr(m_light));
-    gl.glUniform4f(at("chosenColor"), 1.0f, 1.0f, 0.0f, 1.0f);
+    gl.glUniformMatrix4fv(m_passUniforms.viewProjection, 1, GL_FALSE, glm::value_ptr(viewProjection));
+    gl.glUniformMatrix4fv(m_passUniforms.view, 1, GL_FALSE, glm::value_ptr(m_view.view));
+    gl.glUniformMatrix4fv(m_passUniforms.projection, 1, GL_FALSE, glm::value_ptr(m_view.projection));
+    gl.glUniform3fv(m_passUniforms.light, 1, glm::value_ptr(m_light));
+    gl.glUniform4f(m_passUniforms.chosenColor, 1.0f, 1.0f, 0.0f, 1.0f);
     gl.glBindVertexArray(m_vertexArray);
     if (!m_isBoxes) {
         m_records->drawArrays(GL_LINE_STRIP);

@@ -2,6 +2,7 @@
 
 #include <benchmarks/data/BoxSet.h>
 #include <benchmarks/data/LineSet.h>
+#include <benchmarks/plain/PassUniforms.h>
 #include <benchmarks/plain/PlainRecords.h>
 #include <benchmarks/scene/View.h>
 
@@ -23,6 +24,7 @@ private:
     glm::vec3 m_light{0.0f};
     bool m_isBoxes;
     GLuint m_program;
+    PlainPassUniforms m_passUniforms;
     GLuint m_vertexArray = 0;
     std::optional<PlainRecords> m_records;
 };

@@ -44,6 +44,7 @@ PlainBoxes::PlainBoxes(PlainContext& context, const BoxSet& set, const View& vie
     , m_view(view)
     , m_light(light)
     , m_program(context.program({{GL_VERTEX_SHADER, vertex}, {GL_FRAGMENT_SHADER, fragment}}))
+    , m_passUniforms(context.gl(), m_program)
     , m_uniforms(context.gl(), m_program)
 {
     std::vector<Vertex> vertices;
@@ -73,11 +74,10 @@ void PlainBoxes::draw()
 {
     PlainContext::Functions& gl = m_context.gl();
     gl.glUseProgram(m_program);
-    const auto at = [&](const char* name) { return gl.glGetUniformLocation(m_program, name); };
-    gl.glUniformMatrix4fv(at("view"), 1, GL_FALSE, glm::value_ptr(m_view.view));
-    gl.glUniformMatrix4fv(at("projection"), 1, GL_FALSE, glm::value_ptr(m_view.projection));
-    gl.glUniform3fv(at("light"), 1, glm::value_ptr(m_light));
-    gl.glUniform4f(at("chosenColor"), 1.0f, 1.0f, 0.0f, 1.0f);
+    gl.glUniformMatrix4fv(m_passUniforms.view, 1, GL_FALSE, glm::value_ptr(m_view.view));
+    gl.glUniformMatrix4fv(m_passUniforms.projection, 1, GL_FALSE, glm::value_ptr(m_view.projection));
+    gl.glUniform3fv(m_passUniforms.light, 1, glm::value_ptr(m_light));
+    gl.glUniform4f(m_passUniforms.chosenColor, 1.0f, 1.0f, 0.0f, 1.0f);
     // Surfaces lie a step back, so that lines on them show.
     gl.glEnable(GL_POLYGON_OFFSET_FILL);
     gl.glPolygonOffset(1.0f, 1.0f);

@@ -2,6 +2,7 @@
 
 #include <benchmarks/data/BoxSet.h>
 #include <benchmarks/plain/ItemUniforms.h>
+#include <benchmarks/plain/PassUniforms.h>
 #include <benchmarks/scene/View.h>
 
 /// Lit boxes, one draw call each: slices of one shared buffer, five uniforms an item.
@@ -18,6 +19,7 @@ private:
     glm::vec3 m_light;
     std::vector<PlainItem> m_items;
     GLuint m_program;
+    PlainPassUniforms m_passUniforms;
     GLuint m_vertexArray = 0;
     PlainItemUniforms m_uniforms;
 };

@@ -1,7 +1,5 @@
 #include <benchmarks/plain/PlainDepth.h>
 
-#include <glm/gtc/type_ptr.hpp>
-
 #include <limits>
 
 namespace {
@@ -17,6 +15,7 @@ PlainDepth::PlainDepth(PlainContext& context, const GroundMesh& mesh)
     : m_context(context)
     , m_indexCount(static_cast<GLsizei>(mesh.indices.size()))
     , m_program(context.program({{GL_VERTEX_SHADER, vertex}}))
+    , m_passUniforms(context.gl(), m_program)
 {
     PlainContext::Functions& gl = context.gl();
     gl.glGenVertexArrays(1, &m_vertexArray);
@@ -48,8 +47,7 @@ std::vector<float> PlainDepth::distances(const glm::dmat4& view, const glm::dmat
     gl.glClear(GL_DEPTH_BUFFER_BIT);
     gl.glUseProgram(m_program);
     const glm::mat4 viewProjection(projection * view);
-    gl.glUniformMatrix4fv(gl.glGetUniformLocation(m_program, "viewProjection"), 1, GL_FALSE,
-                          glm::value_ptr(viewProjection));
+    gl.glUniformMatrix4fv(m_passUniforms.viewProjection, 1, GL_FALSE, glm::value_ptr(viewProjection));
     gl.glBindVertexArray(m_vertexArray);
     gl.glDrawElements(GL_TRIANGLES, m_indexCount, GL_UNSIGNED_INT, nullptr);
 

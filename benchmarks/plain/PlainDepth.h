@@ -1,7 +1,7 @@
 #pragma once
 
 #include <benchmarks/data/GroundMesh.h>
-#include <benchmarks/plain/PlainContext.h>
+#include <benchmarks/plain/PassUniforms.h>
 
 /// Distances from a camera to a mesh: its depths alone are drawn, read back, and made distances by the
 /// projection's two numbers.
@@ -17,6 +17,7 @@ private:
     PlainContext& m_context;
     GLsizei m_indexCount;
     GLuint m_program;
+    PlainPassUniforms m_passUniforms;
     GLuint m_vertexArray = 0;
     GLuint m_framebuffer = 0;
 };

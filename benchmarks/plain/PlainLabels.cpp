@@ -64,6 +64,7 @@ PlainLabels::PlainLabels(PlainContext& context, const std::vector<Glyph>& glyphs
     , m_view(view)
     , m_count(static_cast<GLsizei>(glyphs.size()))
     , m_program(context.program({{GL_VERTEX_SHADER, vertex}, {GL_FRAGMENT_SHADER, fragment}}))
+    , m_passUniforms(context.gl(), m_program)
 {
     const std::vector<QRect> windows = uploadImages(images);
     std::vector<Record> records;
@@ -126,13 +127,12 @@ void PlainLabels::draw()
 {
     PlainContext::Functions& gl = m_context.gl();
     gl.glUseProgram(m_program);
-    const auto at = [&](const char* name) { return gl.glGetUniformLocation(m_program, name); };
     const glm::mat4 viewProjection = m_view.projection * m_view.view;
-    gl.glUniformMatrix4fv(at("viewProjection"), 1, GL_FALSE, glm::value_ptr(viewProjection));
-    gl.glUniform2f(at("pixels"), 0.5f * static_cast<float>(m_view.size.width()),
+    gl.glUniformMatrix4fv(m_passUniforms.viewProjection, 1, GL_FALSE, glm::value_ptr(viewProjection));
+    gl.glUniform2f(m_passUniforms.pixels, 0.5f * static_cast<float>(m_view.size.width()),
                    0.5f * static_cast<float>(m_view.size.height()));
-    gl.glUniform4f(at("color"), 1.0f, 1.0f, 1.0f, 1.0f);
-    gl.glUniform4f(at("chosenColor"), 1.0f, 1.0f, 0.0f, 1.0f);
+    gl.glUniform4f(m_passUniforms.color, 1.0f, 1.0f, 1.0f, 1.0f);
+    gl.glUniform4f(m_passUniforms.chosenColor, 1.0f, 1.0f, 0.0f, 1.0f);
     gl.glActiveTexture(GL_TEXTURE0);
     gl.glBindTexture(GL_TEXTURE_2D, m_texture);
     gl.glBindVertexArray(m_vertexArray);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <benchmarks/plain/ItemUniforms.h>
+#include <benchmarks/plain/PassUniforms.h>
 #include <benchmarks/scene/View.h>
 
 #include <QtGui/QImage>
@@ -31,6 +32,7 @@ private:
     View m_view;
     GLsizei m_count;
     GLuint m_program;
+    PlainPassUniforms m_passUniforms;
     GLuint m_vertexArray = 0;
     GLuint m_texture = 0;
 };

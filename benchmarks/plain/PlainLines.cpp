@@ -125,10 +125,8 @@ PlainLines::PlainLines(PlainContext& context, const View& view, Technique techni
     , m_technique(technique)
     , m_width(width)
     , m_program(makeProgram(context, technique))
+    , m_passUniforms(context.gl(), m_program)
     , m_uniforms(context.gl(), m_program)
-    , m_viewProjection(context.gl().glGetUniformLocation(m_program, "viewProjection"))
-    , m_pixels(context.gl().glGetUniformLocation(m_program, "pixels"))
-    , m_chosenColor(context.gl().glGetUniformLocation(m_program, "chosenColor"))
 {
     context.gl().glGenVertexArrays(1, &m_vertexArray);
 }
@@ -190,10 +188,10 @@ void PlainLines::beginPass()
     PlainContext::Functions& gl = m_context.gl();
     gl.glUseProgram(m_program);
     const glm::mat4 viewProjection = m_view.projection * m_view.view;
-    gl.glUniformMatrix4fv(m_viewProjection, 1, GL_FALSE, glm::value_ptr(viewProjection));
-    gl.glUniform2f(m_pixels, 0.5f * static_cast<float>(m_view.size.width()),
+    gl.glUniformMatrix4fv(m_passUniforms.viewProjection, 1, GL_FALSE, glm::value_ptr(viewProjection));
+    gl.glUniform2f(m_passUniforms.pixels, 0.5f * static_cast<float>(m_view.size.width()),
                    0.5f * static_cast<float>(m_view.size.height()));
-    gl.glUniform4f(m_chosenColor, 1.0f, 1.0f, 0.0f, 1.0f);
+    gl.glUniform4f(m_passUniforms.chosenColor, 1.0f, 1.0f, 0.0f, 1.0f);
     gl.glBindVertexArray(m_vertexArray);
 }
 

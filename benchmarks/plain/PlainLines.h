@@ -2,6 +2,7 @@
 
 #include <benchmarks/data/LineSet.h>
 #include <benchmarks/plain/ItemUniforms.h>
+#include <benchmarks/plain/PassUniforms.h>
 #include <benchmarks/plain/Sphere.h>
 #include <benchmarks/scene/View.h>
 
@@ -48,8 +49,8 @@ private:
     std::unordered_map<std::uint32_t, std::size_t> m_indices; // of items, by identifier
     float m_width;
     GLuint m_program = 0;
+    PlainPassUniforms m_passUniforms;
     GLuint m_vertexArray = 0;
     GLuint m_buffer = 0;
     PlainItemUniforms m_uniforms;
-    GLint m_viewProjection, m_pixels, m_chosenColor;
 };

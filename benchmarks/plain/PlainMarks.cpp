@@ -42,6 +42,7 @@ PlainMarks::PlainMarks(PlainContext& context, const std::vector<glm::vec3>& plac
     , m_view(view)
     , m_count(static_cast<GLsizei>(places.size()))
     , m_program(context.program({{GL_VERTEX_SHADER, vertex}, {GL_FRAGMENT_SHADER, fragment}}))
+    , m_passUniforms(context.gl(), m_program)
 {
     PlainContext::Functions& gl = context.gl();
     std::vector<std::uint64_t> ids(places.size());
@@ -64,12 +65,11 @@ void PlainMarks::draw()
 {
     PlainContext::Functions& gl = m_context.gl();
     gl.glUseProgram(m_program);
-    const auto at = [&](const char* name) { return gl.glGetUniformLocation(m_program, name); };
     const glm::mat4 viewProjection = m_view.projection * m_view.view;
-    gl.glUniformMatrix4fv(at("viewProjection"), 1, GL_FALSE, glm::value_ptr(viewProjection));
-    gl.glUniform4f(at("color"), 1.0f, 0.0f, 0.0f, 1.0f);
-    gl.glUniform4f(at("chosenColor"), 1.0f, 1.0f, 0.0f, 1.0f);
-    gl.glUniform1f(at("width"), 5.0f);
+    gl.glUniformMatrix4fv(m_passUniforms.viewProjection, 1, GL_FALSE, glm::value_ptr(viewProjection));
+    gl.glUniform4f(m_passUniforms.color, 1.0f, 0.0f, 0.0f, 1.0f);
+    gl.glUniform4f(m_passUniforms.chosenColor, 1.0f, 1.0f, 0.0f, 1.0f);
+    gl.glUniform1f(m_passUniforms.width, 5.0f);
     gl.glBindVertexArray(m_vertexArray);
     gl.glDrawArraysInstanced(GL_POINTS, 0, 1, m_count);
 }

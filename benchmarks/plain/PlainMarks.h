@@ -1,6 +1,7 @@
 #pragma once
 
 #include <benchmarks/plain/ItemUniforms.h>
+#include <benchmarks/plain/PassUniforms.h>
 #include <benchmarks/scene/View.h>
 
 #include <vector>
@@ -17,5 +18,6 @@ private:
     View m_view;
     GLsizei m_count;
     GLuint m_program;
+    PlainPassUniforms m_passUniforms;
     GLuint m_vertexArray = 0;
 };

@@ -2,8 +2,6 @@
 
 #include <benchmarks/plain/LitSources.h>
 
-#include <glm/gtc/type_ptr.hpp>
-
 namespace {
 
 const char* const vertex = R"(#version 430 core
@@ -42,6 +40,7 @@ PlainMesh::PlainMesh(PlainContext& context, const GroundMesh& mesh, const View& 
     , m_color(color)
     , m_indexCount(static_cast<GLsizei>(mesh.indices.size()))
     , m_program(context.program({{GL_VERTEX_SHADER, vertex}, {GL_FRAGMENT_SHADER, fragment}}))
+    , m_passUniforms(context.gl(), m_program)
 {
     std::vector<Vertex> vertices;
     vertices.reserve(mesh.positions.size());
@@ -64,12 +63,11 @@ void PlainMesh::draw()
 {
     PlainContext::Functions& gl = m_context.gl();
     gl.glUseProgram(m_program);
-    const auto at = [&](const char* name) { return gl.glGetUniformLocation(m_program, name); };
-    gl.glUniformMatrix4fv(at("view"), 1, GL_FALSE, glm::value_ptr(m_view.view));
-    gl.glUniformMatrix4fv(at("projection"), 1, GL_FALSE, glm::value_ptr(m_view.projection));
-    gl.glUniform3fv(at("light"), 1, glm::value_ptr(m_light));
-    gl.glUniform3f(at("color"), static_cast<float>(m_color.redF()), static_cast<float>(m_color.greenF()),
-                   static_cast<float>(m_color.blueF()));
+    gl.glUniformMatrix4fv(m_passUniforms.view, 1, GL_FALSE, glm::value_ptr(m_view.view));
+    gl.glUniformMatrix4fv(m_passUniforms.projection, 1, GL_FALSE, glm::value_ptr(m_view.projection));
+    gl.glUniform3fv(m_passUniforms.light, 1, glm::value_ptr(m_light));
+    gl.glUniform3f(m_passUniforms.color, static_cast<float>(m_color.redF()),
+                   static_cast<float>(m_color.greenF()), static_cast<float>(m_color.blueF()));
     gl.glBindVertexArray(m_vertexArray);
     gl.glDrawElements(GL_TRIANGLES, m_indexCount, GL_UNSIGNED_INT, nullptr);
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <benchmarks/data/GroundMesh.h>
-#include <benchmarks/plain/PlainContext.h>
+#include <benchmarks/plain/PassUniforms.h>
 #include <benchmarks/scene/View.h>
 
 #include <QtGui/QColor>
@@ -22,5 +22,6 @@ private:
     QColor m_color;
     GLsizei m_indexCount;
     GLuint m_program;
+    PlainPassUniforms m_passUniforms;
     GLuint m_vertexArray = 0;
 };

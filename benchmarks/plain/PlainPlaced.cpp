@@ -32,6 +32,7 @@ PlainPlaced::PlainPlaced(PlainContext& context, const LineSet& set, const View& 
     : m_context(context)
     , m_view(view)
     , m_program(context.program({{GL_VERTEX_SHADER, placedVertex}, {GL_FRAGMENT_SHADER, placedFragment}}))
+    , m_passUniforms(context.gl(), m_program)
     , m_count(static_cast<GLsizei>(set.lines.size()))
 {
     std::vector<glm::vec3> positions;
@@ -66,8 +67,7 @@ void PlainPlaced::draw()
     gl.glDisable(GL_BLEND);
     gl.glUseProgram(m_program);
     const glm::mat4 viewProjection = m_view.projection * m_view.view;
-    gl.glUniformMatrix4fv(gl.glGetUniformLocation(m_program, "viewProjection"), 1, GL_FALSE,
-                          &viewProjection[0][0]);
+    gl.glUniformMatrix4fv(m_passUniforms.viewProjection, 1, GL_FALSE, &viewProjection[0][0]);
     gl.glBindVertexArray(m_vertexArray);
     gl.glBindBuffer(GL_DRAW_INDIRECT_BUFFER, m_commands);
     gl.glMultiDrawArraysIndirect(GL_LINE_STRIP, nullptr, m_count, 0);

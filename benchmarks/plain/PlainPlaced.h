@@ -1,7 +1,7 @@
 #pragma once
 
 #include <benchmarks/data/LineSet.h>
-#include <benchmarks/plain/PlainContext.h>
+#include <benchmarks/plain/PassUniforms.h>
 #include <benchmarks/scene/View.h>
 
 /// Polylines of 1 pixel that cannot be moved or chosen: their vertices are placed beforehand, and all that an
@@ -17,6 +17,7 @@ private:
     PlainContext& m_context;
     View m_view;
     GLuint m_program;
+    PlainPassUniforms m_passUniforms;
     GLuint m_vertexArray = 0;
     GLuint m_commands = 0;
     GLsizei m_count;

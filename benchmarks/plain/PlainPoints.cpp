@@ -1,7 +1,5 @@
 #include <benchmarks/plain/PlainPoints.h>
 
-#include <glm/gtc/type_ptr.hpp>
-
 namespace {
 
 const char* const vertex = R"(#version 430 core
@@ -28,6 +26,7 @@ PlainPoints::PlainPoints(PlainContext& context, const PointSet& set, const View&
     , m_view(view)
     , m_count(static_cast<GLsizei>(set.positions.size()))
     , m_program(context.program({{GL_VERTEX_SHADER, vertex}, {GL_FRAGMENT_SHADER, fragment}}))
+    , m_passUniforms(context.gl(), m_program)
 {
     PlainContext::Functions& gl = context.gl();
     gl.glDisable(GL_BLEND);
@@ -46,8 +45,7 @@ void PlainPoints::draw()
     PlainContext::Functions& gl = m_context.gl();
     const glm::mat4 viewProjection = m_view.projection * m_view.view;
     gl.glUseProgram(m_program);
-    gl.glUniformMatrix4fv(gl.glGetUniformLocation(m_program, "viewProjection"), 1, GL_FALSE,
-                          glm::value_ptr(viewProjection));
+    gl.glUniformMatrix4fv(m_passUniforms.viewProjection, 1, GL_FALSE, glm::value_ptr(viewProjection));
     gl.glBindVertexArray(m_vertexArray);
     gl.glDrawArrays(GL_POINTS, 0, m_count);
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <benchmarks/data/PointSet.h>
-#include <benchmarks/plain/PlainContext.h>
+#include <benchmarks/plain/PassUniforms.h>
 #include <benchmarks/scene/View.h>
 
 /// Coloured points of 2 pixels in one draw call.
@@ -16,5 +16,6 @@ private:
     View m_view;
     GLsizei m_count;
     GLuint m_program;
+    PlainPassUniforms m_passUniforms;
     GLuint m_vertexArray = 0;
 };

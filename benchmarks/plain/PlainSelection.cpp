@@ -27,6 +27,9 @@ PlainSelection::PlainSelection(PlainContext& context, const LineSet& set, const 
     : m_context(context)
     , m_view(view)
     , m_program(context.program({{GL_VERTEX_SHADER, vertex}, {GL_FRAGMENT_SHADER, fragment}}))
+    , m_passUniforms(context.gl(), m_program)
+    , m_model(context.gl().glGetUniformLocation(m_program, "model"))
+    , m_number(context.gl().glGetUniformLocation(m_program, "number"))
 {
     for (std::size_t i = 0; i < set.lines.size(); ++i) {
         m_matrices.push_back(set.lines[i].matrix);
@@ -77,15 +80,12 @@ std::vector<std::uint32_t> PlainSelection::drawAndRead(const QRect& rect,
     gl.glBindBufferBase(GL_SHADER_STORAGE_BUFFER, 0, m_bits);
     gl.glClearBufferData(GL_SHADER_STORAGE_BUFFER, GL_R32UI, GL_RED_INTEGER, GL_UNSIGNED_INT, nullptr);
     const glm::mat4 viewProjection = m_view.projection * m_view.view;
-    gl.glUniformMatrix4fv(gl.glGetUniformLocation(m_program, "viewProjection"), 1, GL_FALSE,
-                          glm::value_ptr(viewProjection));
-    const GLint model = gl.glGetUniformLocation(m_program, "model");
-    const GLint number = gl.glGetUniformLocation(m_program, "number");
+    gl.glUniformMatrix4fv(m_passUniforms.viewProjection, 1, GL_FALSE, glm::value_ptr(viewProjection));
     gl.glBindVertexArray(m_vertexArray);
     for (std::size_t i = 0; i < straddling.size(); ++i) {
         const std::size_t line = straddling[i];
-        gl.glUniformMatrix4fv(model, 1, GL_FALSE, glm::value_ptr(m_matrices[line]));
-        gl.glUniform1ui(number, static_cast<GLuint>(i));
+        gl.glUniformMatrix4fv(m_model, 1, GL_FALSE, glm::value_ptr(m_matrices[line]));
+        gl.glUniform1ui(m_number, static_cast<GLuint>(i));
         gl.glDrawArrays(GL_LINE_STRIP, static_cast<GLint>(line) * LineSet::VerticesPerLine,
                         LineSet::VerticesPerLine);
     }

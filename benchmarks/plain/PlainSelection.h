@@ -2,6 +2,7 @@
 
 #include <benchmarks/data/LineSet.h>
 #include <benchmarks/plain/ItemUniforms.h>
+#include <benchmarks/plain/PassUniforms.h>
 #include <benchmarks/plain/Sphere.h>
 #include <benchmarks/scene/View.h>
 
@@ -27,6 +28,8 @@ private:
     std::vector<glm::mat4> m_matrices;
     std::vector<Sphere> m_spheres;
     GLuint m_program;
+    PlainPassUniforms m_passUniforms;
+    GLint m_model, m_number;
     GLuint m_vertexArray = 0;
     GLuint m_bits = 0;
 };
