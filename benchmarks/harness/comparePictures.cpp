@@ -35,3 +35,22 @@ QString comparePictures(const QImage& ours, const QImage& plain, double allowed)
     if (different <= allowed * covered) return {};
     return QStringLiteral("the pictures differ in %1 of %2 covered pixels").arg(different).arg(covered);
 }
+
+int pixelsOf(const QImage& picture, const QColor& color)
+{
+    int count = 0;
+    for (int y = 0; y < picture.height(); ++y)
+        for (int x = 0; x < picture.width(); ++x)
+            count += isNear(picture.pixel(x, y), color.rgb());
+    return count;
+}
+
+QString compareColored(const QImage& ours, const QImage& plain, const QColor& color)
+{
+    const int here = pixelsOf(ours, color), there = pixelsOf(plain, color);
+    if (here > 0 && std::abs(here - there) <= 2 + there / 10) return {};
+    return QStringLiteral("of %1 our picture shows %2 pixels, the plain one %3")
+        .arg(color.name())
+        .arg(here)
+        .arg(there);
+}

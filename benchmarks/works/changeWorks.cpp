@@ -1,6 +1,7 @@
 #include <benchmarks/works/changeWorks.h>
 
 #include <benchmarks/data/Dice.h>
+#include <benchmarks/harness/comparePictures.h>
 #include <benchmarks/harness/quantileOf.h>
 #include <benchmarks/scene/LineElement.h>
 #include <benchmarks/works/addElements.h>
@@ -16,8 +17,8 @@ std::vector<Result> compareChanged(qint64 size, const PairedRuns::Effort& effort
     BenchScene scene(View::whole());
     const std::vector<CModelElement*> elements = addLines(scene, set, 1.0f);
     Dice dice;
-    const auto change = [&](std::size_t index) {
-        static_cast<LineElement*>(elements[index % elements.size()])->setColor(dice.color());
+    const auto change = [&](std::size_t index, const QColor& color) {
+        static_cast<LineElement*>(elements[index % elements.size()])->setColor(color);
     };
     const auto showAll = [&] {
         QCoreApplication::processEvents();
@@ -26,16 +27,21 @@ std::vector<Result> compareChanged(qint64 size, const PairedRuns::Effort& effort
     const PairedRuns runs(PairedRuns::timed(
                               [&] {
                                   scene.prepare();
-                                  change(7);
+                                  change(7, dice.color());
                               },
                               showAll),
                           PairedRuns::timed([&] { scene.prepare(); }, showAll), effort);
     Result frame = Result::of(runs);
+    change(7, Qt::magenta); // no other line has so little green
+    showAll();
+    if (pixelsOf(scene.picture(), Qt::magenta) == 0)
+        frame.problem = QStringLiteral("the picture does not show the change");
 
     std::vector<double> wall, processor;
     for (std::size_t i = 0; i < 1000; ++i) {
+        const QColor color = dice.color();
         const Stopwatch stopwatch;
-        change(i * 7919);
+        change(i * 7919, color);
         wall.push_back(1e3 * stopwatch.wall());
         processor.push_back(1e3 * stopwatch.processor());
     }

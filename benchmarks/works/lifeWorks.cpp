@@ -11,7 +11,6 @@
 #include <QtCore/QCoreApplication>
 #include <QtCore/QTemporaryDir>
 
-
 namespace {
 
 constexpr double allowed = 0.005;
@@ -76,9 +75,11 @@ std::vector<Result> compareEditing(qint64 size, const PairedRuns::Effort& effort
     PlainLines plain(context, view, PlainLines::Thin, 1.0f);
     plain.load(set);
     Dice ourDice, plainDice;
+    QColor color;
     const PairedRuns runs(PairedRuns::timed([&] { scene.prepare(); },
                                             [&] {
-                                                element->setColor(ourDice.color());
+                                                color = ourDice.color();
+                                                element->setColor(color);
                                                 QCoreApplication::processEvents();
                                                 scene.drawFrame();
                                             }),
@@ -92,7 +93,9 @@ std::vector<Result> compareEditing(qint64 size, const PairedRuns::Effort& effort
                                             }),
                           effort);
     Result result = Result::of(runs);
-    result.problem = comparePictures(scene.picture(), context.picture(), allowed);
+    const QImage ours = scene.picture(), theirs = context.picture();
+    result.problem = comparePictures(ours, theirs, allowed);
+    if (result.problem.isEmpty()) result.problem = compareColored(ours, theirs, color);
     return {result};
 }
 

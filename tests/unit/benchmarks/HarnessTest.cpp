@@ -211,6 +211,20 @@ TEST(Pictures, AreTheSameUpToTheShareThatIsAllowed)
               QStringLiteral("the pictures are of different sizes"));
 }
 
+TEST(Pictures, ShowTheOneItemThatHasAColour)
+{
+    const QColor color(200, 0, 0);
+    EXPECT_EQ(pixelsOf(picture(1000, 30), color), 30);
+    EXPECT_EQ(pixelsOf(picture(1000, 30), QColor(202, 2, 2)), 30);
+    EXPECT_EQ(pixelsOf(picture(1000, 30), QColor(203, 0, 0)), 0);
+    EXPECT_EQ(compareColored(picture(1000, 35), picture(1000, 30), color), QString()) << "3 and 2 more";
+    EXPECT_EQ(compareColored(picture(1000, 36), picture(1000, 30), color),
+              QStringLiteral("of #c80000 our picture shows 36 pixels, the plain one 30"));
+    EXPECT_FALSE(compareColored(picture(1000, 24), picture(1000, 30), color).isEmpty());
+    EXPECT_FALSE(compareColored(picture(1000, 0), picture(1000, 2), color).isEmpty());
+    EXPECT_FALSE(compareColored(picture(1000, 0), picture(1000, 0), color).isEmpty());
+}
+
 TEST(BenchmarkOptions, AreReadOrRefusedWithALine)
 {
     const Options options = Options::of({"--quick", "--filter", "B1/", "--document", "d.md", "--check"});
