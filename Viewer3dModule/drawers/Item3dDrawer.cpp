@@ -222,7 +222,7 @@ bool Item3dDrawer::prepareProgram(const PaintContext& context)
 void Item3dDrawer::bindFence(OpenGLFunctions& gl, const PaintContext& context)
 {
     Fence3dItem* fence = isFenced() ? m_scene->getFence() : nullptr;
-    if (!fence || !fence->bind(context)) uniforms::set(gl, m_uniforms.fenceToUse, 0);
+    if (!fence || !fence->bind(context, m_uniforms)) uniforms::set(gl, m_uniforms.fenceToUse, 0);
 }
 
 void Item3dDrawer::joinSelection(const PaintContext& context)

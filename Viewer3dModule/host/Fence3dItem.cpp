@@ -80,6 +80,11 @@ std::shared_ptr<Fence3DObject> makeFence(int type)
     return sphere;
 }
 
+bool canAsk(const PaintContext& context)
+{
+    return context.program && currentGLFunctions();
+}
+
 } // namespace
 
 Fence3dItem::Fence3dItem(CModelElement* owner)
@@ -140,10 +145,13 @@ void Fence3dItem::setInteractionMode(bool on)
 
 bool Fence3dItem::bind(const PaintContext& context)
 {
+    return canAsk(context) && bind(context, PassUniforms::of(*context.program));
+}
+
+bool Fence3dItem::bind(const PaintContext& context, const PassUniforms& locations)
+{
     OpenGLFunctions* gl = currentGLFunctions();
-    if (!gl || !context.program) return false;
-    const PassUniforms locations = PassUniforms::of(*context.program);
-    if (locations.fenceToUse < 0) return false;
+    if (!gl || !context.program || locations.fenceToUse < 0) return false;
     const int kind = empty() ? 0 : getFenceType();
     uniforms::set(*gl, locations.fenceToUse, kind);
     // nobody sees the grey of a pass for depths, and what is measured in it would be taken for what is there
@@ -151,9 +159,9 @@ bool Fence3dItem::bind(const PaintContext& context)
     switch (kind) {
     case Fence3DObject::Frustum3D:
     case Fence3DObject::PrismFence:
-        return bindFrustumPrism(context);
+        return bindFrustumPrism(context, locations);
     case Fence3DObject::SphereFence:
-        return bindSphere(context);
+        return bindSphere(context, locations);
     default:
         return false;
     }
@@ -184,28 +192,37 @@ std::optional<FenceSides> Fence3dItem::getSides(const glm::dmat4& sceneToModel)
     return FenceSides(*m_fence, m_innerBox, m_outerBox, sceneToModel);
 }
 
-void Fence3dItem::setSweptUniforms(OpenGLFunctions& gl, const PaintContext& context, const SweptFence& swept)
+void Fence3dItem::setSweptUniforms(OpenGLFunctions& gl, const PassUniforms& locations,
+                                   const SweptFence& swept, const glm::dmat4& sceneToModel)
 {
     updateBoxes(*swept.polygon);
-    const PassUniforms locations = PassUniforms::of(*context.program);
     const auto vectorOf = [](const FenceBox& box) { return glm::vec4(box.low, box.high); };
     uniforms::set(gl, locations.fenceInnerBox, vectorOf(m_innerBox));
     uniforms::set(gl, locations.fenceOuterBox, vectorOf(m_outerBox));
     uniforms::set(gl, locations.fenceEnds, glm::vec2(glm::dvec2(swept.zNear, swept.zFar)));
     uniforms::set(gl, locations.fenceCount, static_cast<int>(swept.polygon->size()));
-    const glm::dmat4 fromScene = swept.fromModel * context.scene->sceneToModelTransform();
-    uniforms::set(gl, locations.fenceFromScene, glm::mat4(fromScene));
+    uniforms::set(gl, locations.fenceFromScene, glm::mat4(swept.fromModel * sceneToModel));
+}
+
+bool Fence3dItem::bindFrustumPrism(const PaintContext& context)
+{
+    return canAsk(context) && bindFrustumPrism(context, PassUniforms::of(*context.program));
+}
+
+bool Fence3dItem::bindSphere(const PaintContext& context)
+{
+    return canAsk(context) && bindSphere(context, PassUniforms::of(*context.program));
 }
 
 // Mapping a buffer that passes are still drawing with makes the driver wait for them. So what is there
 // already is not written again: of all the passes of a frame the first one writes.
-bool Fence3dItem::bindFrustumPrism(const PaintContext& context)
+bool Fence3dItem::bindFrustumPrism(const PaintContext& context, const PassUniforms& locations)
 {
-    if (!context.scene || !context.program) return false;
+    if (!context.scene) return false;
     std::vector<char> bytes = makeRecord(context.scene->modelToSceneTransform());
     OpenGLFunctions* gl = currentGLFunctions();
     if (bytes.empty() || !gl) return false;
-    setSweptUniforms(*gl, context, *sweptFence(*m_fence));
+    setSweptUniforms(*gl, locations, *sweptFence(*m_fence), context.scene->sceneToModelTransform());
     if (bytes != m_written) {
         m_written.clear();
         if (!m_buffer.resize(bytes.size())) return false;
@@ -218,12 +235,11 @@ bool Fence3dItem::bindFrustumPrism(const PaintContext& context)
     return m_buffer.bind(*context.program);
 }
 
-bool Fence3dItem::bindSphere(const PaintContext& context)
+bool Fence3dItem::bindSphere(const PaintContext& context, const PassUniforms& locations)
 {
     const auto* fence = dynamic_cast<const SphereFence*>(m_fence.get());
     OpenGLFunctions* gl = currentGLFunctions();
-    if (!fence || !gl || !context.scene || !context.program) return false;
-    const PassUniforms locations = PassUniforms::of(*context.program);
+    if (!fence || !gl || !context.scene) return false;
     const glm::dmat4 modelToScene = context.scene->modelToSceneTransform();
     const double radius = glm::length(modelToScene * glm::dvec4(0.0, 0.0, fence->getRadius(), 0.0));
     const double signedRadius = std::copysign(radius, fence->getRadius()); // below 0 it contains nothing

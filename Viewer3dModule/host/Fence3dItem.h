@@ -12,6 +12,7 @@
 
 class CProjectModel;
 struct PaintContext;
+struct PassUniforms;
 
 /// The fence of the 3D view as an element of the project, and what hands it to the shaders.
 ///
@@ -64,6 +65,8 @@ public:
     /// the program limits what it draws: false without an OpenGL context or program, without the uniform (the
     /// program is left as it is), for no fence or an empty one, and when the data cannot be handed over.
     bool bind(const PaintContext& context);
+    /// The same where it is known where the program has its uniforms, see PassUniforms::of.
+    bool bind(const PaintContext& context, const PassUniforms& locations);
     /// The data of a frustum or a prism: fills the storage block "prism_fence_buffer", binding point 10, with
     /// 144 + 8 * n bytes for n points, and binds it. A record that is there already is not written again.
     /// Little-endian, 32 bits a number:
@@ -99,7 +102,10 @@ private:
     void serializeFields(CQtArchive& archive);
     std::vector<char> makeRecord(const glm::dmat4& modelToScene) const;
     void updateBoxes(const std::vector<glm::vec2>& polygon);
-    void setSweptUniforms(OpenGLFunctions& gl, const PaintContext& context, const SweptFence& swept);
+    bool bindFrustumPrism(const PaintContext& context, const PassUniforms& locations);
+    bool bindSphere(const PaintContext& context, const PassUniforms& locations);
+    void setSweptUniforms(OpenGLFunctions& gl, const PassUniforms& locations, const SweptFence& swept,
+                          const glm::dmat4& sceneToModel);
 
     std::shared_ptr<Fence3DObject> m_fence;
     ShaderStorageBufferObject m_buffer;
