@@ -2,11 +2,11 @@
 
 #include "tests/gl/glyphs/GlyphsTest.h"
 #include "tests/gl/instanced/InstancedTest.h"
+#include "tests/support/NotingMeshItem.h"
 
 #include <Viewer3dModule/drawables/CaptionsDrawable3dItem.h>
 #include <Viewer3dModule/drawables/DrawableShaderCylinder.h>
 #include <Viewer3dModule/drawables/IconTexture.h>
-#include <Viewer3dModule/drawables/MeshNode3d.h>
 #include <Viewer3dModule/drawables/PolyPolyline3dItem.h>
 #include <Viewer3dModule/drawers/DrawerType.h>
 #include <Viewer3dModule/drawers/SequentialItem3dDrawer.h>
@@ -34,28 +34,19 @@ QColor colorOfItem(int index)
     return QColor::fromHsv(index * 7 % 360, 200, 200);
 }
 
-class BoxItem : public Drawable3dItem
+class BoxItem : public NotingMeshItem
 {
 public:
     BoxItem(MeshData data, bool promises)
-        : m_node(std::move(data))
+        : NotingMeshItem(std::move(data))
     {
         if (!promises) return;
-        setDrawsByPrimitives(m_node.drawsByPrimitives());
-        setShowsItemColors(m_node.showsItemColors());
-        setUntextured(m_node.isUntextured());
-        setUnlit(m_node.isUnlit());
-        setSolid(m_node.isSolid());
+        setDrawsByPrimitives(node.drawsByPrimitives());
+        setShowsItemColors(node.showsItemColors());
+        setUntextured(node.isUntextured());
+        setUnlit(node.isUnlit());
+        setSolid(node.isSolid());
     }
-    using Drawable3dItem::setDrawer;
-    bool isHighlighted() const override { return highlighted; }
-    bool highlighted = false;
-
-protected:
-    void draw(const PaintContext& context) override { m_node.draw(context, 1); }
-
-private:
-    MeshNode3d m_node;
 };
 
 MeshData boxMesh(int index)

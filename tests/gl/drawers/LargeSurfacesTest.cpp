@@ -1,8 +1,8 @@
 #include "tests/support/ImageCheck.h"
+#include "tests/support/NotingMeshItem.h"
 #include "tests/support/RenderTarget.h"
 #include "tests/support/SceneTest.h"
 
-#include <Viewer3dModule/drawables/MeshNode3d.h>
 #include <Viewer3dModule/drawers/DrawerType.h>
 #include <Viewer3dModule/drawers/Item3dDrawer.h>
 #include <Viewer3dModule/fences/SphereFence.h>
@@ -18,33 +18,18 @@
 
 namespace {
 
-/// Draws a mesh, which is called large or not whatever its size, and notes by which program.
-class SurfaceItem : public Drawable3dItem
+/// A mesh that is called large or not, whatever its size.
+class SurfaceItem : public NotingMeshItem
 {
 public:
     SurfaceItem(MeshData data, bool large)
-        : m_node(std::move(data))
+        : NotingMeshItem(std::move(data))
     {
-        m_node.promiseFor(*this);
+        node.promiseFor(*this);
         setLargeSurface(large);
     }
-    using Drawable3dItem::setDrawer;
-    bool isHighlighted() const override { return highlighted; }
     /// Whether its last pass took the program for large surfaces.
     bool wasLarge() const { return lastProgram && isForLargeSurfaces(*lastProgram); }
-
-    bool highlighted = false;
-    const QOpenGLShaderProgram* lastProgram = nullptr;
-
-protected:
-    void draw(const PaintContext& context) override
-    {
-        lastProgram = context.program;
-        m_node.draw(context, 1);
-    }
-
-private:
-    MeshNode3d m_node;
 };
 
 using Items = std::vector<std::unique_ptr<SurfaceItem>>;

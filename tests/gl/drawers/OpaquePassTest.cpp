@@ -1,8 +1,8 @@
 #include "tests/support/ImageCheck.h"
+#include "tests/support/NotingMeshItem.h"
 #include "tests/support/RenderTarget.h"
 #include "tests/support/SceneTest.h"
 
-#include <Viewer3dModule/drawables/MeshNode3d.h>
 #include <Viewer3dModule/drawers/DrawerType.h>
 #include <Viewer3dModule/drawers/SequentialItem3dDrawer.h>
 
@@ -23,26 +23,22 @@ MeshData facingSquare(float left, const QColor& color)
     return data;
 }
 
-class SquareItem : public Drawable3dItem
+class SquareItem : public NotingMeshItem
 {
 public:
     explicit SquareItem(MeshData data)
-        : m_node(std::move(data))
+        : NotingMeshItem(std::move(data))
     {
-        m_node.promiseFor(*this);
+        node.promiseFor(*this);
     }
-    using Drawable3dItem::setDrawer;
     bool wasBlended = false;
 
 protected:
     void draw(const PaintContext& context) override
     {
         wasBlended = getGLFunctions()->glIsEnabled(GL_BLEND) == GL_TRUE;
-        m_node.draw(context, 1);
+        NotingMeshItem::draw(context);
     }
-
-private:
-    MeshNode3d m_node;
 };
 
 class OpaquePassTest : public SceneTest

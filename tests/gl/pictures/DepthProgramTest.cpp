@@ -1,7 +1,8 @@
 #include "SceneDepthMapGeneratorTest.h"
 #include "Shapes.h"
 
-#include <Viewer3dModule/drawables/MeshNode3d.h>
+#include "tests/support/NotingMeshItem.h"
+
 #include <Viewer3dModule/drawers/SequentialItem3dDrawer.h>
 #include <Viewer3dModule/fences/SphereFence.h>
 #include <Viewer3dModule/host/Fence3dItem.h>
@@ -20,30 +21,15 @@
 
 namespace {
 
-class NotingMeshItem : public Drawable3dItem
+/// A mesh that says whether it is solid.
+class DepthMesh : public NotingMeshItem
 {
 public:
-    explicit NotingMeshItem(MeshData data)
-        : m_node(std::move(data))
+    explicit DepthMesh(MeshData data)
+        : NotingMeshItem(std::move(data))
     {
-        setSolid(m_node.isSolid());
+        setSolid(node.isSolid());
     }
-    using Drawable3dItem::setDrawer;
-
-    bool isHighlighted() const override { return highlighted; }
-
-    bool highlighted = false;
-    const QOpenGLShaderProgram* lastProgram = nullptr;
-
-protected:
-    void draw(const PaintContext& context) override
-    {
-        lastProgram = context.program;
-        m_node.draw(context, 1);
-    }
-
-private:
-    MeshNode3d m_node;
 };
 
 MeshData::Part part(MeshData::Part::Kind kind, std::size_t first, std::size_t count)
@@ -102,7 +88,7 @@ std::vector<char> bytesOf(const QImage& map)
 class DepthProgramTest : public SceneDepthMapGeneratorTest
 {
 protected:
-    QImage mapOf(NotingMeshItem& item, int drawerType)
+    QImage mapOf(DepthMesh& item, int drawerType)
     {
         item.setDrawer(scene->getDefaultDrawer(drawerType));
         return map({&item}, QSize(120, 90));
@@ -115,7 +101,7 @@ protected:
 
 TEST_F(DepthProgramTest, LeavesTheSameDepthsToTheBit)
 {
-    NotingMeshItem item(mixture());
+    DepthMesh item(mixture());
     ASSERT_TRUE(item.isSolid());
     for (const int type : {DrawerType::Mono, DrawerType::VertexColor, DrawerType::Mesh}) {
         item.setSolid(true);
@@ -137,7 +123,7 @@ TEST_F(DepthProgramTest, HasAVariantForLargeSurfaces)
     project->addProjectSettings(new COrdinaryItemCreator<Scene3dViewLightingSettings>, 4);
     MeshData data = mixture();
     data.parts.resize(1);
-    NotingMeshItem item(data);
+    DepthMesh item(data);
     const QImage usual = mapOf(item, DrawerType::Mesh);
     item.setLargeSurface(true);
     const QImage large = mapOf(item, DrawerType::Mesh);
@@ -155,7 +141,7 @@ TEST_F(DepthProgramTest, IsNoneOfProgramsThatShapeWhatTheyDraw)
     for (const int type : {DrawerType::Texture, DrawerType::WideLines, DrawerType::DashedLines,
                            DrawerType::SolidRegularLines, DrawerType::Caption}) {
         EXPECT_EQ(scene->getDepthProgram(programOf(type)), nullptr) << type;
-        NotingMeshItem item(square());
+        DepthMesh item(square());
         mapOf(item, type);
         EXPECT_NE(item.lastProgram, scene->getDepthProgram(programOf(DrawerType::Mono))) << type;
     }
@@ -164,7 +150,7 @@ TEST_F(DepthProgramTest, IsNoneOfProgramsThatShapeWhatTheyDraw)
 
 TEST_F(DepthProgramTest, StaysOutOfPictures)
 {
-    NotingMeshItem item(square());
+    DepthMesh item(square());
     item.setDrawer(scene->getDefaultDrawer(DrawerType::Mesh));
     scene->drawElements(paintContext(8, 8), nullptr, {});
     EXPECT_EQ(item.lastProgram, programOf(DrawerType::Mesh));
@@ -172,7 +158,7 @@ TEST_F(DepthProgramTest, StaysOutOfPictures)
 
 TEST_F(DepthProgramTest, WhatIsHighlightedIsDrawnInItsColour)
 {
-    NotingMeshItem item(square());
+    DepthMesh item(square());
     item.highlighted = true;
     mapOf(item, DrawerType::Mesh);
     EXPECT_EQ(item.lastProgram, programOf(DrawerType::Mesh));
@@ -182,7 +168,7 @@ TEST_F(DepthProgramTest, WhatIsHighlightedIsDrawnInItsColour)
 TEST_F(DepthProgramTest, WhatIsFencedIsDrawnByAProgramThatCuts)
 {
     project->addProjectSettings(new COrdinaryItemCreator<Fence3dItem>, CProject::StoredSettings);
-    NotingMeshItem item(square());
+    DepthMesh item(square());
     Fence3dItem* fence = scene->getFence();
     ASSERT_TRUE(fence);
     std::dynamic_pointer_cast<SphereFence>(fence->getCreateFence(Fence3DObject::SphereFence))
@@ -201,11 +187,11 @@ TEST_F(DepthProgramTest, WhatIsFencedIsDrawnByAProgramThatCuts)
 TEST_F(DepthProgramTest, SolidItemsAndOthersHideEachOther)
 {
     for (const bool isFirstSolid : {false, true}) {
-        NotingMeshItem first(square()), second(square());
+        DepthMesh first(square()), second(square());
         first.setSolid(isFirstSolid);
         second.setSolid(!isFirstSolid);
         second.setTransform(glm::translate(glm::mat4(1.0f), glm::vec3(0, 0, 3)), false);
-        for (NotingMeshItem* item : {&first, &second})
+        for (DepthMesh* item : {&first, &second})
             item->setDrawer(scene->getDefaultDrawer(DrawerType::Mesh));
         EXPECT_NEAR(distanceAt(map({&first, &second}), Size.width() / 2, Size.height() / 2), 7.0f, 1e-4f);
     }
@@ -216,7 +202,7 @@ TEST_F(DepthProgramTest, HolesOfATextureStayHoles)
     MeshData data = square();
     data.images = {halfTransparent()};
     data.parts.front().image = 0;
-    NotingMeshItem item(std::move(data));
+    DepthMesh item(std::move(data));
     EXPECT_FALSE(item.isSolid());
     const QImage image = mapOf(item, DrawerType::Mesh);
     EXPECT_NEAR(distanceAt(image, 40, 45), 10.0f, 1e-4f);
