@@ -13,17 +13,15 @@
 
 namespace {
 
-constexpr qint64 startCount = 100;
-
 void tellStart(const Lap& lap, const QImage& picture, const QString& path)
 {
     if (!picture.save(path)) throw std::runtime_error("cannot write " + path.toStdString());
     std::printf("%.6f %.6f\n", lap.wall, lap.processor);
 }
 
-void startOurs(const QString& path)
+void startOurs(const QString& path, qint64 count)
 {
-    const LineSet set(startCount);
+    const LineSet set(count);
     const Stopwatch stopwatch;
     BenchScene scene(View::whole());
     addLines(scene, set, 1.0f);
@@ -31,9 +29,9 @@ void startOurs(const QString& path)
     tellStart(stopwatch.lap(), scene.picture(), path);
 }
 
-void startPlain(const QString& path)
+void startPlain(const QString& path, qint64 count)
 {
-    const LineSet set(startCount);
+    const LineSet set(count);
     const Stopwatch stopwatch;
     PlainContext context(View::whole().size);
     PlainLines lines(context, View::whole(), PlainLines::Thin, 1.0f);
@@ -60,13 +58,14 @@ void tellMemory(qint64 count)
 
 int runChild(const QStringList& arguments)
 {
-    const QString what = arguments.value(0), value = arguments.value(1);
+    const QString what = arguments.value(0), path = arguments.value(2);
+    const qint64 count = arguments.value(1).toLongLong();
     if (what == "start-ours")
-        startOurs(value);
+        startOurs(path, count);
     else if (what == "start-plain")
-        startPlain(value);
+        startPlain(path, count);
     else if (what == "memory")
-        tellMemory(value.toLongLong());
+        tellMemory(count);
     else
         throw std::runtime_error("a child knows nothing of '" + what.toStdString() + "'");
     return 0;

@@ -16,14 +16,14 @@ namespace {
 constexpr double allowed = 0.005;
 
 // From the context to the first picture, each run in a process of its own.
-std::vector<Result> compareStarts(qint64, const PairedRuns::Effort& effort)
+std::vector<Result> compareStarts(qint64 size, const PairedRuns::Effort& effort)
 {
     const QTemporaryDir folder;
     const QString ours = folder.filePath(QStringLiteral("ours.png"));
     const QString plain = folder.filePath(QStringLiteral("plain.png"));
-    const auto start = [](const char* what, const QString& path) -> PairedRuns::Side {
-        return [what, path] {
-            const QStringList times = askChild({what, path});
+    const auto start = [size](const char* what, const QString& path) -> PairedRuns::Side {
+        return [what, size, path] {
+            const QStringList times = askChild({what, QString::number(size), path});
             return Lap{times.value(0).toDouble(), times.value(1).toDouble()};
         };
     };
