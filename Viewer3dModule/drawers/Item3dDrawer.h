@@ -39,7 +39,7 @@ public:
     /// Items that are still registered become unregistered.
     ~Item3dDrawer() override;
 
-    /// Draws the visible items that pass the filter (empty: all).
+    /// Draws the visible items that pass the filter (empty: all), which holds for as long as the call.
     virtual void draw(const PaintContext& context, Filter filter) = 0;
     /// A new drawer of the same kind and settings on the same scene, with an empty registry.
     virtual std::unique_ptr<Item3dDrawer> clone() const = 0;

@@ -269,7 +269,8 @@ void Scene3d::drawWith(Item3dDrawer& drawer, const PaintContext& context, const 
     std::optional<ForegroundRange> range;
     OpenGLFunctions* gl = getGLFunctions();
     if (gl && drawer.isForeground() && !drawer.getItems().empty()) range.emplace(*gl);
-    drawer.draw(context, itemFilter);
+    // A copy of the filter would allocate.
+    drawer.draw(context, [&itemFilter](Drawable3dItem* item) { return itemFilter(item); });
 }
 
 void Scene3d::drawFrame(const PaintContext& context, const CFilterElement* filter, ItemFilter itemFilter)

@@ -42,8 +42,8 @@ protected:
         EXPECT_GT(few.calls, 10) << "nothing is drawn";
         EXPECT_LE(many.queries, 0) << "in the whole frame";
         EXPECT_LE(many.signalCount, 0) << "in the whole frame";
-        EXPECT_LE(many.allocations, 20)
-            << "in the whole frame: most for the filter, which each drawer is given";
+        EXPECT_LE(many.allocations, 9)
+            << "in the whole frame: the filter, what it knows, and what is known of programs";
         const auto each = [](int more) { return double(more) / (Many - Few); };
         return {each(many.calls - few.calls), each(many.queries - few.queries),
                 each(many.allocations - few.allocations), each(many.signalCount - few.signalCount)};
