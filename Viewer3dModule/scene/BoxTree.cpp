@@ -133,9 +133,7 @@ void BoxTree::order()
         const Box& leaf = m_leaves[position];
         if (leaf.number < 0) continue;
         const bool isSomewhere = !leaf.isEmpty();
-        places.emplace_back(
-            isSomewhere ? placeOnCurve((leaf.low * 0.5 + leaf.high * 0.5 - middles.low) / size) : 0,
-            position);
+        places.emplace_back(isSomewhere ? placeOnCurve((leaf.center() - middles.low) / size) : 0, position);
     }
     std::sort(places.begin(), places.end());
 
@@ -197,12 +195,10 @@ void BoxTree::find(const PictureVolume& volume, std::vector<std::uint8_t>& found
 void BoxTree::visit(const PictureVolume& volume, PictureVolume::Planes planes, std::size_t level,
                     std::size_t index, std::vector<std::uint8_t>& found) const
 {
-    const auto partOf = [&volume](const Box& box, PictureVolume::Planes& rest) {
-        if (box.isEmpty()) return PictureVolume::Part::None;
-        return volume.partOf(box.low * 0.5 + box.high * 0.5, (box.high - box.low) / 2.0,
-                             static_cast<double>(box.reach), rest);
-    };
-    const PictureVolume::Part part = partOf(m_levels[level][index], planes);
+    const Box& box = m_levels[level][index];
+    if (box.isEmpty()) return;
+    const PictureVolume::Part part =
+        volume.partOf(box.center(), box.half(), static_cast<double>(box.reach), planes);
     if (part == PictureVolume::Part::None) return;
     if (part == PictureVolume::Part::All) {
         takeAll(level, index, found);
@@ -215,11 +211,22 @@ void BoxTree::visit(const PictureVolume& volume, PictureVolume::Planes planes, s
             visit(volume, planes, level - 1, child, found);
         return;
     }
+    takeReached(volume, planes, box.reach, first, found);
+}
+
+void BoxTree::takeReached(const PictureVolume& volume, PictureVolume::Planes planes, float reach,
+                          std::size_t first, std::vector<std::uint8_t>& found) const
+{
+    PictureVolume::Border border = volume.border(static_cast<double>(reach), planes);
     const std::size_t end = std::min(first + width, m_leaves.size());
     for (std::size_t i = first; i < end; ++i) {
-        PictureVolume::Planes rest = planes;
-        if (partOf(m_leaves[i], rest) != PictureVolume::Part::None)
-            found[static_cast<std::size_t>(m_leaves[i].number)] = 1;
+        const Box& leaf = m_leaves[i];
+        if (leaf.isEmpty()) continue;
+        if (leaf.reach < reach || leaf.reach > reach) {
+            reach = leaf.reach;
+            border = volume.border(static_cast<double>(reach), planes);
+        }
+        if (!border.leavesOut(leaf.center(), leaf.half())) found[static_cast<std::size_t>(leaf.number)] = 1;
     }
 }
 

@@ -45,6 +45,8 @@ private:
         int number = -1; // of what was removed, and of those that hold others: -1
 
         bool isEmpty() const { return !(low.x <= high.x); }
+        glm::dvec3 center() const { return low * 0.5 + high * 0.5; }
+        glm::dvec3 half() const { return (high - low) * 0.5; }
         void unite(const Box& other);
     };
 
@@ -56,6 +58,10 @@ private:
     Box nodeOf(std::size_t level, std::size_t index) const;
     void visit(const PictureVolume& volume, unsigned int planes, std::size_t level, std::size_t index,
                std::vector<std::uint8_t>& found) const;
+    /// Of the leaves of one box of the first level.
+    /// @param reach  that of the box
+    void takeReached(const PictureVolume& volume, unsigned int planes, float reach, std::size_t first,
+                     std::vector<std::uint8_t>& found) const;
     void takeAll(std::size_t level, std::size_t index, std::vector<std::uint8_t>& found) const;
 
     std::vector<Box> m_leaves;
