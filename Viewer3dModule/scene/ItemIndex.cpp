@@ -30,6 +30,7 @@ void ItemIndex::remove(Graphics3dItem& item)
     if (drawable.m_indexPlace == Drawable3dItem::NoIndexPlace) return;
     const int number = numberAt(drawable.m_indexPlace);
     m_boxes.remove(number);
+    setLimited(drawable, false);
     m_alwaysSeen.erase(number);
     ++m_membership;
     if (drawable.m_indexWaiting >= 0) m_waiting[static_cast<std::size_t>(drawable.m_indexWaiting)] = nullptr;
@@ -62,12 +63,26 @@ void ItemIndex::update()
         const auto reach = static_cast<float>(std::max(reaches.of(*item), 0.0));
         const bool mayBeLeftOut = box.isValid() && std::isfinite(reach) && reaches.isDrawnByItself(*item);
         m_boxes.set(number, box, mayBeLeftOut ? reach : 0.0f);
-        item->m_indexPlace = mayBeLeftOut ? number : ~number;
+        setLimited(*item, mayBeLeftOut);
         if (item->isVisible() && !mayBeLeftOut && reaches.isDrawnByItself(*item))
             m_alwaysSeen.insert(number);
         else
             m_alwaysSeen.erase(number);
     }
+}
+
+void ItemIndex::setLimited(Drawable3dItem& item, bool limited)
+{
+    const bool wasLimited = item.m_indexPlace >= 0;
+    if (limited == wasLimited) return;
+    item.m_indexPlace = ~item.m_indexPlace;
+    m_limitedCount = limited ? m_limitedCount + 1 : m_limitedCount - 1;
+}
+
+bool ItemIndex::mayLeaveOut()
+{
+    update();
+    return m_limitedCount != 0;
 }
 
 ItemIndex::Seen ItemIndex::find(const PictureVolume& volume)

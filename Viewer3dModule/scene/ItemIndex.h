@@ -76,6 +76,8 @@ public:
     void change(Drawable3dItem& item);
 
     Seen find(const PictureVolume& volume);
+    /// Whether there is any item now that may be left out of a picture.
+    bool mayLeaveOut();
 
     /// The item's number, which it keeps until it is removed; -1 for items that are not here. All numbers are
     /// below size().
@@ -89,10 +91,13 @@ public:
 
 private:
     void update();
+    /// Whether the item, which is here, may be left out.
+    void setLimited(Drawable3dItem& item, bool limited);
 
     BoxTree m_boxes;
     std::vector<Graphics3dItem*> m_waiting; // for their boxes to be taken; null where it was removed
     std::unordered_set<int> m_alwaysSeen;   // numbers of visible items that are drawn one by one
+    std::size_t m_limitedCount = 0;
     std::uint64_t m_version = 0;
     std::uint64_t m_membership = 0;
 };

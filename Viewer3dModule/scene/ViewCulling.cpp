@@ -17,6 +17,11 @@ struct CulledPass
     Scene3d::ItemFilter filter;
 };
 
+bool isShown(Drawable3dItem* item)
+{
+    return item && item->isVisible();
+}
+
 } // namespace
 
 bool ViewCulling::canLeaveOut(const PaintContext& context) const
@@ -29,6 +34,7 @@ Scene3d::ItemFilter ViewCulling::filter(const PaintContext& context, Scene3d::It
 {
     if (!canLeaveOut(context)) return filter;
     m_scene.flushBounds();
+    if (!m_scene.itemIndex().mayLeaveOut()) return filter ? std::move(filter) : isShown;
     const QSize size = context.viewportRect.size();
     const PictureVolume volume(glm::dmat4(context.projection) * glm::dmat4(context.view), size,
                                QRect(QPoint(0, 0), size));
@@ -37,5 +43,5 @@ Scene3d::ItemFilter ViewCulling::filter(const PaintContext& context, Scene3d::It
     if (pass->filter)
         return
             [pass](Drawable3dItem* item) { return item && pass->seen.isSeen(*item) && pass->filter(item); };
-    return [pass](Drawable3dItem* item) { return item && item->isVisible() && pass->seen.isSeen(*item); };
+    return [pass](Drawable3dItem* item) { return isShown(item) && pass->seen.isSeen(*item); };
 }

@@ -11,10 +11,12 @@
 #include <Viewer3dModule/drawers/DrawerType.h>
 #include <Viewer3dModule/drawers/IItem3dSelectionProvider.h>
 #include <Viewer3dModule/drawers/SequentialItem3dDrawer.h>
+#include <Viewer3dModule/scene/ViewCulling.h>
 
 #include <QtGui/QPolygonF>
 
 #include <algorithm>
+#include <limits>
 
 // What a pass costs besides its items: questions to the driver, allocations and signals, once the programs
 // are there and nothing changes. The numbers are those that are reached.
@@ -220,6 +222,40 @@ TEST_F(PassCostTest, OfBatches)
     addLine(drawer, DrawerType::Mono);
     check("batches", drawer, 0, 0);
     m_items.clear();
+}
+
+// Marks are drawn all together, and never left out.
+TEST_F(PassCostTest, ViewsOfMarksAloneLookForNothingToLeaveOut)
+{
+    scene->addDrawer(MarkItem::DrawerKind, std::make_unique<MarkDrawer>(scene.get()));
+    scene->addElement(new MarkItem(1, glm::vec3(0.0f)));
+    const ViewCulling culling(*scene);
+    const PaintContext context = paintContext(32, 32);
+    const auto allocations = [&] {
+        culling.filter(context); // takes boxes of what has changed
+        CallCounter counter(*gl);
+        culling.filter(context);
+        return counter.allocations();
+    };
+    EXPECT_EQ(allocations(), 0);
+    TestElement element;
+    auto* item = new TestGraphicsItem(&element);
+    item->fixedBox = gmx::BoundingBox(glm::dvec3(5.0), glm::dvec3(6.0));
+    item->setPixelReach(0.0f);
+    scene->addElement(item);
+    EXPECT_FALSE(culling.filter(context)(item));
+    EXPECT_GT(allocations(), 0);
+    item->setVisible(false);
+    EXPECT_EQ(allocations(), 0) << "what is hidden need not be left out";
+    item->setVisible(true);
+    EXPECT_FALSE(culling.filter(context)(item));
+    item->setPixelReach(std::numeric_limits<float>::infinity());
+    EXPECT_EQ(allocations(), 0) << "what has no limits is never left out";
+    item->setPixelReach(0.0f);
+    EXPECT_FALSE(culling.filter(context)(item));
+    scene->removeElement(item->getId());
+    EXPECT_EQ(allocations(), 0);
+    scene->clear();
 }
 
 } // namespace
