@@ -15,9 +15,10 @@ constexpr float markSize = 5.0f;          // pixels
 QOpenGLShaderProgram* createProgram(Scene3d* scene)
 {
     if (!scene) return nullptr;
-    return scene->createProgram({QStringLiteral("shader:Viewer3dModule/common.vertex.glsl"),
-                                 QStringLiteral("shader:TerrainKit/ExtraPoint.fragment.glsl")},
-                                {"RX_USE_INSTANCED_DRAW", "RX_USE_INSTANCE_POSITION"}, {});
+    return scene->createProgram(
+        {QStringLiteral("shader:Viewer3dModule/common.vertex.glsl"),
+         QStringLiteral("shader:TerrainKit/ExtraPoint.fragment.glsl")},
+        {"RX_USE_INSTANCED_DRAW", "RX_USE_INSTANCE_POSITION", "RX_NO_USE_PER_VERTEX_COORDS"}, {});
 }
 
 } // namespace

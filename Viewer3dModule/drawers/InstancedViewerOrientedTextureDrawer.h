@@ -9,7 +9,8 @@
 ///
 /// Its fragment stage, "shader:TerrainKit/ExtraPoint.fragment.glsl", is no resource of this module: a host
 /// that wants marks registers one under that name. Without it the builder's messages come once, at
-/// construction, and nothing is drawn. Items that stand for no model element are not shown.
+/// construction, and nothing is drawn. Items that stand for no model element are not shown. Its vertex stage
+/// reads no vertices, a mark is where its record is: a subclass that draws some brings a program of its own.
 class VIEWER3DMODULE_EXPORT InstancedViewerOrientedTextureDrawer : public InstancedItem3dDrawer<glm::vec3>
 {
 public:
