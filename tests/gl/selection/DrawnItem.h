@@ -29,8 +29,11 @@ public:
     {
         if (updating) updating();
     }
+    bool describeDrawing(ItemDrawing& drawn) override { return describing && describing(drawn); }
+    using Drawable3dItem::drawingChanged;
 
     std::function<void(const PaintContext&)> drawing;
+    std::function<bool(ItemDrawing&)> describing; ///< what is drawn, where there is anything to tell
     std::function<void()> updating;   ///< what an update of the scene does
     gmx::BoundingBox box;             ///< scene coordinates
     std::vector<glm::dvec3> vertices; ///< scene coordinates

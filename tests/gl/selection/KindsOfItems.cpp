@@ -15,8 +15,7 @@
 
 namespace {
 
-constexpr int RoundPointsType = 5001, TwoStagesType = 5002, SphereType = DrawerType::ShaderSphere,
-              CylinderType = DrawerType::ShaderCylinder;
+constexpr int SphereType = DrawerType::ShaderSphere, CylinderType = DrawerType::ShaderCylinder;
 constexpr int TextureWidth = 24, TextureHeight = 10;
 
 int drawerTypeOf(KindsOfItems::Kind kind)
@@ -29,7 +28,7 @@ int drawerTypeOf(KindsOfItems::Kind kind)
     case KindsOfItems::Solid:
         return DrawerType::SolidRegularLines;
     case KindsOfItems::RoundPoints:
-        return RoundPointsType;
+        return KindsOfItems::RoundPointsType;
     case KindsOfItems::PlainMesh:
     case KindsOfItems::ColoredMesh:
         return DrawerType::Mesh;
@@ -38,7 +37,7 @@ int drawerTypeOf(KindsOfItems::Kind kind)
     case KindsOfItems::Caption:
         return DrawerType::Caption;
     case KindsOfItems::LinesAndPoints:
-        return TwoStagesType;
+        return KindsOfItems::TwoStagesType;
     case KindsOfItems::Sphere:
         return SphereType;
     case KindsOfItems::Cylinder:
@@ -58,6 +57,19 @@ QImage frameTexture()
             image.setPixelColor(x, y, QColor(200, 100, 50, fromBorder < 2 ? 255 : fromBorder < 4 ? 90 : 0));
         }
     return image;
+}
+
+void emptyItem(DrawnItem& item)
+{
+    item.drawing = nullptr;
+    item.describing = nullptr;
+}
+
+template <class Part>
+void drawPart(DrawnItem& item, Part* part)
+{
+    item.drawing = [part](const PaintContext& context) { part->draw(context, 1); };
+    item.describing = [part](ItemDrawing& drawing) { return part->describeDrawing(drawing); };
 }
 
 std::vector<KindsOfItems::Kind> inTurns(int count)
@@ -116,14 +128,14 @@ KindsOfItems::KindsOfItems(Scene3d& scene, OpenGLFunctions& gl,
 KindsOfItems::~KindsOfItems()
 {
     for (DrawnItem* item : m_items)
-        item->drawing = nullptr;
+        emptyItem(*item);
     m_gl.glDeleteBuffers(1, &m_quad);
     m_gl.glDeleteTextures(1, &m_texture);
 }
 
 void KindsOfItems::remove(DrawnItem& item)
 {
-    item.drawing = nullptr;
+    emptyItem(item);
     m_items.erase(std::find(m_items.begin(), m_items.end(), &item));
     m_scene.removeElement(item.getId());
 }
@@ -243,12 +255,13 @@ void KindsOfItems::makeLines(Kind kind, DrawnItem& item, int parts)
         };
     } else if (kind == LinesAndPoints) {
         makePoints(kind, item);
+        item.describing = nullptr;
         item.drawing = [part, dots = item.drawing](const PaintContext& context) {
             if (context.stage == 1) part->draw(context);
             if (context.stage == 2) dots(context);
         };
     } else {
-        item.drawing = [part](const PaintContext& context) { part->draw(context); };
+        drawPart(item, part);
     }
 }
 
@@ -266,7 +279,7 @@ void KindsOfItems::makePoints(Kind, DrawnItem& item)
     item.info.pointCount = part.indexCount;
     data.parts.push_back(part);
     m_nodes.push_back(std::make_unique<MeshNode3d>(data));
-    item.drawing = [node = m_nodes.back().get()](const PaintContext& context) { node->draw(context, 1); };
+    drawPart(item, m_nodes.back().get());
 }
 
 void KindsOfItems::makeMesh(Kind kind, DrawnItem& item)
@@ -289,7 +302,7 @@ void KindsOfItems::makeMesh(Kind kind, DrawnItem& item)
     item.info.triangleCount = part.indexCount / 3;
     data.parts.push_back(part);
     m_nodes.push_back(std::make_unique<MeshNode3d>(data));
-    item.drawing = [node = m_nodes.back().get()](const PaintContext& context) { node->draw(context, 1); };
+    drawPart(item, m_nodes.back().get());
 }
 
 void KindsOfItems::makeTextured(DrawnItem& item)

@@ -19,6 +19,8 @@ class KindsOfItems
 public:
     /// Types of elements, which are also visibility types.
     static constexpr int FirstType = TestElement::Type, TypeCount = 3;
+    /// Types of drawers that scenes do not have by themselves, as hosts add them.
+    static constexpr int RoundPointsType = 5001, TwoStagesType = 5002;
     enum Kind {
         Lines,
         TwoLines,
