@@ -158,6 +158,47 @@ TEST_F(BatchedItem3dDrawerTest, PartsOfAMeshHaveRecordsOfTheirOwn)
               drawn(pair(DrawerType::Mesh).sequential, view()).images);
 }
 
+TEST_F(BatchedItem3dDrawerTest, TheMatrixOfTheDrawerComesAfterThoseOfItems)
+{
+    addLines(9);
+    picture();
+    told(4).setTransform(glm::scale(glm::mat4(1.0f), glm::vec3(0.5f)), false);
+    const glm::mat4 halfUp = glm::translate(glm::mat4(1.0f), glm::vec3(0.0f, 1.0f, 0.0f));
+    for (const glm::mat4& matrix : {halfUp, glm::mat4(1.0f)}) {
+        batched().setTransform(PaintContext(), matrix, false);
+        pair(DrawerType::Mono).sequential.setTransform(PaintContext(), matrix, false);
+        const Drawn together = drawn(batched(), view());
+        EXPECT_EQ(together.images, drawn(pair(DrawerType::Mono).sequential, view()).images);
+        EXPECT_EQ(countPixels(together.images[0].copy(0, 10, Size.width(), 8), QColor(Qt::white)) == 0,
+                  matrix == halfUp);
+    }
+}
+
+TEST_F(BatchedItem3dDrawerTest, ItemsOfSeveralPensAreDrawnOneByOne)
+{
+    struct TwoPens : ToldItem
+    {
+        using ToldItem::ToldItem;
+        bool describeDrawing(ItemDrawing& drawing) override
+        {
+            ToldItem::describeDrawing(drawing);
+            drawing.looks.push_back(drawing.looks[0]);
+            drawing.looks[1].penWidth = 5.0f;
+            drawing.stretches[1].look = 1;
+            return true;
+        }
+    };
+    for (int i = 0; i < 9; ++i) {
+        auto item = std::make_unique<TwoPens>(element, i + 1);
+        item->setStrips({{-1, 0, 0}, {1, 0, 0}, {0, -1, 0}, {0, 1, 0}}, {2, 2});
+        item->setDrawer(&batched(DrawerType::WideLines));
+        items.push_back(std::move(item));
+    }
+    batched(DrawerType::WideLines).draw(view(), {});
+    EXPECT_EQ(batched(DrawerType::WideLines).drawnTogether(), 0u);
+    EXPECT_EQ(told(8).draws, 1);
+}
+
 TEST_F(BatchedItem3dDrawerTest, WhatChangesWithoutATraceIsToldByUpdateItem)
 {
     addLines(10);

@@ -1,15 +1,16 @@
 #pragma once
 
-#include "tests/gl/fences/FencedScene.h"
 #include "tests/support/SceneTest.h"
 #include "tests/support/TestItems.h"
-#include "tests/support/VertexItem.h"
+#include "tests/unit/fences/FenceShapes.h"
 
+#include <Viewer3dModule/drawables/ItemDrawing.h>
 #include <Viewer3dModule/drawables/MeshNode3d.h>
 #include <Viewer3dModule/drawables/PolyPolyline3dItem.h>
 #include <Viewer3dModule/drawers/BatchedItem3dDrawer.h>
 #include <Viewer3dModule/drawers/DrawerType.h>
 #include <Viewer3dModule/drawers/IItem3dSelectionProvider.h>
+#include <Viewer3dModule/shaders/DrawMode.h>
 
 #include <QtGui/QPolygonF>
 

@@ -1,10 +1,12 @@
 #include "RandomScene.h"
 
+#include "random_drawing.h"
+
 #include "tests/gl/glyphs/GlyphsTest.h"
 #include "tests/gl/instanced/InstancedTest.h"
 
 #include <Viewer3dModule/drawables/Node3dItem.h>
-#include <Viewer3dModule/drawers/BatchedItem3dDrawer.h>
+#include <Viewer3dModule/drawers/DrawerType.h>
 
 #include <glm/gtc/matrix_transform.hpp>
 
@@ -12,18 +14,6 @@
 #include <cmath>
 
 namespace {
-
-constexpr int BatchedLines = 4715; // of no drawer that scenes have by themselves
-constexpr double Extent = 100.0;   // items are made so far around the origin
-
-/// A line that many are drawn with at once.
-class BatchedLine : public DrawnItem
-{
-public:
-    using DrawnItem::DrawnItem;
-    bool describeDrawing(ItemDrawing& drawn) override { return line && line->describeDrawing(drawn); }
-    PolyPolyline3dItem* line = nullptr;
-};
 
 glm::dvec3 placeIn(const glm::dmat4& matrix, const glm::dvec3& point)
 {
@@ -79,27 +69,27 @@ private:
     glm::dvec3 m_made;
 };
 
-void RandomScene::addDrawers(Scene3d& scene)
+void RandomScene::addDrawers(Scene3d& scene, OpenGLFunctions& gl, Variety variety)
 {
     QDir::addSearchPath(QStringLiteral("shader"),
                         QStringLiteral(V3D_SOURCE_DIR "/tests/gl/instanced/shaders"));
-    auto& wide = dynamic_cast<SequentialItem3dDrawer&>(*scene.getDefaultDrawer(DrawerType::WideLines));
-    auto batched = std::make_unique<BatchedItem3dDrawer>(&scene, wide.getDefaultProgram());
-    batched->setLeastRun(1);
-    scene.addDefaultDrawer(BatchedLines, std::move(batched));
+    std::vector<std::unique_ptr<TestElement>> none;
+    const KindsOfItems theirs(scene, gl, none, {}, 0); // and their drawers
+    const auto eitherWay = [&scene](int type) {
+        auto& sequential = dynamic_cast<SequentialItem3dDrawer&>(*scene.getDefaultDrawer(type));
+        return std::make_unique<EitherWayDrawer>(&scene, sequential.getProgramToShare());
+    };
+    std::vector<int> types = {DrawerType::Mono,         DrawerType::VertexColor,       DrawerType::WideLines,
+                              DrawerType::DashedLines,  DrawerType::SolidRegularLines, DrawerType::Mesh,
+                              DrawerType::ShaderSphere, DrawerType::ShaderCylinder};
+    if (variety == AllInAllFences) // programs that might draw items together, if any told what they draw
+        types.insert(types.end(), {DrawerType::Texture, DrawerType::Caption, KindsOfItems::RoundPointsType});
+    for (const int type : types)
+        for (int element = 0; element < KindsOfItems::TypeCount; ++element)
+            scene.addDrawer(KindsOfItems::FirstType + element, type, eitherWay(type));
+    scene.addDefaultDrawer(HostLines, eitherWay(DrawerType::WideLines));
     scene.addDrawer(MarkItem::DrawerKind, std::make_unique<InstancedViewerOrientedTextureDrawer>(&scene));
     scene.addDrawer(LabelledItem::DrawerKind, std::make_unique<LabelledItemDrawer>(&scene));
-}
-
-std::uint64_t RandomScene::drawnTogether(const Scene3d& scene)
-{
-    std::uint64_t count = 0;
-    for (int i = 0; i < KindsOfItems::TypeCount; ++i) {
-        const auto* drawer = scene.getDrawer(KindsOfItems::FirstType + i, BatchedLines);
-        if (const auto* batched = dynamic_cast<const BatchedItem3dDrawer*>(drawer))
-            count += batched->drawnTogether();
-    }
-    return count;
 }
 
 RandomScene::RandomScene(Scene3d& scene, OpenGLFunctions& gl, FenceSetter& fence, Variety variety,
@@ -112,15 +102,21 @@ RandomScene::RandomScene(Scene3d& scene, OpenGLFunctions& gl, FenceSetter& fence
     if (variety == SomeInSweptFences) {
         m_hasSweptFences = m_dice.oneIn(2);
         m_hasAllKinds = !m_hasSweptFences;
+        m_isForPictures = m_hasAllKinds && m_dice.oneIn(6);
     }
+    m_usualElement = anyElement();
+    m_usualDrawer = m_isForPictures ? DrawerType::VertexColor : anyDrawer();
+    m_usualWidth = random_drawing::penWidth(m_dice);
+    m_usualPlace = m_dice.point(-Extent, Extent);
     m_scene.startGroupOperation(); // so that nothing is placed before the transform is set
     setTransforms();
     addKinds();
     if (m_hasAllKinds) addMarksAndLabels();
-    for (int i = m_dice.between(0, 7); i > 0; --i)
-        addLine();
+    for (int i = m_dice.oneIn(5) ? m_dice.between(20, 40) : m_dice.between(0, 16); i > 0; --i)
+        addAlike();
     m_scene.finishGroupOperation(ksp::StagedProgress::dummy());
     if (m_hasAllKinds) addNodes();
+    addLocalLines();
     setFence();
 }
 
@@ -129,8 +125,8 @@ RandomScene::~RandomScene()
     m_fence.reset();
     m_kinds.reset();
     m_scene.clear();
-    for (const Drawable3dItem* node : m_nodes)
-        m_scene.deleteLocalItem(node);
+    for (const Drawable3dItem* item : m_local)
+        m_scene.deleteLocalItem(item);
 }
 
 // The model may be anywhere and of any unit; its host then chooses a transform, or the scene does so by
@@ -160,8 +156,11 @@ void RandomScene::addKinds()
                                       : some[m_dice.between(0, 6)]);
     const auto seed = static_cast<unsigned>(m_dice.between(0, 1 << 30));
     m_kinds = std::make_unique<KindsOfItems>(m_scene, m_gl, m_elements, kinds, seed);
-    for (std::size_t i = 0; i < kinds.size(); ++i)
-        add(*m_kinds->items()[i], kinds[i]);
+    for (std::size_t i = 0; i < kinds.size(); ++i) {
+        DrawnItem& item = *m_kinds->items()[i];
+        item.setDrawsByPrimitives(item.describing && m_dice.oneIn(2));
+        add(item, kinds[i]);
+    }
 }
 
 void RandomScene::addMarksAndLabels()
@@ -191,39 +190,17 @@ void RandomScene::addNodes()
             node->setModelRadius(m_dice.between(2.0, 10.0) * scaleOf(m_toModel));
         else
             node->setPixelRadius(m_dice.between(3.0, 30.0));
-        m_nodes.push_back(node.get());
+        m_local.push_back(node.get());
         m_scene.addLocalItem(std::move(node));
     }
 }
 
-// Of a pen of up to 64 pixels. It tells its reach exactly.
-void RandomScene::addLine()
+void RandomScene::setVertices(Placed& placed, const std::vector<glm::vec3>& vertices)
 {
-    m_elements.push_back(std::make_unique<TestElement>(KindsOfItems::FirstType +
-                                                       m_dice.between(0, KindsOfItems::TypeCount - 1)));
-    const int type = m_dice.oneIn(2) ? BatchedLines : DrawerType::WideLines;
-    const int width = m_dice.oneIn(3) ? 64 : m_dice.between(1, 40);
-    auto* item = new BatchedLine(m_elements.back().get(), ++m_lastLine, type);
-    item->setPixelReach(float(width) / 2.0f);
-    std::vector<glm::vec3> points;
-    glm::dvec3 point = m_dice.point(-Extent, Extent);
-    const double step = m_dice.oneIn(2) ? 20.0 : 1.0; // of short ones their pen is all that is seen
-    for (int i = m_dice.between(2, 5); i > 0; --i) {
-        points.emplace_back(point);
-        item->vertices.emplace_back(points.back());
-        point += m_dice.point(-step, step);
-    }
-    item->box = around(item->vertices);
-    const int count = static_cast<int>(points.size());
-    auto line = std::make_unique<PolyPolyline3dItem>(0, DrawerType::WideLines);
-    line->setPen(
-        QPen(QColor(m_dice.between(0, 255), m_dice.between(0, 255), m_dice.between(0, 255), 200), width));
-    line->setPoints(std::move(points), {count});
-    item->drawing = [part = line.get()](const PaintContext& context) { part->draw(context); };
-    item->line = line.get();
-    m_parts.push_back(std::move(line));
-    add(*item, LineKind);
-    m_scene.addElement(item);
+    placed.item->vertices.clear();
+    for (const glm::vec3& vertex : vertices)
+        placed.item->vertices.push_back(placeIn(placed.own, vertex));
+    placed.box = around(placed.item->vertices);
 }
 
 RandomScene::Placed& RandomScene::add(DrawnItem& item, int kind)
@@ -253,10 +230,10 @@ void RandomScene::place(Placed& placed)
 void RandomScene::remove(std::size_t index)
 {
     DrawnItem& item = *m_items[index]->item;
-    if (m_items[index]->kind == LineKind)
-        m_scene.removeElement(item.getId());
-    else
+    if (m_items[index]->kind < KindsOfItems::KindCount)
         m_kinds->remove(item);
+    else
+        m_scene.removeElement(item.getId());
     m_items.erase(m_items.begin() + static_cast<std::ptrdiff_t>(index));
 }
 
@@ -279,7 +256,7 @@ void RandomScene::setFence()
 {
     m_fence.reset();
     m_fence.item().setInteractionMode(m_dice.oneIn(6));
-    if (m_dice.oneIn(2)) return;
+    if (m_dice.oneIn(2) || m_isForPictures) return;
     const double scale = scaleOf(m_toModel);
     const glm::dvec3 middle = placeIn(m_toModel, m_dice.point(-50.0, 50.0));
     Frame frame = Frame::random(m_dice, middle);
@@ -299,32 +276,46 @@ void RandomScene::setFence()
     }
 }
 
-void RandomScene::change()
+std::size_t RandomScene::anyIndex()
 {
-    if (m_items.empty()) return addLine();
-    const auto index = static_cast<std::size_t>(m_dice.between(0, static_cast<int>(m_items.size()) - 1));
-    Placed& placed = *m_items[index];
-    switch (m_dice.between(0, 9)) {
-    case 0:
-        return placed.item->setVisible(!static_cast<Drawable3dItem*>(placed.item)->isVisible());
-    case 1:
-        return placed.item->getModelElement()->setHighlighted(m_dice.oneIn(2));
-    case 2:
-        return remove(index);
-    case 3:
-        return addLine();
-    case 4:
-        return setFence();
-    case 5: {
-        placed.place = glm::translate(glm::dmat4(1.0), m_dice.point(-30.0, 30.0)) * placed.place;
-        std::vector<Graphics3dItem*> updated{placed.item};
-        return m_scene.updateGraphicsItems(updated);
-    }
-    default: // which the scene learns of by the transform alone
-        placed.place =
-            glm::translate(glm::dmat4(1.0), m_dice.point(-Extent, Extent) - placed.box.getCenter());
-        return place(placed);
-    }
+    return static_cast<std::size_t>(m_dice.between(0, static_cast<int>(m_items.size()) - 1));
+}
+
+RandomScene::Change RandomScene::change()
+{
+    const auto what =
+        m_items.empty() ? Added : static_cast<Change>(std::min(m_dice.between(0, 7), int(Moved)));
+    if (what == Added) addAlike();
+    if (what == Fenced) setFence();
+    if (what == Added || what == Fenced) return what;
+    const std::size_t index = m_lookedAt < m_items.size() && m_dice.oneIn(2) ? m_lookedAt : anyIndex();
+    DrawnItem& item = *m_items[index]->item;
+    const Change told = item.describing ? what : ChangeCount;
+    if (what == Hidden)
+        item.setVisible(!static_cast<Drawable3dItem&>(item).isVisible());
+    else if (what == Highlighted)
+        item.getModelElement()->setHighlighted(!item.isHighlighted());
+    else if (what == Removed)
+        remove(index);
+    else if (what == Redrawn)
+        redraw(*m_items[index]);
+    else
+        move(*m_items[index], what == Updated);
+    return told;
+}
+
+// Turned about its middle, by a little or to anywhere.
+void RandomScene::move(Placed& placed, bool isUpdated)
+{
+    const glm::dvec3 middle = placed.box.getCenter();
+    glm::dmat4 moved = glm::translate(glm::dmat4(1.0), isUpdated || m_dice.oneIn(2)
+                                                           ? m_dice.point(-30.0, 30.0)
+                                                           : m_dice.point(-Extent, Extent) - middle);
+    moved = glm::rotate(glm::translate(moved, middle), m_dice.between(-3.0, 3.0), m_dice.direction());
+    placed.place = glm::translate(moved, -middle);
+    if (!isUpdated) return place(placed); // which the scene learns of by the transform alone
+    std::vector<Graphics3dItem*> updated{placed.item};
+    m_scene.updateGraphicsItems(updated);
 }
 
 void RandomScene::look(PaintContext& context)
@@ -339,9 +330,8 @@ void RandomScene::look(PaintContext& context)
     if (!m_items.empty() && !m_dice.oneIn(4)) { // most look at something
         const glm::dmat4 toModel = m_scene.sceneToModelTransform();
         for (int tries = 0; tries < 5; ++tries) {
-            const auto index =
-                static_cast<std::size_t>(m_dice.between(0, static_cast<int>(m_items.size()) - 1));
-            target = m_items[index]->item->box.getCenter();
+            m_lookedAt = anyIndex();
+            target = m_items[m_lookedAt]->item->box.getCenter();
             if (fenceKind() == 0 || m_fence.fence().contains(placeIn(toModel, target))) break;
         }
         eye = target + m_dice.between(15.0, 150.0) * scale * m_dice.direction();
