@@ -9,9 +9,9 @@
 #include <vector>
 
 /// What a scene holds that is made at random: items of every kind, some of them many of one drawer; markers,
-/// labels, nodes, a fence of any kind or none, and a transform from the model. All drawers of one item after
-/// the other are EitherWayDrawers. The same seed makes the same, whatever the scene has held before; it must
-/// be empty.
+/// labels, nodes, a fence of any kind or none, and a transform from the model. Most drawers
+/// of elements are EitherWayDrawers. The same seed makes the same, whatever the scene has held before; it
+/// must be empty.
 class RandomScene
 {
 public:

@@ -257,7 +257,7 @@ protected:
     {
         int drawn = 0;
         int together = 0; ///< where several items were drawn by one call
-        int cut = 0;      ///< where a fence left out fragments of these
+        int cut = 0;      ///< where the box of one of these lay across the fence
     };
     std::array<std::array<Passes, 4>, PassKindCount> passes{}; ///< by the kind of fence
     std::array<int, RandomScene::KindCount> drawsWith{}, drawsWithout{};
@@ -287,8 +287,9 @@ void RandomScenesTest::printCounts() const
     const char* fences[] = {"without a fence", "in frustums", "in spheres", "in prisms"};
     for (std::size_t kind = 0; kind < PassKindCount; ++kind)
         for (std::size_t fenced = 0; fenced < 4; ++fenced)
-            std::printf("%s %s: %d, with items together %d, cut %d\n", kinds[kind], fences[fenced],
-                        passes[kind][fenced].drawn, passes[kind][fenced].together, passes[kind][fenced].cut);
+            std::printf("%s %s: %d, with items together %d, of which some lie across the fence %d\n",
+                        kinds[kind], fences[fenced], passes[kind][fenced].drawn,
+                        passes[kind][fenced].together, passes[kind][fenced].cut);
     for (std::size_t kind = 0; kind < drawsWith.size(); ++kind)
         std::printf("kind %zu is drawn %d times instead of %d\n", kind, drawsWith[kind], drawsWithout[kind]);
     for (std::size_t what = 0; what < changes.size(); ++what)
