@@ -34,11 +34,11 @@ public:
 
     std::function<void(const PaintContext&)> drawing;
     std::function<bool(ItemDrawing&)> describing; ///< what is drawn, where there is anything to tell
-    std::function<void()> updating;   ///< what an update of the scene does
-    gmx::BoundingBox box;             ///< scene coordinates
-    std::vector<glm::dvec3> vertices; ///< scene coordinates
-    GeometryInfo info;                ///< all zeros: the item gives no vertices to the scene
-    int draws = 0;                    ///< since the test set it to 0
+    std::function<void()> updating;               ///< what an update of the scene does
+    gmx::BoundingBox box;                         ///< scene coordinates
+    std::vector<glm::dvec3> vertices;             ///< scene coordinates
+    GeometryInfo info;                            ///< all zeros: the item gives no vertices to the scene
+    int draws = 0;                                ///< since the test set it to 0
 
 protected:
     using Graphics3dItem::draw;
