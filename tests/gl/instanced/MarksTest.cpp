@@ -37,6 +37,22 @@ protected:
                     ASSERT_EQ(image.pixelColor(at + QPoint(x, y)), color) << at.x() << ", " << at.y();
         EXPECT_EQ(countPixels(image, [](QRgb p) { return (p & 0xFFFFFFu) != 0; }), 25 * int(marks.size()));
     }
+    /// The four attachments of a pass for masks.
+    std::vector<QImage> masks(Item3dDrawer& drawer)
+    {
+        PaintContext context = view();
+        context.drawMode = DrawMode::SelectionMaskDraw;
+        RenderTarget target(*gl, context.viewportRect.size(), 4);
+        target.bind();
+        target.clear(QColor(0, 0, 0));
+        gl->glDisable(GL_BLEND);
+        drawer.draw(context, {});
+        gl->glEnable(GL_BLEND);
+        std::vector<QImage> images;
+        for (int attachment = 0; attachment < 4; ++attachment)
+            images.push_back(target.image(attachment));
+        return images;
+    }
     /// An item of the scene's, on a drawer of marks of the scene's.
     MarkItem* addToScene(LONGID id, const glm::vec3& place)
     {
@@ -172,16 +188,9 @@ TEST_F(MarksTest, MasksHoldWholeIdentifiers)
     items[1]->id = 0x01000001; // beyond what a float counts
     drawer.updateItem(0);
     drawer.updateItem(1);
-    PaintContext context = view();
-    context.drawMode = DrawMode::SelectionMaskDraw;
-    RenderTarget target(*gl, context.viewportRect.size(), 4);
-    target.bind();
-    target.clear(QColor(0, 0, 0));
-    gl->glDisable(GL_BLEND);
-    drawer.draw(context, {});
-    gl->glEnable(GL_BLEND);
+    const std::vector<QImage> images = masks(drawer);
     const auto word = [&](int attachment, int x, int y) {
-        const QImage image = target.image(attachment);
+        const QImage& image = images[std::size_t(attachment)];
         const uchar* bytes = image.constScanLine(y) + 4 * x;
         return unsigned(bytes[0]) | unsigned(bytes[1]) << 8 | unsigned(bytes[2]) << 16 |
                unsigned(bytes[3]) << 24;
@@ -196,25 +205,14 @@ TEST_F(MarksTest, MasksHoldWholeIdentifiers)
 // Passes for masks take a variant of the program, whose uniforms are its own.
 TEST_F(MarksTest, AHostsMarksHaveTheirLookInMasksToo)
 {
-    const auto masks = [&](MarkDrawer&& drawer) {
+    const auto masksOf = [&](MarkDrawer&& drawer) {
         drawer.setDefaultColor(QColor(10, 200, 30));
         const Items items = itemsAt(drawer, {atPixel(10, 20), atPixel(40, 50)});
-        PaintContext context = view();
-        context.drawMode = DrawMode::SelectionMaskDraw;
-        RenderTarget target(*gl, context.viewportRect.size(), 4);
-        target.bind();
-        target.clear(QColor(0, 0, 0));
-        gl->glDisable(GL_BLEND);
-        drawer.draw(context, {});
-        gl->glEnable(GL_BLEND);
-        std::vector<QImage> images;
-        for (int attachment = 0; attachment < 4; ++attachment)
-            images.push_back(target.image(attachment));
-        return images;
+        return masks(drawer);
     };
-    const std::vector<QImage> expected = masks(MarkDrawer(scene.get()));
+    const std::vector<QImage> expected = masksOf(MarkDrawer(scene.get()));
     EXPECT_EQ(countPixels(expected[1], [](QRgb p) { return (p & 0xFFFFFFu) != 0; }), 2 * 25);
-    EXPECT_EQ(masks(MarksDrawnByTheHost(scene.get())), expected);
+    EXPECT_EQ(masksOf(MarksDrawnByTheHost(scene.get())), expected);
 }
 
 TEST_F(MarksTest, AreSelectedOneByOne)
