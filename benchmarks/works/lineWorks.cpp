@@ -115,7 +115,7 @@ std::vector<Work> lineWorks()
          QStringLiteral("for scale: placed beforehand, plain too, beside one draw an item"),
          0.0,
          {100000},
-         {10000},
+         {},
          comparePlaced},
         drawing(QStringLiteral("B2"), QStringLiteral("polylines, 5 px, beside a geometry stage"),
                 {5.0f, PlainLines::Stage, wideAllowed}),
