@@ -224,6 +224,44 @@ TEST_F(PassCostTest, OfBatches)
     m_items.clear();
 }
 
+// Of a program that a host made, which it may link again, uniforms are looked up in each pass: once, also
+// where a fence is handed over.
+TEST_F(PassCostTest, AFenceAsksNothingOfAHostsProgram)
+{
+    QOpenGLShaderProgram program;
+    program.addShaderFromSourceCode(QOpenGLShader::Vertex, R"(#version 430 core
+layout(location = 0) in vec3 point_coords;
+uniform int fence_to_use;
+uniform vec3 sphere_fence_center;
+uniform float sphere_fence_radius;
+void main()
+{
+    gl_Position = vec4(point_coords, 1.0);
+    if (fence_to_use == 2 && distance(point_coords, sphere_fence_center) > sphere_fence_radius) gl_Position.w = -1.0;
+})");
+    program.addShaderFromSourceCode(QOpenGLShader::Fragment,
+                                    "#version 430 core\nout vec4 color;\nvoid main() { color = vec4(1.0); }");
+    ASSERT_TRUE(program.link());
+    Item3dDrawer& drawer = *scene->getDefaultDrawer(DrawerType::Mono);
+    addLine(drawer, DrawerType::Mono);
+    const auto questions = [&](int fence) {
+        setFence(fence);
+        PaintContext context = pass(DrawMode::OrdinalDraw);
+        context.program = &program;
+        drawer.draw(context, {});
+        CallCounter counter(*gl);
+        drawer.draw(context, {});
+        const int queries = counter.queries();
+        GLint kind = -1;
+        gl->glGetUniformiv(program.programId(), program.uniformLocation("fence_to_use"), &kind);
+        EXPECT_EQ(kind, fence == 0 ? 0 : int(Fence3DObject::SphereFence));
+        return queries;
+    };
+    const int withoutFence = questions(0);
+    EXPECT_GT(withoutFence, 9) << "nothing is counted";
+    EXPECT_EQ(questions(1), withoutFence);
+}
+
 // Marks are drawn all together, and never left out.
 TEST_F(PassCostTest, ViewsOfMarksAloneLookForNothingToLeaveOut)
 {
