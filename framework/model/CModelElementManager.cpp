@@ -70,7 +70,7 @@ CModelElement* CModelElementManager::addItem(std::unique_ptr<CModelElement> elem
 }
 
 // In order, because elements that came one after another lie beside one another, and so does what is known of
-// them elsewhere: a million in any order take four times as long.
+// them elsewhere: a million in any order take many times as long.
 void CModelElementManager::removeItems(const std::vector<LONGID>& ids, ksp::StagedProgress progress)
 {
     if (std::is_sorted(ids.begin(), ids.end())) return removeInOrder(ids, std::move(progress));
